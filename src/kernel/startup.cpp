@@ -1,0 +1,5 @@
+#include "kernel/startup.h"
+
+namespace korvu {
+int korvu_main(int, char**) { return 0; }
+}  // namespace korvu

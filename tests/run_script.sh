@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Runs one script test: korvu-xe -b do <name>.do in a scratch directory.
+# Passes when the log holds no error status line and, where <name>.expected
+# stands beside the script, when the log matches it with the log header masked.
+set -u
+exe=$1 script=$2 work=$3
+name=$(basename "$script" .do)
+src=$(dirname "$script")
+rm -rf "$work" && mkdir -p "$work" || exit 2
+cp -R "$src"/. "$work"/
+cd "$work" || exit 2
+env -u SYSDIR_KORVU -u S_ADO "$exe" -q -b do "$name.do" </dev/null
+status=$?
+if [ $status -ne 0 ]; then
+  echo "korvu-xe exited with status $status"
+  [ -f "$name.log" ] && cat "$name.log"
+  exit 1
+fi
+if [ ! -f "$name.log" ]; then
+  echo "no log $name.log written"
+  exit 1
+fi
+mask() { sed -E 's/^( *(log|log type|opened on|closed on|paused on|resumed on):  ).*$/\1<masked>/' "$1"; }
+if [ -f "$src/$name.expected" ]; then
+  if ! diff -u <(mask "$src/$name.expected") <(mask "$name.log"); then
+    echo "log differs from $name.expected"
+    exit 1
+  fi
+elif grep -nE '^r\([0-9]+\);' "$name.log"; then
+  echo "error status line in log:"
+  cat "$name.log"
+  exit 1
+fi
+echo "passed: $name"
