@@ -1,0 +1,40 @@
+// Return codes and their messages. A function that fails prints its message
+// where it fails (usually through `error`) and returns the code; nothing throws.
+#pragma once
+#include <cstdint>
+
+namespace korvu {
+
+extern int32_t globalrc;  // code of the last request
+extern int32_t captrc;    // code of the last captured request; `_rc`
+extern uint8_t error_style;
+
+int error(int code);
+int invalid(const char* what);
+int required(const char* what);
+int notalow(const char* what);
+int error2(int kind, const char* name);
+int error2part(const char* prefix, int code, int flag);
+int errornumlist(int code, int isnumber);
+int gnrnotfound(const char* x);
+int varnotfound(const char* x);
+int matnotfound(const char* x);
+int regrnotfound(const char* x);
+int eqnotfound(const char* x);
+int macnotfound(const char* x);
+int veqnonf(const char* x);
+int rcptoolong(const char* op);
+int rcpinvalid(const char* op);
+int rcpdtoobig(const char* op);
+int experr(const char* found, int q1, const char* expected, int q2);
+int unmatchedquote();
+int unbalanced_quotes();
+int braceerror(int isopen);
+int nomatchbrace();
+int noobsnoerr();
+int fierr(int code, const char* filename);
+int extended_error(double value);
+char* loadmsg(char* dst, int i);
+int errcmd();
+
+}  // namespace korvu
