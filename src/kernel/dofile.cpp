@@ -55,35 +55,48 @@ void dofclos(DoFile* r) {
     delete r;
 }
 
-// The echo of the raw text, a line at a time, as the file is read.
-static void echo_put(DoFile* r, int c, bool current) {
-    if (!current) return;
-    if (r->necho >= 500) {
+// The echo of the raw text. Each physical line is shown once, behind ". "
+// for the first line of a command and "> " for the lines that continue it.
+struct Echo {
+    DoFile* r;
+    bool current;
+    int lines = 0;        // physical lines echoed for this command
+    bool midline = false; // part of this physical line is out already
+
+    void put(int c) {
+        if (!current) return;
+        if (r->necho >= 500) emit(false);
+        r->echo[r->necho++] = static_cast<char>(c);
+    }
+    void emit(bool nl) {
+        if (!current) return;
         r->echo[r->necho] = 0;
+        if (!midline) spoutfordo(lines == 0 ? ". " : "> ");
         spoutfordo(r->echo);
         r->necho = 0;
+        if (nl) {
+            spoutfordo("\n");
+            lines++;
+            midline = false;
+        } else {
+            midline = true;
+        }
     }
-    r->echo[r->necho++] = static_cast<char>(c);
-}
-
-static void echo_line(DoFile* r, bool current) {
-    if (!current) return;
-    r->echo[r->necho++] = '\n';
-    r->echo[r->necho] = 0;
-    spoutfordo(r->echo);
-    r->necho = 0;
-}
+    bool blank() const {
+        for (int i = 0; i < r->necho; i++)
+            if (r->echo[i] != ' ') return false;
+        return true;
+    }
+};
 
 int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
-    bool current = r == dofilep;
+    Echo echo{r, r == dofilep};
     int n = 0, col = 0;
     int comment = 0; // depth of /* */
     bool linecomment = false, continuation = false;
     bool instr = false;    // inside a simple string
     int cdepth = 0;        // depth of compound strings
     bool hashline = false; // a line starting with # under ; ends at its newline
-    bool atlinestart = true;
-    r->necho = 0;
     auto put = [&](char c) {
         if (n >= maxlen - 1) return false;
         dst[n++] = c;
@@ -92,54 +105,49 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
     for (;;) {
         int c = getdofcm(r);
         if (c < 0) {
-            if (r->necho) echo_line(r, current);
+            if (r->necho && !echo.blank()) echo.emit(true);
+            r->necho = 0;
             *eofout = 1;
             dst[0] = 0;
             return 0;
         }
         if (c == '\n') {
-            echo_line(r, current);
             col = 0;
             bool wascont = continuation;
             linecomment = continuation = false;
-            atlinestart = true;
-            if (comment || wascont) {
-                if (current) spoutfordo("> ");
+            // the rest of a line whose command ended at a semicolon
+            if (delim == 1 && n == 0 && !comment && echo.lines == 0 && echo.blank()) {
+                r->necho = 0;
                 continue;
             }
+            echo.emit(true);
+            if (comment || wascont) continue;
             if (delim == 0 || hashline) break;
-            if (n > 0 && !instr)
-                put(' ');
-            else if (n > 0)
-                put(' ');
-            if (current) spoutfordo("> ");
+            if (n > 0) put(' ');
             continue;
         }
         if (c == '\t') {
             int to = (col / 8 + 1) * 8;
             for (; col < to; col++) {
-                echo_put(r, ' ', current);
+                echo.put(' ');
                 if (!comment && !linecomment && !put(' ')) goto toolong;
             }
             continue;
         }
         if (c < 32 || c == 255) continue;
-        echo_put(r, c, current);
+        echo.put(c);
         col++;
         if (linecomment) continue;
         if (comment) {
-            if (c == '*') {
+            if (c == '*' || c == '/') {
                 int d = getdofcm(r);
-                if (d == '/') {
-                    echo_put(r, d, current);
+                if (c == '*' && d == '/') {
+                    echo.put(d);
                     comment--;
                     continue;
                 }
-                if (d >= 0) r->pushed = d;
-            } else if (c == '/') {
-                int d = getdofcm(r);
-                if (d == '*') {
-                    echo_put(r, d, current);
+                if (c == '/' && d == '*') {
+                    echo.put(d);
                     comment++;
                     continue;
                 }
@@ -147,20 +155,17 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
             }
             continue;
         }
-        if (atlinestart && c != ' ') {
-            atlinestart = false;
-            if (delim == 1 && c == '#' && n == 0) hashline = true;
-        }
+        if (delim == 1 && c == '#' && n == 0) hashline = true;
         if (!instr && cdepth == 0) {
             if (c == '/') {
                 int d = getdofcm(r);
                 if (d == '*') {
-                    echo_put(r, d, current);
+                    echo.put(d);
                     comment = 1;
                     continue;
                 }
                 if (d == '/' && (n == 0 || dst[n - 1] == ' ')) {
-                    echo_put(r, d, current);
+                    echo.put(d);
                     int e = getdofcm(r);
                     if (e == '/' && delim == 0) continuation = true;
                     if (e >= 0) r->pushed = e;
@@ -169,7 +174,10 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
                 }
                 if (d >= 0) r->pushed = d;
             }
-            if (delim == 1 && c == ';') break;
+            if (delim == 1 && c == ';') {
+                echo.emit(true);
+                break;
+            }
         }
         if (cdepth == 0 && c == '"') {
             instr = !instr;
@@ -177,7 +185,7 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
             int d = getdofcm(r);
             bool pair = (c == '`' && d == '"') || (c == '"' && d == '\'');
             if (pair) {
-                echo_put(r, d, current);
+                echo.put(d);
                 col++;
                 cdepth += c == '`' ? 1 : -1;
                 if (!put(static_cast<char>(c)) || !put(static_cast<char>(d))) goto toolong;

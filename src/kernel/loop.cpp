@@ -99,7 +99,6 @@ int readcons(int maxlen, int fromdo, int allowhash) {
         int len;
         bool fromuser = !(fromdo && dofilep);
         if (!fromuser) {
-            if (c_outlev >= s_outlev) spoutptl(". ");
             rddofile(console, dofilep, maxlen, delimit, &doeof);
             len = static_cast<int>(strlen(console));
         } else {

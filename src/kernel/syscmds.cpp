@@ -120,7 +120,7 @@ int display(int) {
         } else if (w == "as" || w == "in") {
             gettok(prsestd);
             if (cmdcmp(token, "text", 3) || cmdcmp(token, "txt", 3))
-                lev = 1, colour = COL_TEXT;
+                lev = 2, colour = COL_TEXT;
             else if (cmdcmp(token, "result", 3))
                 lev = 0, colour = COL_RESULT;
             else if (cmdcmp(token, "error", 3))
