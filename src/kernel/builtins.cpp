@@ -5,6 +5,7 @@
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/syscmds.h"
+#include "output/log.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -110,7 +111,7 @@ static constexpr Builtin builtin_table[] = {
     {"count", 3, 'c', 0, 0, 1, nullptr, 0},
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
     {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
-    {"cmdlog", 6, 'c', 0, 0, 0, nullptr, 0},
+    {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
     {"creturn", 4, 'c', 0, 0, 0, nullptr, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
     {"debug", 5, 'd', 0, 0, 0, nullptr, 0},
@@ -170,7 +171,7 @@ static constexpr Builtin builtin_table[] = {
     {"label", 2, 'l', 0, 0, 0, nullptr, 0},
     {"labeldefine_dlg", 15, 'l', 0, 0, 0, nullptr, 0},
     {"lookup", 2, 'l', 0, 0, 0, nullptr, 0},
-    {"log", 3, 'l', 0, 0, 0, nullptr, 0},
+    {"log", 3, 'l', 0, 0, 0, logcmd, 0},
     {"log_dlg", 7, 'l', 0, 0, 0, nullptr, 0},
     {"macro", 2, 'm', 0, 0, 0, nullptr, 0},
     {"man", 3, 'm', 0, 0, 0, nullptr, 0},

@@ -14,6 +14,7 @@
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/syscmds.h"
+#include "output/log.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -113,6 +114,7 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             }
             len = static_cast<int>(strlen(console));
             if (len) {
+                if (cmdlog_on) cmdlog_write(console);
                 review_add(console);
                 console_history_add(console);
             }
