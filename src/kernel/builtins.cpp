@@ -267,7 +267,7 @@ static constexpr Builtin builtin_table[] = {
     {"tokenize", 5, 't', 0, 0, 0, nullptr, 0},
     {"tsrevar", 7, 't', 0, 0, 0, nullptr, 0},
     {"type", 2, 't', 0, 0, 0, typecmd, 0},
-    {"translate", 5, 't', 0, 0, 0, nullptr, 0},
+    {"translate", 5, 't', 0, 0, 0, translate_row, 0},
     {"translator", 10, 't', 0, 0, 0, nullptr, 0},
     {"transmap", 8, 't', 0, 0, 0, nullptr, 0},
     {"update", 6, 'u', 0, 0, 0, nullptr, 0},

@@ -20,6 +20,7 @@
 #include "kernel/limits.h"
 #include "kernel/loop.h"
 #include "kernel/options.h"
+#include "output/log.h"
 #include "output/results_sink.h"
 #include "output/spout.h"
 
@@ -224,6 +225,7 @@ void tstop() {
 
 [[noreturn]] void sexit(int status) {
     if (sinit_state >= 4 && ptl_reswin) ptlflush(ptl_reswin);
+    log_closeall();
     if (sinit_state > 8) tstop();
     console_close();
     results_sink_close();

@@ -1,7 +1,7 @@
 #include "output/log.h"
 
-#include <fcntl.h>
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -101,9 +101,12 @@ int log_open(const char* filename, int flags, int type, const char* logname) {
     LogRec* r = named ? freenamed() : &log_m;
     if (!r) return error(950);
     int oflags = O_WRONLY | O_CREAT;
-    if ((flags & ~8) == 1) oflags |= O_EXCL;
-    else if ((flags & ~8) == 17) oflags |= O_TRUNC;
-    else oflags |= O_APPEND;
+    if ((flags & ~8) == 1)
+        oflags |= O_EXCL;
+    else if ((flags & ~8) == 17)
+        oflags |= O_TRUNC;
+    else
+        oflags |= O_APPEND;
     int fd = open(filename, oflags, 0666 & ~usermask);
     if (fd < 0) return fierr(errno == EEXIST ? 602 : 603, filename);
     LogRec rec;
@@ -219,9 +222,12 @@ static int using_(int iscmdlog) {
     std::string f = fn;
     std::string ext = lower_ext(f);
     if (type < 0) {
-        if (ext == ".log") type = 0;
-        else if (ext == ".ptag") type = 1;
-        else type = korvu_log_default == 1 ? 0 : 1;
+        if (ext == ".log")
+            type = 0;
+        else if (ext == ".ptag")
+            type = 1;
+        else
+            type = korvu_log_default == 1 ? 0 : 1;
     }
     if (ext.empty()) f += type ? ".ptag" : ".log";
     char full[4096];
@@ -326,9 +332,10 @@ int logcmd(int iscmdlog) {
         }
         return 0;
     }
-    if (cmdcmp(word.c_str(), "translate", 2) || word == "texman" || word == "html" ||
-        word == "webhtml")
-        return notyet(("log " + word).c_str());
+    if (cmdcmp(word.c_str(), "translate", 2)) return translate_cmd(0);
+    if (word == "texman") return translate_cmd(1);
+    if (word == "html") return translate_cmd(2);
+    if (word == "webhtml") return translate_cmd(3);
     uint8_t o = c_outlev;
     c_outlev = 3;
     spoutf("%s invalid\n", word.c_str());
@@ -336,4 +343,4 @@ int logcmd(int iscmdlog) {
     return 198;
 }
 
-}  // namespace korvu
+} // namespace korvu

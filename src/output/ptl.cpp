@@ -16,14 +16,15 @@ static void emit(Ptl* p, int msg) {
     std::vector<uint8_t> t(12, 0);
     t[8] = 0;
     t[9] = static_cast<uint8_t>(p->col + 1);
-    t[10] = 0;  // link count, then two zero bytes
+    t[10] = 0; // link count, then two zero bytes
     t.push_back(0);
     int moff = static_cast<int>(t.size());
-    t.push_back(0);  // empty marker list
+    t.push_back(0); // empty marker list
     int roff = static_cast<int>(t.size());
     std::vector<std::pair<int, uint8_t>> runs;
     for (int i = 0; i < p->col; i++)
-        if (runs.empty() || runs.back().second != p->lineattr[i]) runs.push_back({i, p->lineattr[i]});
+        if (runs.empty() || runs.back().second != p->lineattr[i])
+            runs.push_back({i, p->lineattr[i]});
     if (runs.empty()) runs.push_back({0, p->attr});
     t.push_back(static_cast<uint8_t>(runs.size() - 1));
     for (auto& r : runs) {
@@ -60,9 +61,11 @@ static bool dotag(Ptl* p, const std::string& tag) {
     auto colon = tag.find(':');
     std::string name = tag.substr(0, tag.find_first_of(" :"));
     std::string arg = tag.size() > name.size() ? tag.substr(name.size() + 1) : "";
-    if (name == "res" || name == "result") return p->attr = (p->attr & ~ATTR_COLOR) | COL_RESULT, true;
+    if (name == "res" || name == "result")
+        return p->attr = (p->attr & ~ATTR_COLOR) | COL_RESULT, true;
     if (name == "txt" || name == "text") return p->attr = (p->attr & ~ATTR_COLOR) | COL_TEXT, true;
-    if (name == "err" || name == "error") return p->attr = (p->attr & ~ATTR_COLOR) | COL_ERROR, true;
+    if (name == "err" || name == "error")
+        return p->attr = (p->attr & ~ATTR_COLOR) | COL_ERROR, true;
     if (name == "com" || name == "inp" || name == "input")
         return p->attr = (p->attr & ~ATTR_COLOR) | COL_INPUT, true;
     if (name == "ptag" || name == "sf" || name == "p_end" || name == "p") return true;
@@ -105,8 +108,10 @@ static void process(Ptl* p, const char* s, int len, bool raw) {
         if (c == '{' && !raw) {
             int depth = 1, j = i + 1;
             while (j < len && depth) {
-                if (s[j] == '{') depth++;
-                else if (s[j] == '}') depth--;
+                if (s[j] == '{')
+                    depth++;
+                else if (s[j] == '}')
+                    depth--;
                 if (depth) j++;
             }
             if (j < len) {
@@ -132,32 +137,58 @@ void ptlclose(Ptl* p) {
     if (p->sink) p->sink(p->user, nullptr, PTL_CLOSING);
     delete p;
 }
-void ptlreinitialize(Ptl* p) { p->attr = 2, p->col = 0; }
-void ptlset_maxwidth(Ptl* p, int w) { p->width = w < 40 ? 40 : w > 255 ? 255 : w; }
-int ptlquery_maxwidth(const Ptl* p) { return p->width; }
-void ptlset_chars(Ptl* p, const PtlChars* c) { ptlset_maxwidth(p, c->width), p->rich = c->rich; }
-void ptlquery_chars(const Ptl* p, PtlChars* c) { c->width = p->width, c->rich = p->rich; }
-void ptlset_user(Ptl* p, PtlSink s, void* u) { p->sink = p->saved_sink = s, p->user = u; }
-void ptlset_useron(Ptl* p) { ptlflush(p), p->sink = p->saved_sink; }
-void ptlset_useroff(Ptl* p) { ptlflush(p), p->sink = nullptr; }
+void ptlreinitialize(Ptl* p) {
+    p->attr = 2, p->col = 0;
+}
+void ptlset_maxwidth(Ptl* p, int w) {
+    p->width = w < 40 ? 40 : w > 255 ? 255 : w;
+}
+int ptlquery_maxwidth(const Ptl* p) {
+    return p->width;
+}
+void ptlset_chars(Ptl* p, const PtlChars* c) {
+    ptlset_maxwidth(p, c->width), p->rich = c->rich;
+}
+void ptlquery_chars(const Ptl* p, PtlChars* c) {
+    c->width = p->width, c->rich = p->rich;
+}
+void ptlset_user(Ptl* p, PtlSink s, void* u) {
+    p->sink = p->saved_sink = s, p->user = u;
+}
+void ptlset_useron(Ptl* p) {
+    ptlflush(p), p->sink = p->saved_sink;
+}
+void ptlset_useroff(Ptl* p) {
+    ptlflush(p), p->sink = nullptr;
+}
 void ptlsend(Ptl* p, const char* b, int n) {
     if (n > 0 && !p->ignore) process(p, b, n, false);
 }
 void ptlsendraw(Ptl* p, const char* b, int n) {
     if (n > 0 && !p->ignore) process(p, b, n, true);
 }
-void ptlsend_genascii_begin(uint8_t* st) { *st = 0; }
-void ptlsend_genascii(uint8_t* st, Ptl* p, const char* b, int n) { ptlsend(p, b, n); }
-void ptlsend_genascii_raw(uint8_t* st, Ptl* p, const char* b, int n) { ptlsendraw(p, b, n); }
+void ptlsend_genascii_begin(uint8_t* st) {
+    *st = 0;
+}
+void ptlsend_genascii(uint8_t* st, Ptl* p, const char* b, int n) {
+    ptlsend(p, b, n);
+}
+void ptlsend_genascii_raw(uint8_t* st, Ptl* p, const char* b, int n) {
+    ptlsendraw(p, b, n);
+}
 void ptlflush(Ptl* p) {
     if (!p->sink) return;
     if (p->col) emit(p, PTL_PARTIAL);
     p->sink(p->user, nullptr, PTL_FLUSH);
 }
-void ptlcolorset(Ptl* p, int colour) { p->attr = (p->attr & ~ATTR_COLOR) | (colour & 7); }
+void ptlcolorset(Ptl* p, int colour) {
+    p->attr = (p->attr & ~ATTR_COLOR) | (colour & 7);
+}
 void ptlptagset(Ptl*) {}
 void ptlptagsetweak(Ptl*) {}
-void ptlpromptset(Ptl* p) { ptlcolorset(p, COL_INPUT); }
+void ptlpromptset(Ptl* p) {
+    ptlcolorset(p, COL_INPUT);
+}
 int ptlmore(Ptl* p) {
     p->pagelines = 0;
     return 0;
@@ -165,25 +196,44 @@ int ptlmore(Ptl* p) {
 void ptlsendtpl(Ptl* p, const uint8_t* t, int) {
     if (p->sink) p->sink(p->user, t, PTL_LINE);
 }
-int ptlset_log_input(Ptl*, int, int) { return 1; }
-int ptlset_log_output(Ptl*, int, int) { return 1; }
-int ptl_query_log_err(const Ptl*) { return 0; }
-int ptluserrtn2(Ptl* p, int code) { return p->saved_sink ? p->saved_sink(p->user, nullptr, code) : 0; }
-void ptlset_pagesize(Ptl* p, int n) { p->pagesize = n; }
-void ptlset_moreenable(Ptl* p, int on) { p->more_enable = on != 0; }
-int ptlquery_moreenable(const Ptl* p) { return p->more_enable; }
-void ptlzero_pagelines(Ptl* p) { p->pagelines = 0; }
+int ptlset_log_input(Ptl*, int, int) {
+    return 1;
+}
+int ptlset_log_output(Ptl*, int, int) {
+    return 1;
+}
+int ptl_query_log_err(const Ptl*) {
+    return 0;
+}
+int ptluserrtn2(Ptl* p, int code) {
+    return p->saved_sink ? p->saved_sink(p->user, nullptr, code) : 0;
+}
+void ptlset_pagesize(Ptl* p, int n) {
+    p->pagesize = n;
+}
+void ptlset_moreenable(Ptl* p, int on) {
+    p->more_enable = on != 0;
+}
+int ptlquery_moreenable(const Ptl* p) {
+    return p->more_enable;
+}
+void ptlzero_pagelines(Ptl* p) {
+    p->pagelines = 0;
+}
 
 int find_tag(const char* list, const char* name) {
     for (; *list; list += strlen(list) + 1)
         if (!strcmp(list, name)) return 1;
     return 0;
 }
-int tpl_tagmatch(const char* list, const char* name) { return find_tag(list, name); }
+int tpl_tagmatch(const char* list, const char* name) {
+    return find_tag(list, name);
+}
 int tpl_renpiece(const uint8_t* runs, int col, uint8_t* attr) {
     int last = runs[0];
     for (int r = 0; r <= last; r++) {
-        int start = runs[1 + 2 * r], end = r < last ? runs[1 + 2 * (r + 1)] : runs[1 + 2 * (last + 1)];
+        int start = runs[1 + 2 * r],
+            end = r < last ? runs[1 + 2 * (r + 1)] : runs[1 + 2 * (last + 1)];
         if (col >= start && col < end) {
             *attr = runs[2 + 2 * r];
             return end;
@@ -207,4 +257,4 @@ int tpl_has_wide(const uint8_t* runs) {
 }
 void tpl_make_ascii(const uint8_t*, char*) {}
 
-}  // namespace korvu
+} // namespace korvu

@@ -7,12 +7,12 @@ namespace korvu {
 
 // Sink messages.
 enum : int {
-    PTL_LINE = 1,     // a complete line
-    PTL_PARTIAL = 2,  // the line so far; replaced by the next 1 or 2
-    PTL_FLUSH = 3,    // flush now; no template
-    PTL_CLOSING = 4,  // instance closing; no template
-    PTL_MORE = 5,     // show the more prompt template and return the key
-    PTL_FOLLOW = 11,  // control: follow the end of the text again
+    PTL_LINE = 1,    // a complete line
+    PTL_PARTIAL = 2, // the line so far; replaced by the next 1 or 2
+    PTL_FLUSH = 3,   // flush now; no template
+    PTL_CLOSING = 4, // instance closing; no template
+    PTL_MORE = 5,    // show the more prompt template and return the key
+    PTL_FOLLOW = 11, // control: follow the end of the text again
     PTL_CTRL12 = 12,
 };
 
@@ -28,7 +28,14 @@ enum : uint8_t {
     ATTR_UNDERLINE = 32,
     ATTR_LINEART = 128,
 };
-enum : int { COL_RESULT = 1, COL_TEXT = 2, COL_ERROR = 4, COL_INPUT = 5, COL_LINK = 6, COL_HILITE = 7 };
+enum : int {
+    COL_RESULT = 1,
+    COL_TEXT = 2,
+    COL_ERROR = 4,
+    COL_INPUT = 5,
+    COL_LINK = 6,
+    COL_HILITE = 7
+};
 
 using PtlSink = int (*)(void* user, const uint8_t* tpl, int msg);
 
@@ -37,7 +44,7 @@ struct PtlChars {
     uint8_t rich;
 };
 
-struct Ptl;  // defined in ptl_state.h; callers outside the engine use the functions below
+struct Ptl; // defined in ptl_state.h; callers outside the engine use the functions below
 
 Ptl* ptlopen();
 void ptlclose(Ptl* p);
@@ -59,7 +66,7 @@ void ptlcolorset(Ptl* p, int colour);
 void ptlptagset(Ptl* p);
 void ptlptagsetweak(Ptl* p);
 void ptlpromptset(Ptl* p);
-int ptlmore(Ptl* p);  // runs a pause; 113 when the key asked for a break, else 0
+int ptlmore(Ptl* p); // runs a pause; 113 when the key asked for a break, else 0
 void ptlsendtpl(Ptl* p, const uint8_t* tpl, int writelog);
 int ptlset_log_input(Ptl* p, int fd, int request);
 int ptlset_log_output(Ptl* p, int fd, int request);
@@ -82,12 +89,20 @@ int tpl_has_wide(const uint8_t* runs);
 void tpl_make_ascii(const uint8_t* runs, char* text);
 
 // Field access on a template record.
-inline int tpl_u16(const uint8_t* t, int off) { return t[off] | (t[off + 1] << 8); }
-inline const uint8_t* tpl_links(const uint8_t* t) { return t + 10; }
-inline const uint8_t* tpl_markers(const uint8_t* t) { return t + tpl_u16(t, 2); }
-inline const uint8_t* tpl_runs(const uint8_t* t) { return t + tpl_u16(t, 4); }
+inline int tpl_u16(const uint8_t* t, int off) {
+    return t[off] | (t[off + 1] << 8);
+}
+inline const uint8_t* tpl_links(const uint8_t* t) {
+    return t + 10;
+}
+inline const uint8_t* tpl_markers(const uint8_t* t) {
+    return t + tpl_u16(t, 2);
+}
+inline const uint8_t* tpl_runs(const uint8_t* t) {
+    return t + tpl_u16(t, 4);
+}
 inline const char* tpl_text(const uint8_t* t) {
     return reinterpret_cast<const char*>(t + tpl_u16(t, 6));
 }
 
-}  // namespace korvu
+} // namespace korvu

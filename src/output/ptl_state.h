@@ -1,7 +1,7 @@
 // The engine instance record. Only the engine and its tests look inside.
 #pragma once
-#include <cstdint>
 #include "output/ptl.h"
+#include <cstdint>
 
 namespace korvu {
 
@@ -27,4 +27,4 @@ struct Ptl {
     int32_t nheld = 0;
 };
 
-}  // namespace korvu
+} // namespace korvu
