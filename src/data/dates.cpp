@@ -8,9 +8,9 @@
 
 namespace korvu {
 
-const char* const month_names[12] = {"January", "February", "March",     "April",
-                                     "May",     "June",     "July",      "August",
-                                     "September", "October", "November", "December"};
+const char* const month_names[12] = {"January",   "February", "March",    "April",
+                                     "May",       "June",     "July",     "August",
+                                     "September", "October",  "November", "December"};
 
 int64_t jdn_of_ymd(int64_t y, int64_t m, int64_t d) {
     int64_t a = (m - 14) / 12;
@@ -62,13 +62,15 @@ inline int64_t floordiv(int64_t a, int64_t b) {
     return q;
 }
 
-inline bool year_ok(int64_t y) { return y >= kYearMin && y <= kYearMax; }
+inline bool year_ok(int64_t y) {
+    return y >= kYearMin && y <= kYearMax;
+}
 
 int32_t day_of_year(int32_t y, int32_t m, int32_t d) {
     return date_of_ymd(y, m, d) - date_of_ymd(y, 1, 1) + 1;
 }
 
-}  // namespace
+} // namespace
 
 int32_t date_of_ymd(int32_t y, int32_t m, int32_t d) {
     return static_cast<int32_t>(jdn_of_ymd(y, m, d) - kJdn1960);
@@ -199,8 +201,8 @@ int mkwdate(char* out, int day, int month, int year) {
         std::strcpy(out, " invld date");
         return 11;
     }
-    char mon[4] = {month_names[month - 1][0], month_names[month - 1][1],
-                   month_names[month - 1][2], 0};
+    char mon[4] = {month_names[month - 1][0], month_names[month - 1][1], month_names[month - 1][2],
+                   0};
     return std::snprintf(out, 16, "%2d %s%5d", day, mon, year);
 }
 
@@ -253,11 +255,17 @@ bool field_number(const Field& f, int64_t* v) {
     return true;
 }
 
-inline char lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
-inline bool isdig(char c) { return c >= '0' && c <= '9'; }
-inline bool isalpha_(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+inline char lower(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+inline bool isdig(char c) {
+    return c >= '0' && c <= '9';
+}
+inline bool isalpha_(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
 
-}  // namespace
+} // namespace
 
 double stdate(const char* text, const char* order) {
     if (!text || !order) return misval;
@@ -282,7 +290,7 @@ double stdate(const char* text, const char* order) {
     letters[nl] = 0;
     bool has[128] = {};
     for (int i = 0; i < nl; ++i) has[static_cast<int>(letters[i])] = true;
-    char unit = 0;  // 'd' for a date, else the unit letter, 'y' for years
+    char unit = 0; // 'd' for a date, else the unit letter, 'y' for years
     if (nl == 3 && has['d'] && has['m'] && has['y']) {
         unit = 'd';
     } else if (nl == 2 && has['y']) {
@@ -342,18 +350,13 @@ double stdate(const char* text, const char* order) {
         }
     }
     switch (unit) {
-        case 'd':
-            return stedate(static_cast<double>(m), static_cast<double>(d), static_cast<double>(y));
-        case 'm':
-            return datefn::ym(static_cast<double>(y), static_cast<double>(m));
-        case 'q':
-            return datefn::yq(static_cast<double>(y), static_cast<double>(u));
-        case 'h':
-            return datefn::yh(static_cast<double>(y), static_cast<double>(u));
-        case 'w':
-            return datefn::yw(static_cast<double>(y), static_cast<double>(u));
-        default:
-            return year_ok(y) ? static_cast<double>(y) : misval;
+    case 'd':
+        return stedate(static_cast<double>(m), static_cast<double>(d), static_cast<double>(y));
+    case 'm': return datefn::ym(static_cast<double>(y), static_cast<double>(m));
+    case 'q': return datefn::yq(static_cast<double>(y), static_cast<double>(u));
+    case 'h': return datefn::yh(static_cast<double>(y), static_cast<double>(u));
+    case 'w': return datefn::yw(static_cast<double>(y), static_cast<double>(u));
+    default: return year_ok(y) ? static_cast<double>(y) : misval;
     }
 }
 
@@ -362,7 +365,9 @@ double stdate(const char* text, const char* order) {
 namespace datefn {
 
 namespace {
-inline double part_or_missing(int32_t v) { return v == kBadPart ? misval : v; }
+inline double part_or_missing(int32_t v) {
+    return v == kBadPart ? misval : v;
+}
 
 bool order_is(const char* order, const char* want) {
     // same letters as `want`, any arrangement, digits (a century) allowed
@@ -383,14 +388,26 @@ double unit_of(double y, double part, double lo, double hi, double per) {
     if (!whole_in(y, kYearMin, kYearMax) || !whole_in(part, lo, hi)) return misval;
     return (y - 1960) * per + (part - 1);
 }
-}  // namespace
+} // namespace
 
-double mdy(double m, double d, double y) { return stedate(m, d, y); }
-double dow(double d) { return stdow(d); }
-double day(double d) { return part_or_missing(stmdy(2, d)); }
-double month(double d) { return part_or_missing(stmdy(1, d)); }
-double year(double d) { return part_or_missing(stmdy(3, d)); }
-double yofd(double d) { return year(d); }
+double mdy(double m, double d, double y) {
+    return stedate(m, d, y);
+}
+double dow(double d) {
+    return stdow(d);
+}
+double day(double d) {
+    return part_or_missing(stmdy(2, d));
+}
+double month(double d) {
+    return part_or_missing(stmdy(1, d));
+}
+double year(double d) {
+    return part_or_missing(stmdy(3, d));
+}
+double yofd(double d) {
+    return year(d);
+}
 double doy(double x) {
     int32_t y, m, d;
     if (!date_parts(x, &y, &m, &d)) return misval;
@@ -408,26 +425,54 @@ double halfyear(double d) {
     int32_t m = stmdy(1, d);
     return m == kBadPart ? misval : (m - 1) / 6 + 1;
 }
-double dofd(double d) { return d; }
-double dofw(double w) { return dofweek(w); }
-double dofm(double m) { return dofmonth(m); }
-double dofq(double q) { return dofquarter(q); }
-double dofh(double h) { return dofhalfyear(h); }
+double dofd(double d) {
+    return d;
+}
+double dofw(double w) {
+    return dofweek(w);
+}
+double dofm(double m) {
+    return dofmonth(m);
+}
+double dofq(double q) {
+    return dofquarter(q);
+}
+double dofh(double h) {
+    return dofhalfyear(h);
+}
 double dofy(double y) {
     int64_t k;
     if (!unit_floor(y, &k) || !year_ok(k)) return misval;
     return date_of_ymd(static_cast<int32_t>(k), 1, 1);
 }
-double wofd(double d) { return weekofd(d); }
-double mofd(double d) { return monthofd(d); }
-double qofd(double d) { return quarterofd(d); }
-double hofd(double d) { return halfyearofd(d); }
-double yw(double y, double w) { return unit_of(y, w, 1, 52, 52); }
-double ym(double y, double m) { return unit_of(y, m, 1, 12, 12); }
-double yq(double y, double q) { return unit_of(y, q, 1, 4, 4); }
-double yh(double y, double h) { return unit_of(y, h, 1, 2, 2); }
+double wofd(double d) {
+    return weekofd(d);
+}
+double mofd(double d) {
+    return monthofd(d);
+}
+double qofd(double d) {
+    return quarterofd(d);
+}
+double hofd(double d) {
+    return halfyearofd(d);
+}
+double yw(double y, double w) {
+    return unit_of(y, w, 1, 52, 52);
+}
+double ym(double y, double m) {
+    return unit_of(y, m, 1, 12, 12);
+}
+double yq(double y, double q) {
+    return unit_of(y, q, 1, 4, 4);
+}
+double yh(double y, double h) {
+    return unit_of(y, h, 1, 2, 2);
+}
 
-double date(const char* s, const char* order) { return daily(s, order); }
+double date(const char* s, const char* order) {
+    return daily(s, order);
+}
 double daily(const char* s, const char* order) {
     return order_is(order, "dmy") ? stdate(s, order) : misval;
 }
@@ -447,6 +492,6 @@ double yearly(const char* s, const char* order) {
     return order_is(order, "y") ? stdate(s, order) : misval;
 }
 
-}  // namespace datefn
+} // namespace datefn
 
-}  // namespace korvu
+} // namespace korvu

@@ -1,4 +1,4 @@
-// Date arithmetic (Part 2.10). A date is the number of days since 01 January
+// Date arithmetic. A date is the number of days since 01 January
 // 1960 (negative before it). Other units count from 1960 too: weeks (52 a year),
 // months, quarters and half-years from 0 for the first of 1960; years are plain
 // year numbers. Calendar conversion is the Julian-day-number integer algorithm
@@ -14,14 +14,14 @@
 
 namespace korvu {
 
-inline constexpr int32_t kDateMin = -679350;    // 01jan0100
-inline constexpr int32_t kDateMax = 2936549;    // 31dec9999
-inline constexpr int32_t kJdn1960 = 2436935;    // Julian day number of 01jan1960
+inline constexpr int32_t kDateMin = -679350; // 01jan0100
+inline constexpr int32_t kDateMax = 2936549; // 31dec9999
+inline constexpr int32_t kJdn1960 = 2436935; // Julian day number of 01jan1960
 inline constexpr int32_t kYearMin = 100;
 inline constexpr int32_t kYearMax = 9999;
 inline constexpr int32_t kBadPart = static_cast<int32_t>(0x80000001);
 
-extern const char* const month_names[12];  // "January" .. "December"
+extern const char* const month_names[12]; // "January" .. "December"
 
 // The integer algorithm itself, for any positive Julian day number.
 int64_t jdn_of_ymd(int64_t y, int64_t m, int64_t d);
@@ -46,14 +46,14 @@ double stedate(double m, double d, double y);
 // `.` when the text does not fit the pattern or the date is impossible.
 double stdate(const char* text, const char* order);
 
-double dofmonth(double m);      // first day of month m (0 = January 1960)
+double dofmonth(double m); // first day of month m (0 = January 1960)
 double monthofd(double d);
 double dofquarter(double q);
 double quarterofd(double d);
 double dofhalfyear(double h);
 double halfyearofd(double d);
-double dofweek(double w);       // first day of week w, 52 weeks a year
-double weekofd(double d);       // week 52 of a year runs from 23 December to its end
+double dofweek(double w); // first day of week w, 52 weeks a year
+double weekofd(double d); // week 52 of a year runs from 23 December to its end
 
 // Split a quarter (half-year) count into year and quarter 1..4 (half 1..2).
 // Return 0, or 1 (outputs untouched) when q is missing or out of range.
@@ -65,7 +65,7 @@ int exhalfyear(double h, int32_t* year, int32_t* half);
 // year below 0. `out` needs 16 bytes. Returns the length.
 int mkwdate(char* out, int day, int month, int year);
 
-// The date functions of the expression function table (Part 2.4), by its names.
+// The date functions of the expression function table, by its names.
 // Numbers in, number out; `.` for missing, out of range or impossible inputs.
 namespace datefn {
 double mdy(double m, double d, double y);
@@ -101,6 +101,6 @@ double monthly(const char* s, const char* order);
 double quarterly(const char* s, const char* order);
 double halfyearly(const char* s, const char* order);
 double yearly(const char* s, const char* order);
-}  // namespace datefn
+} // namespace datefn
 
-}  // namespace korvu
+} // namespace korvu

@@ -14,30 +14,44 @@ namespace {
 // Width counted for one code; 0 for a character that is no code.
 int code_width(char c) {
     switch (c) {
-        case 'C': case 'c': case 'Y': case 'y': case 'N': case 'n':
-        case 'D': case 'd': case 'W': case 'w':
-            return 2;
-        case 'M': case 'L':
-            return 9;
-        case 'm': case 'l': case 'J': case 'j':
-            return 3;
-        case 'h': case 'q': case '_': case '.': case ',': case ':':
-        case '-': case '/': case '\'':
-            return 1;
-        default:
-            return 0;
+    case 'C':
+    case 'c':
+    case 'Y':
+    case 'y':
+    case 'N':
+    case 'n':
+    case 'D':
+    case 'd':
+    case 'W':
+    case 'w': return 2;
+    case 'M':
+    case 'L': return 9;
+    case 'm':
+    case 'l':
+    case 'J':
+    case 'j': return 3;
+    case 'h':
+    case 'q':
+    case '_':
+    case '.':
+    case ',':
+    case ':':
+    case '-':
+    case '/':
+    case '\'': return 1;
+    default: return 0;
     }
 }
 
 const char* default_pattern(char unit) {
     switch (unit) {
-        case 'w': return "CY!ww";  // 1960w1
-        case 'm': return "CY!mn";  // 1960m1
-        case 'q': return "CY!qq";  // 1960q1
-        case 'h': return "CY!hh";  // 1960h1
-        case 'y': return "CY";     // 1960
-        case 'g': return "";
-        default:  return "DlCY";   // 01jan1960
+    case 'w': return "CY!ww"; // 1960w1
+    case 'm': return "CY!mn"; // 1960m1
+    case 'q': return "CY!qq"; // 1960q1
+    case 'h': return "CY!hh"; // 1960h1
+    case 'y': return "CY";    // 1960
+    case 'g': return "";
+    default: return "DlCY"; // 01jan1960
     }
 }
 
@@ -111,29 +125,29 @@ int date_text(char* t, const char* pat, int32_t y, int32_t m, int32_t d) {
     if (week > 52) week = 52;
     for (const char* p = pat; *p; ++p) {
         switch (*p) {
-            case 'C': o = put_int(o, y / 100, 2); break;
-            case 'c': o = put_int(o, y / 100, 1); break;
-            case 'Y': o = put_int(o, y % 100, 2); break;
-            case 'y': o = put_int(o, y % 100, 1); break;
-            case 'M': o = put_name(o, month_names[m - 1], 9, false); break;
-            case 'L': o = put_name(o, month_names[m - 1], 9, true); break;
-            case 'm': o = put_name(o, month_names[m - 1], 3, false); break;
-            case 'l': o = put_name(o, month_names[m - 1], 3, true); break;
-            case 'N': o = put_int(o, m, 2); break;
-            case 'n': o = put_int(o, m, 1); break;
-            case 'D': o = put_int(o, d, 2); break;
-            case 'd': o = put_int(o, d, 1); break;
-            case 'J': o = put_int(o, doy, 3); break;
-            case 'j': o = put_int(o, doy, 1); break;
-            case 'W': o = put_int(o, week, 2); break;
-            case 'w': o = put_int(o, week, 1); break;
-            case 'h': o = put_int(o, (m - 1) / 6 + 1, 1); break;
-            case 'q': o = put_int(o, (m - 1) / 3 + 1, 1); break;
-            case '_': *o++ = ' '; break;
-            case '!':
-                if (p[1]) *o++ = *++p;
-                break;
-            default: *o++ = *p; break;
+        case 'C': o = put_int(o, y / 100, 2); break;
+        case 'c': o = put_int(o, y / 100, 1); break;
+        case 'Y': o = put_int(o, y % 100, 2); break;
+        case 'y': o = put_int(o, y % 100, 1); break;
+        case 'M': o = put_name(o, month_names[m - 1], 9, false); break;
+        case 'L': o = put_name(o, month_names[m - 1], 9, true); break;
+        case 'm': o = put_name(o, month_names[m - 1], 3, false); break;
+        case 'l': o = put_name(o, month_names[m - 1], 3, true); break;
+        case 'N': o = put_int(o, m, 2); break;
+        case 'n': o = put_int(o, m, 1); break;
+        case 'D': o = put_int(o, d, 2); break;
+        case 'd': o = put_int(o, d, 1); break;
+        case 'J': o = put_int(o, doy, 3); break;
+        case 'j': o = put_int(o, doy, 1); break;
+        case 'W': o = put_int(o, week, 2); break;
+        case 'w': o = put_int(o, week, 1); break;
+        case 'h': o = put_int(o, (m - 1) / 6 + 1, 1); break;
+        case 'q': o = put_int(o, (m - 1) / 3 + 1, 1); break;
+        case '_': *o++ = ' '; break;
+        case '!':
+            if (p[1]) *o++ = *++p;
+            break;
+        default: *o++ = *p; break;
         }
     }
     *o = 0;
@@ -150,7 +164,7 @@ int numeric_path(char* buf, const FmtDesc& d, double x) {
     return fmtrender(buf, n, x);
 }
 
-}  // namespace
+} // namespace
 
 int chkdfmt(const char* text, FmtDesc* desc) {
     if (!text || text[0] != '%' || std::strlen(text) > static_cast<size_t>(kFmtMaxText)) return 1;
@@ -183,12 +197,12 @@ int fmtrender_date(char* buf, const FmtDesc& d, double x) {
     if (!std::isfinite(x) || ismissing(x) || d.tsunit == 'g') return numeric_path(buf, d, x);
     double days;
     switch (d.tsunit) {
-        case 'w': days = dofweek(x); break;
-        case 'm': days = dofmonth(x); break;
-        case 'q': days = dofquarter(x); break;
-        case 'h': days = dofhalfyear(x); break;
-        case 'y': days = datefn::dofy(x); break;
-        default: days = x; break;
+    case 'w': days = dofweek(x); break;
+    case 'm': days = dofmonth(x); break;
+    case 'q': days = dofquarter(x); break;
+    case 'h': days = dofhalfyear(x); break;
+    case 'y': days = datefn::dofy(x); break;
+    default: days = x; break;
     }
     int32_t y, m, dd;
     if (!date_parts(days, &y, &m, &dd)) return numeric_path(buf, d, x);
@@ -211,4 +225,4 @@ char* sreftfmt(const char* fmt, double x) {
     return outbuf;
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -18,7 +18,9 @@ VlLookupFn reforml_lookup = nullptr;
 
 namespace {
 
-inline bool isdig(char c) { return c >= '0' && c <= '9'; }
+inline bool isdig(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Reads an unsigned decimal of at most 3 digits; -1 when none (or too long).
 int read_small(const char*& p) {
@@ -107,7 +109,7 @@ int gsearch(char* t, double ax, int room, int decimals, bool commas) {
         for (int p = pmax; p >= 1; --p) {
             int n = gtext(g, ax, p);
             if (std::memchr(g, 'e', n)) continue;
-            if (n > room) continue;  // commas only lengthen
+            if (n > room) continue; // commas only lengthen
             int m = addcommas(t, g, n);
             if (m <= room) return m;
         }
@@ -138,7 +140,7 @@ int overflow_text(char* t, double ax) {
 
 // Numeric e/f/g rendering of a non-missing value.
 int render_efg(char* buf, const FmtDesc& d, double x) {
-    if (x == 0) x = 0;  // minus zero
+    if (x == 0) x = 0; // minus zero
     bool neg = std::signbit(x);
     double ax = std::fabs(x);
     int w = d.width;
@@ -178,8 +180,10 @@ int render_efg(char* buf, const FmtDesc& d, double x) {
 
     if (d.comma || dpcomma) {
         for (int i = 0; i < n; ++i) {
-            if (t[i] == '.') t[i] = ',';
-            else if (t[i] == ',') t[i] = '.';
+            if (t[i] == '.')
+                t[i] = ',';
+            else if (t[i] == ',')
+                t[i] = '.';
         }
     }
     bool sign = neg && any_nonzero_digit(t, n);
@@ -209,9 +213,8 @@ int render_bits(char* buf, const FmtDesc& d, double x) {
         int bytes;
         if (d.width == 8) {
             // beyond the largest float plus half its last place, the float is infinite
-            float f = std::fabs(x) < 0x1.ffffffp127
-                          ? static_cast<float>(x)
-                          : (std::signbit(x) ? -HUGE_VALF : HUGE_VALF);
+            float f = std::fabs(x) < 0x1.ffffffp127 ? static_cast<float>(x)
+                                                    : (std::signbit(x) ? -HUGE_VALF : HUGE_VALF);
             if (x != x) f = static_cast<float>(x);
             uint32_t u;
             std::memcpy(&u, &f, 4);
@@ -233,13 +236,13 @@ int render_bits(char* buf, const FmtDesc& d, double x) {
 }
 
 const FmtDesc& default_desc() {
-    static const FmtDesc d{};  // %9.0g
+    static const FmtDesc d{}; // %9.0g
     return d;
 }
 
 char safebuf[kFmtBufSize];
 
-}  // namespace
+} // namespace
 
 // ---- chkfmt -----------------------------------------------------------------
 
@@ -354,7 +357,9 @@ char* sreforms(const char* fmt, double x) {
     return outbuf;
 }
 
-int reforms(const char* fmt, double x) { return spout21(sreforms(fmt, x)); }
+int reforms(const char* fmt, double x) {
+    return spout21(sreforms(fmt, x));
+}
 
 char* safereforms(const char* fmt, double x) {
     fmtnum(safebuf, fmt, x);
@@ -382,7 +387,7 @@ int render_labelled(char* buf, const char* fmt, const char* label, double x) {
     if (n > d.width) n = d.width;
     return place(buf, text, n, d.width, d.justify);
 }
-}  // namespace
+} // namespace
 
 char* sreforml(const char* fmt, const char* label, double x) {
     render_labelled(outbuf, fmt, label, x);
@@ -402,13 +407,17 @@ char* sreformint(int64_t n) {
     std::snprintf(outbuf, sizeof outbuf, "%" PRId64, n);
     return outbuf;
 }
-int reformint(int64_t n) { return spout21(sreformint(n)); }
+int reformint(int64_t n) {
+    return spout21(sreformint(n));
+}
 char* sreformptr(const void* p) {
     std::snprintf(outbuf, sizeof outbuf, "%lx",
                   static_cast<unsigned long>(reinterpret_cast<uintptr_t>(p)));
     return outbuf;
 }
-int reformptr(const void* p) { return spout21(sreformptr(p)); }
+int reformptr(const void* p) {
+    return spout21(sreformptr(p));
+}
 
 namespace {
 int compact(char* buf, int n) {
@@ -417,7 +426,7 @@ int compact(char* buf, int n) {
     std::memmove(buf, buf + s, n - s + 1);
     return n - s;
 }
-}  // namespace
+} // namespace
 
 int suform(char* buf, double x, int width) {
     FmtDesc d;
@@ -470,8 +479,8 @@ int fixfmt(char* fmt, int len) {
     if (d.decimals > len - 1) return 0;
     char t[32];
     const char* mark = d.justify < 0 ? "-" : d.justify == 0 ? "~" : d.zero ? "0" : "";
-    std::snprintf(t, sizeof t, "%%%s%d%c%d%c%s", mark, len, d.comma ? ',' : '.', d.decimals,
-                  d.kind, d.mod == 'c' ? "c" : "");
+    std::snprintf(t, sizeof t, "%%%s%d%c%d%c%s", mark, len, d.comma ? ',' : '.', d.decimals, d.kind,
+                  d.mod == 'c' ? "c" : "");
     if (std::strlen(t) > static_cast<size_t>(kFmtMaxText)) return 0;
     std::strcpy(fmt, t);
     return 1;
@@ -488,7 +497,7 @@ int setvarfmt(char* slot, const char* text, int vartype) {
     FmtDesc d;
     bool isstr = vartype >= 1 && vartype <= 244;
     if (chkfmt(text, isstr ? 12 : 11, &d)) return 120;
-    std::strcpy(slot, text);  // at most 11 characters: chkfmt checked
+    std::strcpy(slot, text); // at most 11 characters: chkfmt checked
     return 0;
 }
 
@@ -504,6 +513,8 @@ int setdp(const char* word) {
     return 198;
 }
 
-const char* dpname() { return dpcomma ? "comma" : "period"; }
+const char* dpname() {
+    return dpcomma ? "comma" : "period";
+}
 
-}  // namespace korvu
+} // namespace korvu

@@ -1,4 +1,4 @@
-// Display formats (Part 2.10): the grammar of format text (`chkfmt`) and the
+// Display formats: the grammar of format text (`chkfmt`) and the
 // rendering of numbers, strings and dates through it.
 //
 // Format text is at most 11 characters, starting with `%`:
@@ -13,7 +13,7 @@
 // Rendering never allocates: the core functions write into a caller's buffer of
 // at least kFmtBufSize bytes. `sreforms` and kin write into `outbuf`.
 //
-// Rules chosen where the design leaves a choice:
+// Rules of rendering:
 // - `%w.0g` shows the value in at most w-1 characters before the sign, so that
 //   positive and negative values line up: it tries 17, 16, ... 1 significant
 //   digits (at most w-1 of them), written as C's %.<p>g does (trailing zeros cut,
@@ -39,31 +39,31 @@
 
 namespace korvu {
 
-inline constexpr int kFmtMaxText = 11;   // characters of format text, `%` included
+inline constexpr int kFmtMaxText = 11; // characters of format text, `%` included
 inline constexpr int kFmtMaxWidth = 244;
-inline constexpr int kFmtBufSize = 256;  // a rendering buffer of this size always suffices
+inline constexpr int kFmtBufSize = 256; // a rendering buffer of this size always suffices
 
-// Filled by chkfmt. The first 16 bytes are the design's descriptor.
+// Filled by chkfmt. The first 16 bytes are the descriptor proper, in this order.
 struct FmtDesc {
-    int32_t justify = 1;   // 1 right, -1 left, 0 centre
+    int32_t justify = 1; // 1 right, -1 left, 0 centre
     int32_t width = 9;
     int32_t decimals = 0;
-    char cls = 'g';        // 'g' numeric e/f/g; 'f' fixed-layout numeric (x H L d);
-                           // 's' string
-    char kind = 'g';       // 'e' 'f' 'g' 's' 'x' 'H' 'L' 'd' (dates and %t)
-    char mod = ' ';        // ' ' or 'c' (commas)
-    char comma = 0;        // 1: European decimal mark
-    // beyond the design's 16 bytes
-    char zero = 0;         // 1: %0w.df, zero padded
-    char tsunit = 0;       // 0 for %d; 'd' 'w' 'm' 'q' 'h' 'y' 'g' for %t
-    char pat[14] = {};     // date codes, the default pattern filled in
+    char cls = 'g';  // 'g' numeric e/f/g; 'f' fixed-layout numeric (x H L d);
+                     // 's' string
+    char kind = 'g'; // 'e' 'f' 'g' 's' 'x' 'H' 'L' 'd' (dates and %t)
+    char mod = ' ';  // ' ' or 'c' (commas)
+    char comma = 0;  // 1: European decimal mark
+    // beyond the descriptor proper
+    char zero = 0;     // 1: %0w.df, zero padded
+    char tsunit = 0;   // 0 for %d; 'd' 'w' 'm' 'q' 'h' 'y' 'g' for %t
+    char pat[14] = {}; // date codes, the default pattern filled in
 };
 
 // 0 when `text` is a valid format, else 1 (no message). kind: 0 any, 1 numeric
 // only, 2 string only; add 10 to allow the `-` and `~` marks on numbers.
 int chkfmt(const char* text, int kind, FmtDesc* desc);
-int chkdfmt(const char* text, FmtDesc* desc);  // "%d..." and "%-d..."
-int chktfmt(const char* text, FmtDesc* desc);  // "%t..." and "%-t..."
+int chkdfmt(const char* text, FmtDesc* desc); // "%d..." and "%-d..."
+int chktfmt(const char* text, FmtDesc* desc); // "%t..." and "%-t..."
 
 // Hot path. Renders x by desc into buf (at least kFmtBufSize bytes), terminated;
 // returns the length. A string descriptor renders as %9.0g.
@@ -77,13 +77,13 @@ int fmtnum(char* buf, const char* fmt, double x);
 // `s` right-justified (justify 1), left (-1) or centred (0) in width; never cut.
 int strfmt(char* buf, const char* s, int width, int justify);
 
-// The design's entry points, writing into `outbuf`.
+// The entry points of the rest of the system, writing into `outbuf`.
 char* sreforms(const char* fmt, double x);
-int reforms(const char* fmt, double x);              // also prints outbuf
-char* safereforms(const char* fmt, double x);        // own buffer; outbuf untouched
-char* srefdate(const char* fmt, double x);           // fmt "%d..."
-char* sreftfmt(const char* fmt, double x);           // fmt "%t..."
-char* sreformstr(const char* fmt, const char* s);    // a string by "%ws"
+int reforms(const char* fmt, double x);           // also prints outbuf
+char* safereforms(const char* fmt, double x);     // own buffer; outbuf untouched
+char* srefdate(const char* fmt, double x);        // fmt "%d..."
+char* sreftfmt(const char* fmt, double x);        // fmt "%t..."
+char* sreformstr(const char* fmt, const char* s); // a string by "%ws"
 
 // Value labels: `reforml_lookup(label, x)` gives the text of value x in value
 // label `label`, or null. It is set by the labels subsystem; null means no labels.
@@ -129,7 +129,7 @@ int setvarfmt(char* slot, const char* text, int vartype);
 
 // `set dp comma|period`: under comma, `.` and `,` swap in rendered numbers.
 extern uint8_t dpcomma;
-int setdp(const char* word);   // "comma" or "period"; 0, or 198 for another word
-const char* dpname();          // "comma" or "period", for c(dp)
+int setdp(const char* word); // "comma" or "period"; 0, or 198 for another word
+const char* dpname();        // "comma" or "period", for c(dp)
 
-}  // namespace korvu
+} // namespace korvu

@@ -1,4 +1,4 @@
-// Date arithmetic and the date functions of Part 2.10, against python3's
+// Date arithmetic and the date functions, against python3's
 // datetime (proleptic Gregorian) as the independent reference.
 #include <gtest/gtest.h>
 
@@ -12,7 +12,9 @@ using namespace korvu;
 
 namespace {
 
-bool is_dot(double x) { return dbits(x) == dbits(misval); }
+bool is_dot(double x) {
+    return dbits(x) == dbits(misval);
+}
 
 struct Ref {
     int e, y, m, d, dow, doy;
@@ -24,7 +26,8 @@ import datetime as dt, random
 b = dt.date(1960,1,1)
 random.seed(20)
 days = set([-679350, 2936549, 0, -1, 1, 17000, 59, 60, 366, -365, -366])
-for y,m,d in [(1900,2,28),(1900,3,1),(2000,2,28),(2000,2,29),(2000,3,1),(2100,2,28),(2100,3,1),(1582,10,4),(1582,10,15),(100,12,31),(9999,1,1),(1999,12,31),(2004,12,31),(1600,2,29)]:
+for y,m,d in
+[(1900,2,28),(1900,3,1),(2000,2,28),(2000,2,29),(2000,3,1),(2100,2,28),(2100,3,1),(1582,10,4),(1582,10,15),(100,12,31),(9999,1,1),(1999,12,31),(2004,12,31),(1600,2,29)]:
     days.add((dt.date(y,m,d)-b).days)
 while len(days) < 60:
     days.add(random.randint(-679350, 2936549))
@@ -35,69 +38,39 @@ for e in sorted(days):
     print("    {%d, %d, %d, %d, %d, %d}," % (e, x.year, x.month, x.day, dow, doy))
 */
 const Ref kRef[] = {
-    {-679350, 100, 1, 1, 5, 1},
-    {-678986, 100, 12, 31, 5, 365},
-    {-566188, 409, 10, 30, 5, 303},
-    {-364743, 961, 5, 14, 4, 134},
-    {-290437, 1164, 10, 23, 5, 297},
-    {-253559, 1265, 10, 11, 0, 284},
-    {-246298, 1285, 8, 28, 2, 240},
-    {-154739, 1536, 5, 4, 1, 125},
-    {-137785, 1582, 10, 4, 1, 277},
-    {-137774, 1582, 10, 15, 5, 288},
-    {-131428, 1600, 2, 29, 2, 60},
-    {-45150, 1836, 5, 20, 5, 141},
-    {-21856, 1900, 2, 28, 3, 59},
-    {-21855, 1900, 3, 1, 4, 60},
-    {-366, 1958, 12, 31, 3, 365},
-    {-365, 1959, 1, 1, 4, 1},
-    {-1, 1959, 12, 31, 4, 365},
-    {0, 1960, 1, 1, 5, 1},
-    {1, 1960, 1, 2, 6, 2},
-    {59, 1960, 2, 29, 1, 60},
-    {60, 1960, 3, 1, 2, 61},
-    {366, 1961, 1, 1, 0, 1},
-    {14609, 1999, 12, 31, 5, 365},
-    {14668, 2000, 2, 28, 1, 59},
-    {14669, 2000, 2, 29, 2, 60},
-    {14670, 2000, 3, 1, 3, 61},
-    {16436, 2004, 12, 31, 5, 366},
-    {17000, 2006, 7, 18, 2, 199},
-    {31073, 2045, 1, 27, 5, 27},
-    {51193, 2100, 2, 28, 0, 59},
-    {51194, 2100, 3, 1, 1, 60},
-    {158739, 2394, 8, 12, 5, 224},
-    {195802, 2496, 2, 1, 3, 32},
-    {410445, 3083, 10, 5, 5, 278},
-    {649841, 3739, 3, 16, 1, 75},
-    {659216, 3764, 11, 14, 3, 319},
-    {693977, 3860, 1, 17, 2, 17},
-    {699490, 3875, 2, 20, 6, 51},
-    {728127, 3953, 7, 18, 6, 199},
-    {1026642, 4770, 11, 7, 6, 311},
-    {1046702, 4825, 10, 9, 4, 282},
-    {1048627, 4831, 1, 16, 4, 16},
-    {1113177, 5007, 10, 11, 0, 284},
-    {1205573, 5260, 9, 29, 3, 273},
-    {1310450, 5547, 11, 22, 6, 326},
-    {1492668, 6046, 10, 14, 0, 287},
-    {1723737, 6679, 6, 7, 6, 158},
-    {1756137, 6768, 2, 21, 3, 52},
-    {1943656, 7281, 7, 19, 6, 200},
-    {1953346, 7308, 1, 30, 1, 30},
-    {1987077, 7400, 6, 7, 6, 158},
-    {2147651, 7840, 1, 26, 0, 26},
-    {2178299, 7923, 12, 25, 2, 359},
-    {2199008, 7980, 9, 5, 5, 249},
-    {2352292, 8400, 5, 10, 3, 131},
-    {2535622, 8902, 4, 19, 3, 109},
-    {2620221, 9133, 12, 3, 0, 337},
-    {2883040, 9853, 6, 30, 4, 181},
-    {2936185, 9999, 1, 1, 5, 1},
-    {2936549, 9999, 12, 31, 5, 365},
+    {-679350, 100, 1, 1, 5, 1},      {-678986, 100, 12, 31, 5, 365},
+    {-566188, 409, 10, 30, 5, 303},  {-364743, 961, 5, 14, 4, 134},
+    {-290437, 1164, 10, 23, 5, 297}, {-253559, 1265, 10, 11, 0, 284},
+    {-246298, 1285, 8, 28, 2, 240},  {-154739, 1536, 5, 4, 1, 125},
+    {-137785, 1582, 10, 4, 1, 277},  {-137774, 1582, 10, 15, 5, 288},
+    {-131428, 1600, 2, 29, 2, 60},   {-45150, 1836, 5, 20, 5, 141},
+    {-21856, 1900, 2, 28, 3, 59},    {-21855, 1900, 3, 1, 4, 60},
+    {-366, 1958, 12, 31, 3, 365},    {-365, 1959, 1, 1, 4, 1},
+    {-1, 1959, 12, 31, 4, 365},      {0, 1960, 1, 1, 5, 1},
+    {1, 1960, 1, 2, 6, 2},           {59, 1960, 2, 29, 1, 60},
+    {60, 1960, 3, 1, 2, 61},         {366, 1961, 1, 1, 0, 1},
+    {14609, 1999, 12, 31, 5, 365},   {14668, 2000, 2, 28, 1, 59},
+    {14669, 2000, 2, 29, 2, 60},     {14670, 2000, 3, 1, 3, 61},
+    {16436, 2004, 12, 31, 5, 366},   {17000, 2006, 7, 18, 2, 199},
+    {31073, 2045, 1, 27, 5, 27},     {51193, 2100, 2, 28, 0, 59},
+    {51194, 2100, 3, 1, 1, 60},      {158739, 2394, 8, 12, 5, 224},
+    {195802, 2496, 2, 1, 3, 32},     {410445, 3083, 10, 5, 5, 278},
+    {649841, 3739, 3, 16, 1, 75},    {659216, 3764, 11, 14, 3, 319},
+    {693977, 3860, 1, 17, 2, 17},    {699490, 3875, 2, 20, 6, 51},
+    {728127, 3953, 7, 18, 6, 199},   {1026642, 4770, 11, 7, 6, 311},
+    {1046702, 4825, 10, 9, 4, 282},  {1048627, 4831, 1, 16, 4, 16},
+    {1113177, 5007, 10, 11, 0, 284}, {1205573, 5260, 9, 29, 3, 273},
+    {1310450, 5547, 11, 22, 6, 326}, {1492668, 6046, 10, 14, 0, 287},
+    {1723737, 6679, 6, 7, 6, 158},   {1756137, 6768, 2, 21, 3, 52},
+    {1943656, 7281, 7, 19, 6, 200},  {1953346, 7308, 1, 30, 1, 30},
+    {1987077, 7400, 6, 7, 6, 158},   {2147651, 7840, 1, 26, 0, 26},
+    {2178299, 7923, 12, 25, 2, 359}, {2199008, 7980, 9, 5, 5, 249},
+    {2352292, 8400, 5, 10, 3, 131},  {2535622, 8902, 4, 19, 3, 109},
+    {2620221, 9133, 12, 3, 0, 337},  {2883040, 9853, 6, 30, 4, 181},
+    {2936185, 9999, 1, 1, 5, 1},     {2936549, 9999, 12, 31, 5, 365},
 };
 
-}  // namespace
+} // namespace
 
 TEST(Dates, AgreeWithPythonDatetime) {
     for (const Ref& r : kRef) {
@@ -123,7 +96,7 @@ TEST(Dates, JulianDayAnchor) {
     EXPECT_EQ(d, 1);
     EXPECT_EQ(stdow(0), 5);
     EXPECT_EQ(stdow(-1), 4);
-    EXPECT_EQ(stdow(2), 0);  // Sunday 3 January 1960
+    EXPECT_EQ(stdow(2), 0); // Sunday 3 January 1960
 }
 
 TEST(Dates, EveryDayOfTheRangeRoundTrips) {
@@ -184,10 +157,10 @@ TEST(Dates, StedateImpossible) {
 TEST(Dates, MonthUnits) {
     EXPECT_EQ(dofmonth(0), 0);
     EXPECT_EQ(dofmonth(1), 31);
-    EXPECT_EQ(dofmonth(2), 60);    // 1960 is a leap year
-    EXPECT_EQ(dofmonth(12), 366);  // 01jan1961
-    EXPECT_EQ(dofmonth(-1), -31);  // 01dec1959
-    EXPECT_EQ(dofmonth(1.9), 31);  // floored
+    EXPECT_EQ(dofmonth(2), 60);   // 1960 is a leap year
+    EXPECT_EQ(dofmonth(12), 366); // 01jan1961
+    EXPECT_EQ(dofmonth(-1), -31); // 01dec1959
+    EXPECT_EQ(dofmonth(1.9), 31); // floored
     EXPECT_EQ(monthofd(0), 0);
     EXPECT_EQ(monthofd(30), 0);
     EXPECT_EQ(monthofd(31), 1);
@@ -210,16 +183,16 @@ TEST(Dates, MonthUnits) {
 
 TEST(Dates, QuarterAndHalfYearUnits) {
     EXPECT_EQ(dofquarter(0), 0);
-    EXPECT_EQ(dofquarter(1), 91);    // 31 + 29 + 31
+    EXPECT_EQ(dofquarter(1), 91); // 31 + 29 + 31
     EXPECT_EQ(dofquarter(4), 366);
-    EXPECT_EQ(dofquarter(-1), -92);  // 01oct1959: 31 + 30 + 31 days before
+    EXPECT_EQ(dofquarter(-1), -92); // 01oct1959: 31 + 30 + 31 days before
     EXPECT_EQ(quarterofd(90), 0);
     EXPECT_EQ(quarterofd(91), 1);
     EXPECT_EQ(quarterofd(-1), -1);
     EXPECT_EQ(quarterofd(-92), -1);
     EXPECT_EQ(quarterofd(-93), -2);
     EXPECT_EQ(dofhalfyear(0), 0);
-    EXPECT_EQ(dofhalfyear(1), 182);  // 31 + 29 + 31 + 30 + 31 + 30
+    EXPECT_EQ(dofhalfyear(1), 182); // 31 + 29 + 31 + 30 + 31 + 30
     EXPECT_EQ(dofhalfyear(-1), -184);
     EXPECT_EQ(halfyearofd(181), 0);
     EXPECT_EQ(halfyearofd(182), 1);
@@ -249,12 +222,12 @@ TEST(Dates, WeekUnits) {
     // 52 weeks a year: week 1 starts on 1 January, week 52 runs to 31 December
     EXPECT_EQ(dofweek(0), 0);
     EXPECT_EQ(dofweek(1), 7);
-    EXPECT_EQ(dofweek(51), 357);   // 23dec1960
-    EXPECT_EQ(dofweek(52), 366);   // 01jan1961
-    EXPECT_EQ(dofweek(-1), -8);    // 24dec1959: 1959 has no 29 February
+    EXPECT_EQ(dofweek(51), 357); // 23dec1960
+    EXPECT_EQ(dofweek(52), 366); // 01jan1961
+    EXPECT_EQ(dofweek(-1), -8);  // 24dec1959: 1959 has no 29 February
     EXPECT_EQ(weekofd(356), 50);
     EXPECT_EQ(weekofd(357), 51);
-    EXPECT_EQ(weekofd(365), 51);   // 31dec1960, the ninth day of week 52
+    EXPECT_EQ(weekofd(365), 51); // 31dec1960, the ninth day of week 52
     EXPECT_EQ(weekofd(366), 52);
     EXPECT_EQ(weekofd(-1), -1);
     EXPECT_EQ(weekofd(-8), -1);
@@ -275,7 +248,7 @@ TEST(Dates, FunctionTableForms) {
     EXPECT_EQ(month(17000), 7);
     EXPECT_EQ(year(17000), 2006);
     EXPECT_EQ(yofd(17000), 2006);
-    EXPECT_EQ(dow(17000), 2);  // a Tuesday
+    EXPECT_EQ(dow(17000), 2); // a Tuesday
     EXPECT_EQ(doy(17000), 199);
     EXPECT_EQ(week(17000), 29);
     EXPECT_EQ(quarter(17000), 3);
@@ -328,7 +301,7 @@ TEST(Dates, ReadingText) {
     EXPECT_EQ(stdate("  18.7.2006 ", "dmy"), 17000);
     EXPECT_EQ(stdate("1 Sept 1960", "dmy"), 244);
     EXPECT_EQ(stdate("31dec1959", "dmy"), -1);
-    EXPECT_TRUE(is_dot(stdate("1/1/60", "mdy")));  // year 60 is out of range
+    EXPECT_TRUE(is_dot(stdate("1/1/60", "mdy"))); // year 60 is out of range
     EXPECT_TRUE(is_dot(stdate("31feb2000", "dmy")));
     EXPECT_TRUE(is_dot(stdate("1jax1960", "dmy")));
     EXPECT_TRUE(is_dot(stdate("1 ju 1960", "dmy")));
