@@ -16,6 +16,7 @@
 #include <string>
 
 #include "data/expr.h"
+#include "data/formats.h"
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
@@ -32,21 +33,12 @@ namespace korvu {
 
 // ---- display ---------------------------------------------------------------
 
-// A number as the general format shows it when no format is given.
-static void shownum(double v, char* buf, size_t n) {
-    if (ismissing(v)) {
-        int l = missing_letter(v);
-        snprintf(buf, n, l ? ".%c" : ".", 'a' + l - 1);
-        return;
-    }
-    snprintf(buf, n, "%.8g", v);
-    if (!strchr(buf, 'e')) {
-        // leading zero dropped, as the general format does
-        if (!strncmp(buf, "0.", 2))
-            memmove(buf, buf + 1, strlen(buf));
-        else if (!strncmp(buf, "-0.", 3))
-            memmove(buf + 1, buf + 2, strlen(buf + 1));
-    }
+// A number as display shows it when no format is given: %9.0g, trimmed.
+static void shownum(double v, char* buf, size_t) {
+    fmtnum(buf, "%9.0g", v);
+    char* p = buf;
+    while (*p == ' ') p++;
+    memmove(buf, p, strlen(p) + 1);
 }
 
 // Reads an optional "(#)" behind a directive; dflt when absent.
