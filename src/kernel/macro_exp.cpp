@@ -313,7 +313,7 @@ int expand_at(Line& L, size_t pos, int depth, size_t* cont, bool* stepped) {
             *stepped = true;
             return 0;
         }
-        if (++count > max_repeat) return 920;
+        if (ismacch(L.s[pos]) && ++count > max_repeat) return 920;
     }
     return 0;
 }
