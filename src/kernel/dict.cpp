@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kernel/loop.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -12,6 +13,12 @@ static DmItem* dm_hname[dm_nbucket];
 static DmItem* dm_dtyp[dm_ntype];
 static dm_alloc_fn dm_alloc = nullptr;
 void (*dm_rm_hook)(void* item) = nullptr;
+
+// A program that drops itself must not leave the loop with a dangling body.
+static inline void forget(void* item) {
+    if (sys_pgmloc == item) sys_pgmloc = nullptr;
+    if (dm_rm_hook) dm_rm_hook(item);
+}
 
 void dmsetalloc(dm_alloc_fn fn) {
     dm_alloc = fn;
@@ -278,7 +285,7 @@ long dmcount(int type) {
 
 void dmrm(void* item) {
     if (!item) return;
-    if (dm_rm_hook) dm_rm_hook(item);
+    forget(item);
     DmItem* h = dmhdr(item);
     unlink_name(h);
     unlink_type(h);
@@ -291,7 +298,7 @@ void dmzap(int type) {
     dm_dtyp[type] = nullptr;
     while (h) {
         DmItem* next = h->tnext;
-        if (dm_rm_hook) dm_rm_hook(dmval(h));
+        forget(dmval(h));
         unlink_name(h);
         std::free(h);
         h = next;
@@ -367,7 +374,7 @@ void dmshutdown() {
         DmItem* h = dm_dtyp[t];
         while (h) {
             DmItem* next = h->tnext;
-            if (dm_rm_hook) dm_rm_hook(dmval(h));
+            forget(dmval(h));
             std::free(h);
             h = next;
         }

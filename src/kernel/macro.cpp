@@ -150,6 +150,10 @@ int macresave(const char* name, const char* text) {
     return resave_in(name, typeof_name(name), text);
 }
 
+int macresave_type(const char* name, int type, const char* text) {
+    return resave_in(name, type, text);
+}
+
 int macresaveq(const char* name, const char* text) {
     size_t n = cutlen(text, macrolen > 5 ? macrolen - 5 : 0);
     std::string q;
@@ -218,7 +222,7 @@ int macincr_quiet(const char* name, const char* op, char* out, int mode) {
 
 int macincr(const char* name, const char* op, char* out, int mode) {
     int rc = macincr_quiet(name, op, out, mode);
-    if (rc == 111) return macnotfound(name[0] == '_' ? name + 1 : name);
+    if (rc == 111) return macnotfound(name);
     if (rc == 109) return error(109);
     return rc;
 }

@@ -18,8 +18,9 @@ extern int32_t tmpfctr;  // counter behind temporary file names
 // --- expansion --------------------------------------------------------------
 
 // Expands `console` in place and primes the tokenizer on it. Returns 0, or 920
-// after reporting it. Does nothing when `procflg` is 0.
-int macexp();
+// after reporting it. Does nothing when `procflg` is 0. This is the body of the
+// loop's `macexp()`.
+int macexp_console();
 // Expands any writable line of `cap` bytes in place (the line must stay below
 // `cap`). Returns 0 or 920, without reporting and without touching the
 // tokenizer.
@@ -57,7 +58,7 @@ int chkmacname(const char* name);
 // kind 0 `macro define`, 1 `local`, 2 `global`, 4 `return local`,
 // 5 `ereturn local`, 6 `sreturn local`, 7 `c_local`.
 int macgen(int kind);
-int macro();             // `macro` and its subcommands
+int macro(int);          // `macro` and its subcommands (the argument is unused)
 int macexfcn(char* dst); // extended functions, reading the tokenizer
 int maclistfcn(char* dst);
 int tmpvcmd(int isvar); // 1: `tempvar`, `tempname`; 0: `tempfile`

@@ -1,11 +1,8 @@
-// What the macro code needs from the command loop and the tokenizer.
+// What the macro code takes from the command loop, the tokenizer and parsing.
 #pragma once
-#include <cstdint>
-
-namespace korvu {
-extern int32_t macrolen, conslen, vernum;
-extern char* console;
-extern uint8_t procflg;
-extern char* tmpdir;
-extern int32_t unix_pid;
-} // namespace korvu
+#include "kernel/cmdparse.h"
+#include "kernel/errors.h"
+#include "kernel/gettok.h"
+#include "kernel/limits.h"
+#include "kernel/loop.h"
+#include "kernel/options.h"

@@ -377,10 +377,10 @@ int macexp_text(char* line, size_t cap) {
     return 0;
 }
 
-int macexp() {
+int macexp_console() {
     if (!procflg) return 0;
     int rc = macexp_text(console, static_cast<size_t>(conslen));
-    mac_settok(console);
+    settok(console);
     if (rc) return error(rc);
     return 0;
 }

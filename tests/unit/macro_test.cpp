@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "kernel/dict.h"
+#include "kernel/gettok.h"
+#include "kernel/limits.h"
+#include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/macro_deps.h"
 #include "kernel/regex.h"
@@ -22,6 +25,9 @@ struct Mac : ::testing::Test {
         dminit();
         typelmac = DM_LMAC0;
         vernum = 920;
+        static char tmp[] = "/tmp";
+        if (!tmpdir) tmpdir = tmp;
+        unix_pid = static_cast<int32_t>(getpid());
     }
     void TearDown() override {
         vernum = saved_vernum;
@@ -376,4 +382,193 @@ TEST(Regex, MatchReplaceSubexpressions) {
     regexr("abc", "x*", "-", out, -1); // empty matches step along
     EXPECT_EQ(out, "-a-b-c-");
     EXPECT_EQ(regexr("a", "[", "", out), 198);
+}
+
+namespace {
+
+// Runs a handler on the text that follows the command word.
+std::string cmdline;
+int run(int (*h)(int), int arg, const std::string& text) {
+    cmdline = text;
+    settok(cmdline.data());
+    return h(arg);
+}
+
+struct MacCmd : Mac {
+    std::string fcn(const std::string& text) {
+        std::vector<char> out(static_cast<size_t>(macrolen));
+        int rc = extended_xpand(text.c_str(), out.data());
+        return rc ? "r(" + std::to_string(rc) + ")" : std::string(out.data());
+    }
+};
+
+} // namespace
+
+TEST_F(MacCmd, LocalGlobalAndTheirForms) {
+    EXPECT_EQ(run(macgen, 1, "x  hello world  "), 0);
+    EXPECT_EQ(val("_x"), "hello world");
+    EXPECT_EQ(run(macgen, 2, "g \"quoted text\""), 0);
+    EXPECT_EQ(val("g"), "quoted text");
+    EXPECT_EQ(run(macgen, 1, "c `\"say \"hi\"\"'"), 0);
+    EXPECT_EQ(val("_c"), "say \"hi\"");
+    EXPECT_EQ(run(macgen, 1, "ab \"a\" \"b\""), 0);
+    EXPECT_EQ(val("_ab"), "a\" \"b");
+    EXPECT_EQ(run(macgen, 1, "bad \"open"), 198);
+    // Erasing: nothing, or empty quotes.
+    EXPECT_EQ(run(macgen, 1, "x"), 0);
+    EXPECT_EQ(val("_x"), "<absent>");
+    run(macgen, 1, "x 1");
+    EXPECT_EQ(run(macgen, 1, "x \"\""), 0);
+    EXPECT_EQ(val("_x"), "<absent>");
+    // Names.
+    EXPECT_EQ(run(macgen, 2, "_x 1"), 198);
+    EXPECT_EQ(run(macgen, 1, "a.b 1"), 198);
+    EXPECT_EQ(run(macgen, 1, std::string(32, 'n') + " 1"), 198);
+    EXPECT_EQ(run(macgen, 1, std::string(31, 'n') + " 1"), 0);
+    EXPECT_EQ(run(macgen, 1, ""), 198);
+    // Increments.
+    run(macgen, 1, "i 5");
+    EXPECT_EQ(run(macgen, 1, "++i"), 0);
+    EXPECT_EQ(val("_i"), "6");
+    EXPECT_EQ(run(macgen, 1, "--i"), 0);
+    EXPECT_EQ(val("_i"), "5");
+    EXPECT_EQ(run(macgen, 2, "++i"), 198);
+    EXPECT_EQ(run(macgen, 1, "+i"), 198);
+    // c_local: one scope up; at the base it fails.
+    EXPECT_EQ(run(macgen, 7, "up 1"), 198);
+    ++typelmac;
+    EXPECT_EQ(run(macgen, 7, "up yes"), 0);
+    --typelmac;
+    EXPECT_EQ(val("_up"), "yes");
+    // The result stores' macros.
+    EXPECT_EQ(run(macgen, 5, "cmd regress"), 0);
+    EXPECT_STREQ(static_cast<char*>(dmfind0("cmd", DM_EMACRO)), "regress");
+    EXPECT_EQ(run(macgen, 6, "x 1"), 0);
+    EXPECT_NE(dmfind0("x", DM_SMACRO), nullptr);
+    EXPECT_EQ(run(macgen, 4, "r1 yes"), 0);
+    EXPECT_NE(dmfind0("r1", typelmac + 128), nullptr);
+    // =exp waits for the expression evaluator.
+    EXPECT_EQ(run(macgen, 1, "e = 2+2"), 199);
+    // : runs an extended function.
+    EXPECT_EQ(run(macgen, 1, "n : word count a b \"c d\""), 0);
+    EXPECT_EQ(val("_n"), "3");
+}
+
+TEST_F(MacCmd, MacroSubcommands) {
+    macsave("keep1", "x");
+    macsave("S_ADO", "path");
+    macsave("S_other", "o");
+    macsave("ab1", "1");
+    macsave("ab2", "2");
+    macsave("_loc", "l");
+    EXPECT_EQ(run(macro, 0, "drop ab*"), 0);
+    EXPECT_EQ(val("ab1"), "<absent>");
+    EXPECT_EQ(val("ab2"), "<absent>");
+    EXPECT_EQ(val("keep1"), "x");
+    EXPECT_EQ(run(macro, 0, "drop S_*"), 0);
+    EXPECT_EQ(val("S_ADO"), "path");
+    EXPECT_EQ(val("S_other"), "<absent>");
+    macsave("S_other", "o");
+    EXPECT_EQ(run(macro, 0, "drop _all"), 0);
+    EXPECT_EQ(val("S_ADO"), "path");
+    EXPECT_EQ(val("S_other"), "o");
+    EXPECT_EQ(val("keep1"), "<absent>");
+    EXPECT_EQ(val("_loc"), "<absent>");
+    EXPECT_EQ(run(macro, 0, "drop S_ADO"), 0);
+    EXPECT_EQ(val("S_ADO"), "<absent>");
+    EXPECT_EQ(run(macro, 0, "define g 12"), 0);
+    EXPECT_EQ(val("g"), "12");
+    EXPECT_EQ(run(macro, 0, "list g S_other"), 0);
+    EXPECT_EQ(run(macro, 0, "dir"), 0);
+    EXPECT_EQ(run(macro, 0, "list nothere"), 111);
+    EXPECT_EQ(run(macro, 0, "frobnicate"), 198);
+}
+
+TEST_F(MacCmd, Shift) {
+    macsave("_1", "a");
+    macsave("_2", "b");
+    macsave("_3", "c");
+    EXPECT_EQ(run(macro, 0, "shift"), 0);
+    EXPECT_EQ(val("_1"), "b");
+    EXPECT_EQ(val("_2"), "c");
+    EXPECT_EQ(val("_3"), "<absent>");
+    EXPECT_EQ(run(macro, 0, "shift 2"), 0);
+    EXPECT_EQ(val("_1"), "<absent>");
+}
+
+TEST_F(MacCmd, TempNames) {
+    tmpvctr = 10;
+    EXPECT_EQ(run(tmpvcmd, 1, "a b"), 0);
+    EXPECT_EQ(val("_a"), "__00000A");
+    EXPECT_EQ(val("_b"), "__00000B");
+    tmpfctr = 1;
+    EXPECT_EQ(run(tmpvcmd, 0, "f"), 0);
+    EXPECT_EQ(val("_f").substr(val("_f").size() - 7), ".000001");
+    EXPECT_EQ(run(tmpvcmd, 1, ""), 198);
+}
+
+TEST_F(MacCmd, ExtendedFunctions) {
+    EXPECT_EQ(fcn("word 2 of a \"b c\" d"), "b c");
+    EXPECT_EQ(fcn("word 9 of a b"), "");
+    EXPECT_EQ(fcn("word count"), "0");
+    EXPECT_EQ(fcn("dirsep"), "/");
+    setenv("KORVU_MACRO_TEST", "envval", 1);
+    EXPECT_EQ(fcn("env KORVU_MACRO_TEST"), "envval");
+    EXPECT_EQ(fcn("environment KORVU_NOT_SET_XYZ"), "");
+    EXPECT_EQ(fcn("piece 2 5 of \"aaa bbb ccc\""), "bbb");
+    EXPECT_EQ(fcn("piece 1 5 of \"aaa bbb ccc\""), "aaa");
+    EXPECT_EQ(fcn("piece 1 7 of \"aaa bbb ccc\""), "aaa bbb");
+    EXPECT_EQ(fcn("piece 2 4 of \"abcdefg\", nobreak"), "efg");
+    macsave("_s", "a b a b");
+    EXPECT_EQ(fcn("subinstr local s \"a\" \"x\""), "x b a b");
+    EXPECT_EQ(fcn("subinstr local s \"a\" \"x\", all count(local n)"), "x b x b");
+    EXPECT_EQ(val("_n"), "2");
+    macsave("_w", "ab a b");
+    EXPECT_EQ(fcn("subinstr local w \"a\" \"Z\", all word"), "ab Z b");
+    EXPECT_EQ(fcn("length local s"), "7");
+    EXPECT_EQ(fcn("regexm \"abc123\" \"([a-z]+)([0-9]+)\""), "1");
+    EXPECT_EQ(fcn("regexs 2"), "123");
+    EXPECT_EQ(fcn("regexr \"a1b2\" \"[0-9]\" \"#\" ."), "a#b#");
+    EXPECT_EQ(fcn("regexr \"a1b2\" \"[0-9]\" \"#\""), "a#b2");
+    EXPECT_EQ(fcn("regexr \"a1b2\" \"[0-9]\" \"#\" 0"), "a1b2");
+    EXPECT_EQ(fcn("adosubdir \"mycmd.ado\""), "m");
+    EXPECT_EQ(fcn("adosubdir \"_x.ado\""), "_");
+    macsave("gx1", "1");
+    macsave("gx2", "2");
+    EXPECT_EQ(fcn("all globals \"gx*\""), "gx1 gx2");
+    // Functions of other subsystems say so.
+    EXPECT_EQ(fcn("type price"), "r(199)");
+    EXPECT_EQ(fcn("rownames b"), "r(199)");
+    EXPECT_EQ(fcn("nosuchfunction x"), "r(101)");
+}
+
+TEST_F(MacCmd, ListFunctions) {
+    macsave("_a", "x y z y \"p q\"");
+    macsave("_b", "z w");
+    macsave("b", "y");
+    EXPECT_EQ(fcn("list uniq a"), "x y z \"p q\"");
+    EXPECT_EQ(fcn("list dups a"), "y");
+    EXPECT_EQ(fcn("list sort b"), "w z");
+    EXPECT_EQ(fcn("list sizeof a"), "5");
+    EXPECT_EQ(fcn("list a | b"), "x y z y \"p q\" w");
+    EXPECT_EQ(fcn("list a & b"), "z");
+    EXPECT_EQ(fcn("list a - b"), "x y y \"p q\"");
+    EXPECT_EQ(fcn("list b in a"), "0");
+    EXPECT_EQ(fcn("list global(b) in a"), "1");
+    EXPECT_EQ(fcn("list local(b) == b"), "1");
+    macsave("_c", "w z");
+    EXPECT_EQ(fcn("list b == c"), "1");
+    EXPECT_EQ(fcn("list b === c"), "0");
+    EXPECT_EQ(fcn("list posof \"p q\" in a"), "5");
+    EXPECT_EQ(fcn("list posof \"nope\" in a"), "0");
+    macsave("_d", " \"one\"   `\"two words\"'  three ");
+    EXPECT_EQ(fcn("list retok d"), "\"one\" `\"two words\"' three");
+    EXPECT_EQ(fcn("list clean d"), "one \"two words\" three");
+}
+
+TEST_F(MacCmd, InlineExtendedForms) {
+    EXPECT_EQ(x("n=`:word count a b c'"), "n=3");
+    macsave("_lst", "a b c");
+    EXPECT_EQ(x("`:word 2 of `lst''"), "b");
+    EXPECT_EQ(x("[`:type x']"), "[]");
 }
