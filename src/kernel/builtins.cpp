@@ -4,6 +4,7 @@
 
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/macro.h"
 #include "kernel/syscmds.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -101,7 +102,7 @@ static constexpr Builtin builtin_table[] = {
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
     {"class", 5, 'c', 0, 0, 0, nullptr, 0},
-    {"c_local", 7, 'c', 0, 0, 0, nullptr, 0},
+    {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, nullptr, 0},
     {"confirm", 4, 'c', 0, 0, 0, nullptr, 0},
     {"constraint", 4, 'c', 0, 0, 0, nullptr, 0},
@@ -148,7 +149,7 @@ static constexpr Builtin builtin_table[] = {
     {"flist", 2, 'f', 0, 0, 1, nullptr, 0},
     {"generate", 1, 'g', 0, 0, 1, nullptr, 0},
     {"gettoken", 8, 'g', 0, 0, 0, nullptr, 0},
-    {"global", 2, 'g', 0, 0, 0, nullptr, 0},
+    {"global", 2, 'g', 0, 0, 0, macgen, 2},
     {"gdi", 3, 'g', 0, 0, 0, nullptr, 0},
     {"gph", 3, 'g', 0, 800, 0, nullptr, 0},
     {"graph", 2, 'g', 0, 800, 1, nullptr, 0},
@@ -165,7 +166,7 @@ static constexpr Builtin builtin_table[] = {
     {"insheet", 4, 'i', 0, 0, 0, nullptr, 0},
     {"inspect", 3, 'i', 0, 0, 1, nullptr, 0},
     {"keep", 4, 'k', 0, 0, 1, nullptr, 0},
-    {"local", 3, 'l', 0, 0, 0, nullptr, 0},
+    {"local", 3, 'l', 0, 0, 0, macgen, 1},
     {"list", 1, 'l', 0, 0, 1, nullptr, 0},
     {"ls", 2, 'l', 0, 0, 0, dircmd, 0},
     {"label", 2, 'l', 0, 0, 0, nullptr, 0},
@@ -173,7 +174,7 @@ static constexpr Builtin builtin_table[] = {
     {"lookup", 2, 'l', 0, 0, 0, nullptr, 0},
     {"log", 3, 'l', 0, 0, 0, logcmd, 0},
     {"log_dlg", 7, 'l', 0, 0, 0, nullptr, 0},
-    {"macro", 2, 'm', 0, 0, 0, nullptr, 0},
+    {"macro", 2, 'm', 0, 0, 0, macro, 0},
     {"man", 3, 'm', 0, 0, 0, nullptr, 0},
     {"manova", 4, 'm', 0, 0, 1, nullptr, 0},
     {"manovatest", 10, 'm', 0, 0, 0, nullptr, 0},
@@ -260,9 +261,9 @@ static constexpr Builtin builtin_table[] = {
     {"stypop", 6, 's', 0, 0, 0, nullptr, 0},
     {"tabdisp", 4, 't', 0, 0, 1, nullptr, 0},
     {"tabulate", 2, 't', 0, 0, 1, nullptr, 0},
-    {"tempvar", 7, 't', 0, 0, 0, nullptr, 0},
-    {"tempname", 8, 't', 0, 0, 0, nullptr, 0},
-    {"tempfile", 7, 't', 0, 0, 0, nullptr, 0},
+    {"tempvar", 7, 't', 0, 0, 0, tmpvcmd, 1},
+    {"tempname", 8, 't', 0, 0, 0, tmpvcmd, 1},
+    {"tempfile", 7, 't', 0, 0, 0, tmpvcmd, 0},
     {"timer", 5, 't', 0, 0, 0, nullptr, 0},
     {"tokenize", 5, 't', 0, 0, 0, nullptr, 0},
     {"tsrevar", 7, 't', 0, 0, 0, nullptr, 0},

@@ -6,10 +6,12 @@
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
+#include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 #include "kernel/options.h"
 #include "output/spout.h"
 
@@ -208,10 +210,48 @@ toolong:
 
 struct Frame {
     DoFile* dofile;
+    int32_t tmpv_since, tmpf_since;
     uint8_t delimit, s_outlev, ls_outlev, runprog, syselseflg, procflg, breakallowed, breakdetail;
     int32_t vernum, sys_upline, moretime;
     char pgmname[33];
 };
+
+// The arguments of a do-file: `0' the whole text, then `1', `2', ... a word
+// each; a string's quotes are dropped and an empty word keeps its number.
+static int storeargs(const char* text) {
+    while (*text == ' ') text++;
+    if (static_cast<int>(strlen(text)) >= macrolen) return error(1004);
+    if (int rc = macresave("_0", text)) return rc;
+    const char* p = text;
+    char name[16];
+    std::string word;
+    for (int n = 1;; n++) {
+        while (*p == ' ') p++;
+        if (!*p) break;
+        word.clear();
+        if (p[0] == '`' && p[1] == '"') {
+            int depth;
+            char* e = pcompoundquotes(const_cast<char*>(p), &depth);
+            const char* end = depth ? e : e - 2;
+            word.assign(p + 2, end > p + 2 ? end : p + 2);
+            p = e;
+        } else if (*p == '"') {
+            const char* q = strchr(p + 1, '"');
+            word.assign(p + 1, q ? q : p + strlen(p));
+            p = q ? q + 1 : p + strlen(p);
+        } else {
+            const char* q = p;
+            while (*q && *q != ' ' && *q != '"' && !(q[0] == '`' && q[1] == '"')) q++;
+            word.assign(p, q);
+            p = q;
+        }
+        if (static_cast<int>(word.size()) >= macrolen) return error(198);
+        snprintf(name, sizeof name, "_%d", n);
+        int rc = word.empty() ? macsave0(name) : macresave(name, word.c_str());
+        if (rc) return rc;
+    }
+    return 0;
+}
 
 static int doprolog(Frame* f, int mode, bool* stop) {
     if (korvu_level >= 64) return error(1000);
@@ -225,6 +265,8 @@ static int doprolog(Frame* f, int mode, bool* stop) {
             char* comma = strrchr(rest, ',');
             if (comma) {
                 *comma = 0;
+                TokPos args;
+                stattok(&args);
                 settok(comma + 1);
                 noptn = 0;
                 opable = 0;
@@ -232,6 +274,7 @@ static int doprolog(Frame* f, int mode, bool* stop) {
                 *stop = findopt("stop", 1, 1);
                 findopt("delay", 1, 0);
                 if (int rc = chkopt()) return rc;
+                resettok(&args);
             }
         } else if (mode == 4) {
             gettok(prsestd);
@@ -241,6 +284,17 @@ static int doprolog(Frame* f, int mode, bool* stop) {
     int rc;
     DoFile* r = dofopen(path, &rc);
     if (!r) return rc;
+    if (mode != 4) {
+        typelmac++;
+        if (int arc = storeargs(wheretok())) {
+            dmzap(typelmac);
+            typelmac--;
+            dofclos(r);
+            return arc;
+        }
+        f->tmpv_since = tmpvctr;
+        f->tmpf_since = tmpfctr;
+    }
     f->dofile = dofilep;
     f->delimit = delimit;
     f->s_outlev = s_outlev;
@@ -269,6 +323,12 @@ static int doprolog(Frame* f, int mode, bool* stop) {
 }
 
 static void doepilog(Frame* f, int mode) {
+    if (mode != 4) {
+        int32_t rc = globalrc;
+        mac_frame_end(f->tmpv_since, f->tmpf_since, 0);
+        typelmac--;
+        if (rc) globalrc = rc;
+    }
     dofclos(dofilep);
     dofilep = f->dofile;
     doeof = 0;

@@ -1,18 +1,17 @@
-// Entry points whose subsystems are not linked in yet: macro expansion leaves
-// the line as it stands, no program is ever running, and a word that is no
-// built-in is unrecognized.
+// Entry points whose subsystems are not linked in yet: no program is ever
+// running, and a word that is no built-in is unrecognized.
 #include <cstring>
 
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 #include "output/spout.h"
 
 namespace korvu {
 
 int macexp() {
-    settok(console);
-    return 0;
+    return macexp_console();
 }
 
 int pgmgetline() {

@@ -15,10 +15,12 @@
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
+#include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 #include "kernel/options.h"
 #include "output/log.h"
 #include "output/results_sink.h"
@@ -42,6 +44,7 @@ static std::string initerr_lines[4];
 static int ninitlines = 0;
 
 void console_close();
+extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
     if (!text) {
@@ -399,6 +402,8 @@ int sinit0(int argc, char** argv) {
         initerr(nullptr);
         return -1;
     }
+    dminit();
+    fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
     sinit_state = 13;
     if (batchlog_fd >= 0) batch_header();
     if (shownotes) {
