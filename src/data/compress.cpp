@@ -36,11 +36,11 @@ int compress_target(int v, uint8_t* to) {
         if (x != std::trunc(x) || dexpo(dbits(x)) > 30 || x < -2147483647.0 || x > 2147483620.0)
             return 0;
         int32_t iv = static_cast<int32_t>(x);
-        if (cand == KV_BYTE && static_cast<uint32_t>(iv + 127) > 227u) {
+        if (cand == KV_BYTE && static_cast<uint32_t>(iv) + 127u > 227u) {
             cand = KV_INT;
             if (code == KV_INT) return 0;
         }
-        if (cand == KV_INT && static_cast<uint32_t>(iv + 32767) > 65507u) {
+        if (cand == KV_INT && static_cast<uint32_t>(iv) + 32767u > 65507u) {
             cand = KV_LONG;
             if (code == KV_LONG || code == KV_FLOAT) return 0;
         }
