@@ -1,0 +1,33 @@
+// Entry points whose subsystems are not linked in yet: macro expansion leaves
+// the line as it stands, no program is ever running, and a word that is no
+// built-in is unrecognized.
+#include <cstring>
+
+#include "kernel/errors.h"
+#include "kernel/gettok.h"
+#include "kernel/loop.h"
+#include "output/spout.h"
+
+namespace korvu {
+
+int macexp() {
+    settok(console);
+    return 0;
+}
+
+int pgmgetline() {
+    return 1;
+}
+
+int runprogram() {
+    uint8_t old = c_outlev;
+    c_outlev = 3;
+    spoutsetptagweak();
+    spout21("unrecognized command:  ");
+    spout21(cmd);
+    newline();
+    c_outlev = old;
+    return 199;
+}
+
+} // namespace korvu
