@@ -12,11 +12,12 @@
 #include <vector>
 
 #include "data/storage.h"
+#include "kernel/limits.h"
+#include "kernel/loop.h"
 #include "output/spout.h"
 
 namespace korvu {
 
-uint64_t totalmemory = DEFAULT_MEMORY;
 uint64_t cur_tm = 0;
 uint8_t* begin_of_memory = nullptr;
 int32_t* mapj = nullptr;
@@ -28,22 +29,14 @@ uint64_t memorysize = 0;
 int32_t syslrecl = 0;
 int32_t maxobs = 0;
 int32_t maxvar = 0;
-int32_t maxmaxvar = DEFAULT_MAXVAR;
-int32_t maxlrecl = 12 * DEFAULT_MAXVAR;
-int32_t conslen = 33 * DEFAULT_MAXVAR + 216;
-int32_t macrolen = 33 * DEFAULT_MAXVAR + 200;
-int32_t matsize = DEFAULT_MATSIZE;
 uint64_t cur_matmem = 0;
 uint64_t cur_fixed = 0;
-int32_t nobs = 0, nvar = 0;
 uint8_t virtualflg = 0;
-uint8_t updata = 0;
 uint8_t mvmodern = 1;
 uint8_t sysflag = 0;
 uint32_t n_repart = 0, n_shift = 0;
 uint64_t n_bytes_moved = 0, n_records_moved = 0;
 
-int32_t* varlist_vr = nullptr;
 int32_t* mapi = nullptr;
 int16_t* srtlist = nullptr;
 char* lbllist = nullptr;
@@ -59,6 +52,10 @@ DataAreaHooks dahooks = {};
 uint8_t startup_trouble = 0;
 uint64_t asked_totalmemory = 0;
 int32_t asked_maxmaxvar = 0, asked_matsize = 0;
+
+// varlist_vr points at the command parser's own list until the fixed tables
+// exist, and back at it when they are freed.
+static int32_t* parser_varlist_vr = nullptr;
 
 // ---------------------------------------------------------------------------
 // Storage-type helpers
@@ -136,7 +133,8 @@ void freefixed() {
     n_fixed_tracks = 0;
     fixed_untracked = 0;
     cur_fixed = 0;
-    varlist_vr = mapi = nullptr;
+    if (parser_varlist_vr) varlist_vr = parser_varlist_vr;
+    mapi = nullptr;
     srtlist = sysbylist = nullptr;
     lbllist = fmtlist = varlist = space_for_macexp = nullptr;
     typlist = nullptr;
@@ -145,9 +143,8 @@ void freefixed() {
 
 static int alloc_fixed_tables() {
     const uint64_t m = static_cast<uint64_t>(maxmaxvar);
-    maxlrecl = 12 * maxmaxvar;
-    conslen = 33 * maxmaxvar + 216;
-    macrolen = 33 * maxmaxvar + 200;
+    setlimits(maxmaxvar);
+    if (!parser_varlist_vr) parser_varlist_vr = varlist_vr;
     varlist_vr = static_cast<int32_t*>(allocfixed(4 * m + 4, "vl_vr"));
     mapi = static_cast<int32_t*>(allocfixed(4 * m, "mapi"));
     srtlist = static_cast<int16_t*>(allocfixed(2 * m + 2, "srt"));
@@ -294,8 +291,7 @@ int news_alloc() {
 // ---------------------------------------------------------------------------
 static void tmpname(char* dst, size_t n) {
     static unsigned ctr = 0;
-    const char* dir = getenv("KORVUTMP");
-    if (!dir || !*dir) dir = getenv("TMPDIR");
+    const char* dir = tmpdir && *tmpdir ? tmpdir : getenv("TMPDIR");
     if (!dir || !*dir) dir = "/tmp";
     snprintf(dst, n, "%s/S%c%05d.%06x", dir, 'm', static_cast<int>(getpid() % 100000), ++ctr);
 }
@@ -305,7 +301,7 @@ static int dict_to_tmp(char* name, size_t n) {
     int fd = -1;
     for (int tries = 0; tries < 100 && fd < 0; tries++) {
         tmpname(name, n);
-        fd = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_EXCL, 0666);
+        fd = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_EXCL, 0666 & ~usermask);
     }
     if (fd < 0) return 7;
     int rc = dahooks.dict_write ? dahooks.dict_write(fd) : 0;

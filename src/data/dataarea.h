@@ -10,6 +10,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "data/dataarea_limits.h"
+#include "kernel/limits.h"
+
 namespace korvu {
 
 // ---------------------------------------------------------------------------
@@ -259,6 +262,19 @@ char* commafy(uint64_t n, char* dst);
 int memory_amount(const char* text, uint64_t current, uint64_t* out);
 // Result of news_realloc as the return code of `set memory`.
 int set_memory_rc(int realloc_rc);
+
+// ---------------------------------------------------------------------------
+// Command handlers, reading their arguments from the tokenizer
+// ---------------------------------------------------------------------------
+int set_memory();   // set memory [+|-]#[b|k|m|g] [, permanently]
+int set_maxvar();   // set maxvar # [, permanently]
+int set_matsize();  // set matsize # [, permanently]
+int set_maxobs();   // set maxobs # [width #] [old_maxvar #]  (old do-files)
+int set_virtual();  // set virtual on|off
+int memorycmd(int); // memory
+int repartcmd(int); // _repart width|obs [+|-]#
+int compresscmd(int);  // compress [varlist]
+int drop_all_cmd(int); // drop _all
 
 // ---------------------------------------------------------------------------
 // Links to other subsystems, filled in as they come; all optional.

@@ -4,6 +4,7 @@
 
 #include "data/dataarea.h"
 #include "kernel/errors.h"
+#include "kernel/loop.h"
 #include "output/spout.h"
 
 namespace korvu {
