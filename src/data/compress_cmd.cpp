@@ -16,4 +16,4 @@ int compresscmd(int) {
     return rc ? (rc == 1 ? 1 : dataarea_error(rc)) : 0;
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -165,12 +165,14 @@ void memory_table() {
     spoutptl("{txt}{col 21}current{col 61}memory usage\n");
     spoutptl("{col 5}settable{col 23}value{col 33}description{col 61}(1M = 1024k)\n");
     spoutptl("{col 5}{hline 68}\n");
-    spoutptlf("{col 5}set maxvar{col 22}{res:%6d}{col 33}max. variables allowed{col 61}%10.3fM\n",
-              maxmaxvar, static_cast<double>(cur_fixed) / M);
-    spoutptlf("{col 5}set memory{col 22}{res:%7s}{col 33}max. data space{col 61}%10.3fM\n",
+    spoutptlf(
+        "{col 5}set maxvar{col 22}{res}%6d{txt}{col 33}max. variables allowed{col 61}%10.3fM\n",
+        maxmaxvar, static_cast<double>(cur_fixed) / M);
+    spoutptlf("{col 5}set memory{col 22}{res}%7s{txt}{col 33}max. data space{col 61}%10.3fM\n",
               format_mem_amt(totalmemory, amt), static_cast<double>(totalmemory) / M);
-    spoutptlf("{col 5}set matsize{col 21}{res:%7d}{col 33}max. RHS vars in models{col 61}%10.3fM\n",
-              matsize, static_cast<double>(cur_matmem) / M);
+    spoutptlf(
+        "{col 5}set matsize{col 21}{res}%7d{txt}{col 33}max. RHS vars in models{col 61}%10.3fM\n",
+        matsize, static_cast<double>(cur_matmem) / M);
     spoutptl("{col 61}{hline 11}\n");
     spoutptlf("{col 55}%16.3fM\n", static_cast<double>(cur_fixed + totalmemory + cur_matmem) / M);
 }

@@ -15,7 +15,9 @@
 
 namespace korvu {
 
-static int msg_rc(int rc) { return rc ? dataarea_error(rc) : 0; }
+static int msg_rc(int rc) {
+    return rc ? dataarea_error(rc) : 0;
+}
 
 // Reads "[, permanently]" and the end of the line: 0 with *perm set, or 198.
 static int perm_option(bool* perm) {
@@ -139,10 +141,14 @@ int set_maxobs() {
         if (!token[0]) break;
         std::string w = token;
         if (int rc = read_int(&n)) return rc;
-        if (cmdcmp(w.c_str(), "maxobs", 4)) obs = n;
-        else if (cmdcmp(w.c_str(), "width", 2) || cmdcmp(w.c_str(), "lrecl", 5)) width = n;
-        else if (cmdcmp(w.c_str(), "old_maxvar", 4)) oldmaxvar = n;
-        else return error(198);
+        if (cmdcmp(w.c_str(), "maxobs", 4))
+            obs = n;
+        else if (cmdcmp(w.c_str(), "width", 2) || cmdcmp(w.c_str(), "lrecl", 5))
+            width = n;
+        else if (cmdcmp(w.c_str(), "old_maxvar", 4))
+            oldmaxvar = n;
+        else
+            return error(198);
     }
     if (vernum >= 500 && !(obs >= 0 && width >= 0)) {
         c_outlev = 1;
@@ -163,9 +169,12 @@ int set_maxobs() {
 
 int set_virtual() {
     gettok(prsestd);
-    if (tokis(token, "on")) virtualflg = 1;
-    else if (tokis(token, "off")) virtualflg = 0;
-    else return error(198);
+    if (tokis(token, "on"))
+        virtualflg = 1;
+    else if (tokis(token, "off"))
+        virtualflg = 0;
+    else
+        return error(198);
     gettok(prsestd);
     if (token[0]) return error(198);
     return 0;
@@ -196,9 +205,12 @@ int memorycmd(int) {
 int repartcmd(int) {
     gettok(prsestd);
     bool width;
-    if (cmdcmp(token, "width", 1)) width = true;
-    else if (cmdcmp(token, "obs", 1)) width = false;
-    else return error(198);
+    if (cmdcmp(token, "width", 1))
+        width = true;
+    else if (cmdcmp(token, "obs", 1))
+        width = false;
+    else
+        return error(198);
     gettok(prsenum);
     std::string t = token;
     double v;
@@ -224,4 +236,4 @@ int drop_all_cmd(int) {
     return 0;
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -723,3 +723,114 @@ TEST_F(Area, DynamicArea) {
     ASSERT_EQ(add_obs(1000), 0);
     EXPECT_TRUE(all_cells());
 }
+
+// ---- the commands, driven through the tokenizer ----------------------------
+
+#include "capture.h"
+#include "kernel/gettok.h"
+
+namespace {
+char line[256];
+int run(int (*h)(), const char* text) {
+    snprintf(line, sizeof line, "%s", text);
+    settok(line);
+    return h();
+}
+int run1(int (*h)(int), const char* text) {
+    snprintf(line, sizeof line, "%s", text);
+    settok(line);
+    return h(0);
+}
+} // namespace
+
+TEST_F(Area, SetMemoryCommand) {
+    CapturedOutput out;
+    EXPECT_EQ(run(set_memory, "99k"), 910);
+    EXPECT_NE(out.take().find("value too small"), std::string::npos);
+    ASSERT_EQ(run(set_memory, "100k"), 0);
+    EXPECT_EQ(totalmemory, 102400u);
+    std::string t = out.take();
+    EXPECT_NE(t.find("Current memory allocation"), std::string::npos) << t;
+    EXPECT_NE(t.find("100k"), std::string::npos) << t;
+    ASSERT_EQ(run(set_memory, "+1m"), 0);
+    EXPECT_EQ(totalmemory, 102400u + 1048576u);
+    EXPECT_EQ(run(set_memory, "-2m"), 912);
+    EXPECT_EQ(run(set_memory, "10m junk"), 198);
+    ASSERT_EQ(alcvar(KV_BYTE), 0);
+    EXPECT_EQ(run(set_memory, "20m"), 4);
+    EXPECT_NE(out.take().find("no; data in memory would be lost"), std::string::npos);
+    nvar = 0;
+    dahooks.lumo_state = [] { return 2; };
+    EXPECT_EQ(run(set_memory, "20m"), 4);
+    t = out.take();
+    EXPECT_NE(t.find("no; Lumo has not been cleared"), std::string::npos) << t;
+    dahooks.lumo_state = nullptr;
+    static std::string recorded;
+    dahooks.record_pref = [](const char* s, const char* k, const char* v) {
+        recorded = std::string(s) + "/" + k + "=" + v;
+        return 0;
+    };
+    ASSERT_EQ(run(set_memory, "20m, perm"), 0);
+    EXPECT_EQ(recorded, "mem_se_w/memory=20M");
+    EXPECT_NE(out.take().find("preference recorded"), std::string::npos);
+}
+
+TEST_F(Area, SetMaxvarAndMatsizeCommands) {
+    CapturedOutput out;
+    EXPECT_EQ(run(set_maxvar, "100"), 198);
+    EXPECT_NE(out.take().find("# must be between 2048 and 32767"), std::string::npos);
+    ASSERT_EQ(run(set_maxvar, "2500"), 0);
+    EXPECT_EQ(maxmaxvar, 2500);
+    EXPECT_EQ(run(set_matsize, "9"), 198);
+    ASSERT_EQ(run(set_matsize, "800"), 0);
+    EXPECT_EQ(cur_matmem, 800u * 811u * 8u);
+    ASSERT_EQ(run(set_virtual, "on"), 0);
+    EXPECT_EQ(virtualflg, 1);
+    EXPECT_EQ(run(set_virtual, "maybe"), 198);
+}
+
+TEST_F(Area, MemoryCommandAndRepart) {
+    CapturedOutput out;
+    ASSERT_EQ(addv(KV_DOUBLE, "x"), 0);
+    ASSERT_EQ(add_obs(10), 0);
+    static double got_k = -1, got_w = -1;
+    dahooks.post_r = [](const char* n, double v) {
+        if (!strcmp(n, "k")) got_k = v;
+        if (!strcmp(n, "w_cur")) got_w = v;
+    };
+    ASSERT_EQ(run1(memorycmd, ""), 0);
+    EXPECT_EQ(got_k, 1);
+    EXPECT_EQ(got_w, 200);
+    std::string t = out.take();
+    EXPECT_NE(t.find("Total allocated"), std::string::npos) << t;
+    EXPECT_NE(t.find("10,485,760"), std::string::npos) << t;
+    EXPECT_NE(t.find("Grand total"), std::string::npos) << t;
+    EXPECT_EQ(run1(memorycmd, "x"), 198);
+    ASSERT_EQ(run1(repartcmd, "width 400"), 0);
+    EXPECT_EQ(syslrecl, 400);
+    ASSERT_EQ(run1(repartcmd, "width +100"), 0);
+    EXPECT_EQ(syslrecl, 500);
+    const int32_t before = maxobs;
+    ASSERT_EQ(run1(repartcmd, "obs +1000"), 0);
+    EXPECT_GE(maxobs, before + 1000);
+    EXPECT_TRUE(all_cells());
+    ASSERT_EQ(run1(drop_all_cmd, "_all"), 0);
+    EXPECT_EQ(nvar, 0);
+    EXPECT_EQ(nobs, 0);
+}
+
+TEST_F(Area, CompressCommandMessages) {
+    CapturedOutput out;
+    EXPECT_EQ(run1(compresscmd, ""), 3);
+    ASSERT_EQ(addv(KV_LONG, "l_small"), 0);
+    ASSERT_EQ(addv(KV_DOUBLE, "d_frac"), 0);
+    nobs = 2;
+    store(1, 1, 5), store(1, 2, -5), store(2, 1, 0.5), store(2, 2, 1);
+    std::vector<int32_t> all = {1, 2};
+    int n;
+    CompressChange ch[2];
+    ASSERT_EQ(compress_vars(all.data(), 2, ch, &n), 0);
+    ASSERT_EQ(n, 1);
+    std::string t = out.take();
+    EXPECT_NE(t.find("l_small was long now byte"), std::string::npos) << t;
+}
