@@ -18,6 +18,10 @@
 
 namespace korvu {
 
+uint64_t totalmemory = DEFAULT_MEMORY;
+int32_t matsize = DEFAULT_MATSIZE;
+int32_t nobs = 0, nvar = 0;
+uint8_t updata = 0;
 uint64_t cur_tm = 0;
 uint8_t* begin_of_memory = nullptr;
 int32_t* mapj = nullptr;

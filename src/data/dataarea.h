@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "data/dataarea_limits.h"
 #include "kernel/limits.h"
 
 namespace korvu {
@@ -302,5 +301,6 @@ extern DataAreaHooks dahooks;
 // Messages of the return codes of the data area (3, 4, 900-914, 1010) with their
 // advice; returns the code. Other codes are handed to error().
 int dataarea_error(int code);
+int dataarea_msg(int code);
 
 } // namespace korvu

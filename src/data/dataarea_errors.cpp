@@ -15,19 +15,22 @@ static void advice_vars_width() {
     spout21("of a variable) that would have required more room per observation than\n");
     spout21("is currently possible.  You have the following alternatives:\n");
     spoutptl("{p_end}\n{p 8 12}\n");
-    spout21("1.  Store existing variables more efficiently; see help {help compress}.\n");
+    spoutptl("1.  Store existing variables more efficiently; see help {help compress}.\n");
     spoutptl("{p_end}\n{p 8 12}\n");
-    spout21("2.  Drop some variables or observations; see help {help drop}.\n");
+    spoutptl("2.  Drop some variables or observations; see help {help drop}.\n");
     spoutptl("{p_end}\n{p 8 12}\n");
     spout21("3.  Increase the amount of memory allocated to the data area using the\n");
-    spout21("{cmd:set memory} command; see help {help memory}.\n");
+    spoutptl("{cmd:set memory} command; see help {help memory}.\n");
     spoutptl("{p_end}\n");
 }
 
 int dataarea_error(int code) {
-    const uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
+    return error(code);
+}
+
+// The messages of the data area's codes, at the level error() set; 0 when the
+// code is not one of them.
+int dataarea_msg(int code) {
     switch (code) {
     case 3: spout21("no dataset in use\n"); break;
     case 4: spout21("no; data in memory would be lost\n"); break;
@@ -40,10 +43,10 @@ int dataarea_error(int code) {
         spout21("variables (Korvu reserves one variable for its own use).\n");
         spout21("You have the following alternatives:\n");
         spoutptl("{p_end}\n{p 8 12}\n");
-        spout21("1.  Drop some variables; see help {help drop}.\n");
+        spoutptl("1.  Drop some variables; see help {help drop}.\n");
         spoutptl("{p_end}\n{p 8 12}\n");
         spout21("2.  If you are using Korvu/XE, increase maxvar;\n");
-        spout21("see help {help maxvar}.\n");
+        spoutptl("see help {help maxvar}.\n");
         spoutptl("{p_end}\n");
         break;
     case 901:
@@ -53,14 +56,14 @@ int dataarea_error(int code) {
         spout21("observations beyond what is currently possible.\n");
         spout21("You have the following alternatives:\n");
         spoutptl("{p_end}\n{p 8 12}\n");
-        spout21("1.  Store your variables more efficiently; see help {help compress}.\n");
+        spoutptl("1.  Store your variables more efficiently; see help {help compress}.\n");
         spout21("(Think of Korvu's data area as the area of a rectangle;\n");
         spout21("Korvu can trade off width and length.)\n");
         spoutptl("{p_end}\n{p 8 12}\n");
-        spout21("2.  Drop some variables or observations; see help {help drop}.\n");
+        spoutptl("2.  Drop some variables or observations; see help {help drop}.\n");
         spoutptl("{p_end}\n{p 8 12}\n");
         spout21("3.  Increase the amount of memory allocated to the data area using the\n");
-        spout21("{cmd:set memory} command; see help {help memory}.\n");
+        spoutptl("{cmd:set memory} command; see help {help memory}.\n");
         spoutptl("{p_end}\n");
         break;
     case 902:
@@ -100,10 +103,9 @@ int dataarea_error(int code) {
         spout21("The maximum width is set to 12*maxvar.\n");
         spoutptl("{p_end}\n");
         break;
-    default: c_outlev = old; return error(code);
+    default: return 0;
     }
-    c_outlev = old;
-    return code;
+    return 1;
 }
 
 } // namespace korvu

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "data/dataarea.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/macro.h"
@@ -51,7 +52,7 @@ static constexpr Builtin builtin_table[] = {
     {"_predict", 8, '_', 0, 0, 0, nullptr, 0},
     {"_pctile", 7, '_', 0, 0, 0, nullptr, 0},
     {"_probit", 7, '_', 0, 0, 1, nullptr, 0},
-    {"_repart", 7, '_', 0, 0, 0, nullptr, 0},
+    {"_repart", 7, '_', 0, 0, 0, repartcmd, 0},
     {"_regress", 8, '_', 0, 0, 1, nullptr, 0},
     {"_return", 4, '_', 0, 0, 0, nullptr, 0},
     {"_robust", 7, '_', 0, 0, 0, nullptr, 0},
@@ -103,7 +104,7 @@ static constexpr Builtin builtin_table[] = {
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
     {"class", 5, 'c', 0, 0, 0, nullptr, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
-    {"compress", 8, 'c', 0, 0, 0, nullptr, 0},
+    {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, nullptr, 0},
     {"constraint", 4, 'c', 0, 0, 0, nullptr, 0},
     {"continue", 8, 'c', 0, 0, 0, nullptr, 0},
@@ -194,7 +195,7 @@ static constexpr Builtin builtin_table[] = {
     {"lumo_which", 10, 'l', 0, 0, 0, nullptr, 0},
     {"mat_put_rr", 10, 'm', 0, 0, 0, nullptr, 0},
     {"matrix", 3, 'm', 0, 0, 0, nullptr, 0},
-    {"memory", 6, 'm', 0, 0, 0, nullptr, 0},
+    {"memory", 6, 'm', 0, 0, 0, memorycmd, 0},
     {"mkdir", 5, 'm', 0, 0, 0, mkdircmd, 0},
     {"mleval", 6, 'm', 0, 0, 0, nullptr, 0},
     {"mlsum", 5, 'm', 0, 0, 0, nullptr, 0},

@@ -30,7 +30,6 @@ uint8_t orange = 0, ifclause = 0, weclause = 0, wgtold = 0, vrange = 0;
 int32_t wgttype = 0, origwgttype = 0;
 char filesp[500];
 char esamplename[33] = "";
-int32_t nobs = 0, nvar = 0;
 
 void cmdinit() {
     ifable = oable = vable = wprogtype = allowskip = lvxtra = v_or_o_req = 0;

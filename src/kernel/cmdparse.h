@@ -4,6 +4,8 @@
 #pragma once
 #include <cstdint>
 
+#include "data/dataarea.h"
+
 namespace korvu {
 
 // The command-state block, reset by `cmdinit` for every command.
@@ -47,9 +49,5 @@ int pfixeq();
 bool iskey(const char* tok);
 bool iskeyorb(const char* tok);
 int wgtdflt(int dflt);
-
-// Observation counts live with the data area; until it is linked in these are
-// the empty dataset.
-extern int32_t nobs, nvar;
 
 } // namespace korvu

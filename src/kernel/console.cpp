@@ -48,7 +48,8 @@ static unsigned char fkey(EditLine* e, int n) {
 FKEY(1)
 FKEY(2)
 FKEY(3)
-FKEY(4) FKEY(5) FKEY(6) FKEY(7) FKEY(8) FKEY(9) FKEY(10)
+FKEY(4)
+FKEY(5) FKEY(6) FKEY(7) FKEY(8) FKEY(9) FKEY(10)
 #undef FKEY
 
     static void editor_init() {

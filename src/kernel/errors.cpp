@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "data/dataarea_limits.h"
+#include "data/dataarea.h"
 #include "kernel/cmdparse.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
@@ -52,8 +52,6 @@ struct ErrRow {
 };
 static constexpr ErrRow errtab[] = {
     {2, "connection timed out -- see help {help r(2)} for troubleshooting\n"},
-    {3, "no dataset in use\n"},
-    {4, "no; data in memory would be lost\n"},
     {5, "not sorted\n"},
     {18, "you must start with an empty dataset\n"},
     {102, "too few variables specified\n"},
@@ -177,9 +175,6 @@ static constexpr ErrRow errtab[] = {
     {695, "could not copy file\n"},
     {702, "op. sys. refused to start new process\n"},
     {703, "op. sys. refused to open pipe\n"},
-    {909, "op. sys. refuses to provide memory\n"},
-    {910, "value too small\n"},
-    {912, "value too large\n"},
     {920, "too many macros\n"},
     {1000, "system limit exceeded - see manual\n"},
     {1001, "too many values\n"},
@@ -255,40 +250,8 @@ static void say(const char* text) {
         spout21(text);
 }
 
-static void advice_more_room(bool variables) {
-    spoutptl("{p 4 4}\n");
-    if (variables) {
-        spoutptlf("You have attempted to create more than %d\n", static_cast<int>(maxmaxvar) - 1);
-        spoutptl("variables (Korvu reserves one variable for its own use).\n");
-        spoutptl("You can\n{p_end}\n");
-        spoutptl("{p 8 12}1.  drop some variables; see help {help drop}, or{p_end}\n");
-        spoutptl("{p 8 12}2.  increase the maximum number of variables; see help "
-                 "{help maxvar}.{p_end}\n");
-        return;
-    }
-    spoutptl("An attempt was made to increase the number of\n");
-    spoutptl("observations beyond what is currently possible.\n");
-    spoutptl("You have the following alternatives:\n{p_end}\n");
-    spoutptl("{p 8 12}1.  Store your variables more efficiently; see help {help compress}.\n");
-    spoutptl("(Think of Korvu's data area as the area of a rectangle;\n");
-    spoutptl("Korvu can trade off width and length.){p_end}\n");
-    spoutptl("{p 8 12}2.  Drop some variables or observations; see help {help drop}.{p_end}\n");
-    spoutptl("{p 8 12}3.  Increase the amount of memory allocated to the data area using the\n");
-    spoutptl("{cmd:set memory} command; see help {help memory}.{p_end}\n");
-}
-
-static void advice_width(const char* what) {
-    spoutptl("{p 4 4}\n");
-    spoutptl(what);
-    spoutptl("You have the following alternatives:\n{p_end}\n");
-    spoutptl("{p 8 12}1.  Store existing variables more efficiently; see help "
-             "{help compress}.{p_end}\n");
-    spoutptl("{p 8 12}2.  Drop some variables or observations; see help {help drop}.{p_end}\n");
-    spoutptl("{p 8 12}3.  Increase the amount of memory allocated to the data area using the\n");
-    spoutptl("{cmd:set memory} command; see help {help memory}.{p_end}\n");
-}
-
 static int errormsg(int code) {
+    if (dataarea_msg(code)) return code;
     switch (code) {
     case 146:
         spout21("too many variables or values");
@@ -302,24 +265,6 @@ static int errormsg(int code) {
         return code;
     case 301: return error2(5, "last estimates");
     case 302: return error2(5, "last test");
-    case 900:
-        spout21("no room to add more variables\n");
-        advice_more_room(true);
-        return code;
-    case 901:
-        spout21("no room to add more observations\n");
-        advice_more_room(false);
-        return code;
-    case 902:
-        spout21("no room to add more variables due to width\n");
-        advice_width("An attempt was made to add a variable that would have made the dataset\n"
-                     "wider than is currently possible.\n");
-        return code;
-    case 903:
-        spout21("no room to promote variable (e.g., change int to float) due to width\n");
-        advice_width("An attempt was made to promote a variable, which would have made the\n"
-                     "dataset wider than is currently possible.\n");
-        return code;
     case 908:
         spout21("matsize too small\n");
         spoutptl("{p 4 4}\n");
@@ -328,27 +273,6 @@ static int errormsg(int code) {
         spoutptl("variables plus ancillary parameters.\n");
         spoutptl("You need to increase matsize using the\n");
         spoutptl("{cmd:set matsize} command; see help {help matsize}.\n{p_end}\n");
-        return code;
-    case 913:
-        spout21("op. sys. refuses to provide sufficient memory;\n");
-        spout21("the amount requested could not be allocated, and the previous\n");
-        spout21("allocation has been restored\n");
-        return code;
-    case 914:
-        spoutptl("{p 4 4}\n");
-        spout21("op. sys. refused to allow Korvu to open temporary file.\n");
-        spoutf("Korvu opens temporary files in %s.\n", tmpdir ? tmpdir : "/tmp");
-        spout21("    Verify the directory exists and is writeable by you.\n");
-        spout21("    You can change the identity of this directory by setting the\n");
-        spout21("    Unix environment variable TMPDIR.\n");
-        spoutptl("{p_end}\n");
-        return code;
-    case 1010:
-        spout21("system limit exceeded -- width shortage\n");
-        spoutptl("{p 4 4}\n");
-        spoutptlf("An attempt was made to create a dataset wider than %d bytes.\n", maxlrecl);
-        spoutptl("The maximum width is set to 12*maxvar.\n");
-        spoutptl("You can increase maxvar; see help {help maxvar}.\n{p_end}\n");
         return code;
     case 2000:
     case 2001:

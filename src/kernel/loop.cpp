@@ -39,7 +39,6 @@ int32_t usermask = 022;
 char kvFAST = 0;
 int32_t lastby = 1;
 double rmsgtime = 0;
-uint8_t updata = 0;
 uint8_t korvu_trace_flg = 0;
 int32_t cmdlog_on = 0;
 uint8_t in_byable_ado = 0;

@@ -27,7 +27,6 @@ extern int32_t usermask;
 extern char kvFAST;
 extern int32_t lastby;
 extern double rmsgtime;
-extern uint8_t updata; // data changed since last saved
 extern uint8_t korvu_trace_flg;
 extern int32_t cmdlog_on;
 extern uint8_t in_byable_ado; // a by-able program is running under by

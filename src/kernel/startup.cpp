@@ -12,6 +12,7 @@
 #include <ctime>
 #include <string>
 
+#include "data/dataarea.h"
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
@@ -29,7 +30,6 @@
 namespace korvu {
 
 char sysdir_korvu[1024];
-uint64_t totalmemory = 0xa00000;
 uint8_t korvu_dpc = 0;
 double fltmis, misval_z, misval_107, max_kvdouble, min_kvdouble, neg_kvdouble, smallest_kvdouble,
     kvepsilon, max_kvfloat, min_kvfloat, kvfltepsilon, twopi;
@@ -232,6 +232,7 @@ void tstop() {
     if (sinit_state > 8) tstop();
     console_close();
     results_sink_close();
+    if (sinit_state >= 12) news_free();
     if (batchlog_fd >= 0) close(batchlog_fd);
     fflush(stdout);
     exit(status);
@@ -298,6 +299,10 @@ static void batch_header() {
     c_outlev = 1;
     spout21("\n");
 }
+
+static int console_alloc();
+static void console_release();
+static void link_data_area();
 
 int sinit0(int argc, char** argv) {
     sinit_state = 1;
@@ -396,8 +401,9 @@ int sinit0(int argc, char** argv) {
     tinit();
     sinit_state = 10;
     sinit_state = 12;
-    console = static_cast<char*>(calloc(conslen + 1, 1));
-    if (!console) {
+    register_fixed_client(console_alloc, console_release);
+    link_data_area();
+    if (news_alloc()) {
         initerr("Allocation failure.");
         initerr(nullptr);
         return -1;
@@ -439,6 +445,7 @@ int sinit0(int argc, char** argv) {
     c_outlev = 0;
     sinit_state = 17;
     sinit_state = 18;
+    trouble_at_startup_msg();
     snprintf(console, conslen, "%s", argline.c_str());
     settok(console);
     const char* p = console;
@@ -449,6 +456,36 @@ int sinit0(int argc, char** argv) {
     }
     if (shownotes) newline();
     return 1;
+}
+
+// The command buffer is one of the tables sized by maxvar: it is rebuilt with
+// them, keeping the line it holds.
+static std::string console_kept;
+static int console_alloc() {
+    console = static_cast<char*>(allocfixed(conslen + 1, "console"));
+    if (!console) return 1;
+    memset(console, 0, conslen + 1);
+    snprintf(console, conslen + 1, "%s", console_kept.c_str());
+    console_kept.clear();
+    return 0;
+}
+static void console_release() {
+    if (console) console_kept = console;
+    console = nullptr;
+}
+
+static uint64_t dict_bytes() {
+    uint64_t alloc, used;
+    dmmemory(&alloc, &used);
+    return used;
+}
+
+static void link_data_area() {
+    dahooks.dict_write = dmwrite;
+    dahooks.dict_read = dmread;
+    dahooks.dict_shutdown = dmshutdown;
+    dahooks.dict_init = dminit;
+    dahooks.dict_bytes = dict_bytes;
 }
 
 static void profile_step() {

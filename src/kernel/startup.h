@@ -5,7 +5,6 @@
 namespace korvu {
 
 extern char sysdir_korvu[1024];
-extern uint64_t totalmemory;
 extern uint8_t korvu_dpc;
 extern double fltmis, misval_z, misval_107, max_kvdouble, min_kvdouble, neg_kvdouble,
     smallest_kvdouble, kvepsilon, max_kvfloat, min_kvfloat, kvfltepsilon, twopi;

@@ -15,6 +15,7 @@
 #include <ctime>
 #include <string>
 
+#include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
 #include "data/missing.h"
@@ -247,8 +248,10 @@ struct SetRow {
     int (*fn)();
 };
 static constexpr SetRow set_table[] = {
-    {"more", 4, set_more},         {"rmsg", 4, set_rmsg},     {"linesize", 8, set_linesize},
-    {"pagesize", 8, set_pagesize}, {"output", 6, set_output},
+    {"more", 4, set_more},         {"rmsg", 4, set_rmsg},       {"linesize", 8, set_linesize},
+    {"pagesize", 8, set_pagesize}, {"output", 6, set_output},   {"memory", 3, set_memory},
+    {"maxvar", 6, set_maxvar},     {"matsize", 3, set_matsize}, {"maxobs", 6, set_maxobs},
+    {"virtual", 4, set_virtual},
 };
 
 int setcmd(int) {
