@@ -6,7 +6,9 @@ set -u
 exe=$1 script=$2 work=$3
 name=$(basename "$script" .do)
 src=$(dirname "$script")
-rm -rf "$work" && mkdir -p "$work" || exit 2
+# a short scratch path keeps the log header on one line
+work=$(mktemp -d /tmp/korvu-test.XXXXXX) || exit 2
+trap 'rm -rf "$work"' EXIT
 cp -R "$src"/. "$work"/
 cd "$work" || exit 2
 env -u SYSDIR_KORVU -u S_ADO "$exe" -q -b do "$name.do" </dev/null

@@ -1,4 +1,6 @@
 // The console edition.
 #include "kernel/startup.h"
 
-int main(int argc, char** argv) { return korvu::korvu_main(argc, argv); }
+int main(int argc, char** argv) {
+    return korvu::korvu_main(argc, argv);
+}

@@ -18,11 +18,15 @@ inline double bitsd(uint64_t u) {
     std::memcpy(&x, &u, 8);
     return x;
 }
-inline bool ismissing(double x) { return x >= misval; }
+inline bool ismissing(double x) {
+    return x >= misval;
+}
 // 0 for `.`, 1 to 26 for `.a` to `.z`.
-inline int missing_letter(double x) { return static_cast<int>((dbits(x) >> 40) & 0xff); }
+inline int missing_letter(double x) {
+    return static_cast<int>((dbits(x) >> 40) & 0xff);
+}
 inline double mkmissing(int letter) {
     return bitsd(dbits(misval) + (static_cast<uint64_t>(letter) << 40));
 }
 
-}  // namespace korvu
+} // namespace korvu

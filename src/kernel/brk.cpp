@@ -42,4 +42,4 @@ int setbreak(int on) {
     return was;
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -24,4 +24,4 @@ inline int kvpollrare() {
 }
 int setbreak(int on);
 
-}  // namespace korvu
+} // namespace korvu

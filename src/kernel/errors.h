@@ -5,8 +5,8 @@
 
 namespace korvu {
 
-extern int32_t globalrc;  // code of the last request
-extern int32_t captrc;    // code of the last captured request; `_rc`
+extern int32_t globalrc; // code of the last request
+extern int32_t captrc;   // code of the last captured request; `_rc`
 extern uint8_t error_style;
 
 int error(int code);
@@ -37,4 +37,4 @@ int extended_error(double value);
 char* loadmsg(char* dst, int i);
 int errcmd();
 
-}  // namespace korvu
+} // namespace korvu

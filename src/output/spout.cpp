@@ -17,11 +17,14 @@ char outbuf[512];
 
 static char status_text[512];
 
-static inline bool passes() { return c_outlev >= s_outlev; }
+static inline bool passes() {
+    return c_outlev >= s_outlev;
+}
 
 void spout_setcoloroflev() {
     if (!passes() || c_outlev >= 5 || !ptl_cur) return;
-    static constexpr int colour_of_level[5] = {COL_RESULT, COL_TEXT, COL_TEXT, COL_ERROR, COL_INPUT};
+    static constexpr int colour_of_level[5] = {COL_RESULT, COL_TEXT, COL_TEXT, COL_ERROR,
+                                               COL_INPUT};
     ptlcolorset(ptl_cur, colour_of_level[c_outlev]);
 }
 
@@ -35,16 +38,26 @@ static int send(const char* text, int mode) {
     if (mode == 0) spout_setcoloroflev();
     size_t n = strlen(text);
     if (n && ptl_cur) {
-        if (mode == 1) ptlsend(ptl_cur, text, static_cast<int>(n));
-        else ptlsendraw(ptl_cur, text, static_cast<int>(n));
+        if (mode == 1)
+            ptlsend(ptl_cur, text, static_cast<int>(n));
+        else
+            ptlsendraw(ptl_cur, text, static_cast<int>(n));
     }
     return stopflag;
 }
 
-int spout21(const char* text) { return send(text, 0); }
-int spoutptl(const char* text) { return send(text, 1); }
-int spoutnoptl(const char* text) { return send(text, 2); }
-int spout21o() { return spout21(outbuf); }
+int spout21(const char* text) {
+    return send(text, 0);
+}
+int spoutptl(const char* text) {
+    return send(text, 1);
+}
+int spoutnoptl(const char* text) {
+    return send(text, 2);
+}
+int spout21o() {
+    return spout21(outbuf);
+}
 
 int spoutch(char c) {
     char s[2] = {c, 0};
@@ -103,13 +116,19 @@ int dupch(char c, int count) {
     return c == ' ' ? spoutptl(buf) : spout21(buf);
 }
 
-int dupblnk(int count) { return dupch(' ', count); }
-int blnk() { return spout21(" "); }
+int dupblnk(int count) {
+    return dupch(' ', count);
+}
+int blnk() {
+    return spout21(" ");
+}
 int spoutblnk(const char* text, int count) {
     spout21(text);
     return dupblnk(count);
 }
-int newline() { return spoutch('\n'); }
+int newline() {
+    return spoutch('\n');
+}
 
 int spout20(const char* text) {
     if (!passes()) return 0;
@@ -182,7 +201,9 @@ void entertainend() {
     c_outlev = old;
 }
 
-int sysmore() { return ptl_cur ? ptlmore(ptl_cur) : 0; }
+int sysmore() {
+    return ptl_cur ? ptlmore(ptl_cur) : 0;
+}
 
 int spoutf(const char* fmt, ...) {
     va_list ap;
@@ -200,4 +221,4 @@ int spoutptlf(const char* fmt, ...) {
     return spoutptl(outbuf);
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -8,11 +8,11 @@
 namespace korvu {
 
 // Levels: 0 result, 1 and 2 text, 3 error, 4 command echo.
-extern uint8_t c_outlev;   // level of the text about to be printed
-extern uint8_t s_outlev;   // threshold: text passes if c_outlev >= s_outlev
-extern uint8_t ls_outlev;  // threshold at entry of the enclosing do-file or program
+extern uint8_t c_outlev;  // level of the text about to be printed
+extern uint8_t s_outlev;  // threshold: text passes if c_outlev >= s_outlev
+extern uint8_t ls_outlev; // threshold at entry of the enclosing do-file or program
 extern uint8_t entertainflg;
-extern int32_t moretime;  // 0 pause on, 1 off, >1 old numeric form (acts as on)
+extern int32_t moretime; // 0 pause on, 1 off, >1 old numeric form (acts as on)
 extern int32_t korvu_linewidth, korvu_pagesize;
 extern Ptl* ptl_reswin;
 extern Ptl* ptl_cur;
@@ -48,4 +48,4 @@ int sysmore();
 int spoutf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 int spoutptlf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
-}  // namespace korvu
+} // namespace korvu

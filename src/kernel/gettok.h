@@ -1,0 +1,61 @@
+// The tokenizer: one global, resumable scanner working in place on a
+// NUL-terminated line. Each call names the characters that end a word.
+#pragma once
+#include <cstdint>
+
+namespace korvu {
+
+extern char token[504]; // the last token; a string is marked by '"' in token[0]
+
+// Delimiter sets; blank, double quote and backquote are in all of them.
+extern const char prsestd[], prseopt[], prsenum[], prsedlgnum[], prsevar[], prsestd2[], prsestdnp[],
+    prsestdot[], prsefls[], prseclsvar[], prseclsvnoc[];
+
+struct TokPos { // stattok/resettok
+    char* pos;
+    char* last;
+};
+struct TokState { // borrow_gettok/return_gettok
+    char* pos;
+    char* last;
+    uint8_t pushed, regot;
+    char token[504];
+};
+
+void settok(char* text);
+char* gettok(const char* delims);
+int gettoklong(char* dst, const char* delims, int brackets);
+int gettokfn(char* dst);
+int gtokis(int c);
+void pushtok(const char* text);
+void ungettok();
+void stattok(TokPos* st);
+void resettok(const TokPos* st);
+void borrow_gettok(TokState* st);
+void return_gettok(const TokState* st);
+char* wheretok();
+char* lwheretok();
+int gettok_next_char();
+char* peektok_chr();
+void trimtok(int c);
+void trimtokwhite();
+
+char* pcompoundquotes(char* p, int* depthout);
+char* psimplequotes(char* p, int* errout);
+char* pbrackets(char* p, int* errout);
+int parse_quoted_string(char* text, char** start, char** end, char** next);
+
+int cmdcmp(const char* word, const char* full, int minlen);
+int cmdcmp_lc(const char* word, const char* full, int minlen);
+uint32_t cmdhash(const char* text);
+
+// a token that came from quotes
+inline bool tokisstr(const char* t) {
+    return t[0] == '"';
+}
+inline bool tokis(const char* t, const char* s) {
+    while (*t && *t == *s) t++, s++;
+    return *t == *s;
+}
+
+} // namespace korvu

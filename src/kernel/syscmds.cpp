@@ -1,0 +1,574 @@
+#include "kernel/syscmds.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <glob.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "data/dataarea.h"
+#include "data/expr.h"
+#include "data/formats.h"
+#include "data/missing.h"
+#include "kernel/brk.h"
+#include "kernel/builtins.h"
+#include "kernel/cmdparse.h"
+#include "kernel/errors.h"
+#include "kernel/gettok.h"
+#include "kernel/limits.h"
+#include "kernel/loop.h"
+#include "kernel/options.h"
+#include "kernel/startup.h"
+#include "output/spout.h"
+
+namespace korvu {
+
+// ---- display ---------------------------------------------------------------
+
+// A number as display shows it when no format is given: %9.0g, trimmed.
+static void shownum(double v, char* buf, size_t) {
+    fmtnum(buf, "%9.0g", v);
+    char* p = buf;
+    while (*p == ' ') p++;
+    memmove(buf, p, strlen(p) + 1);
+}
+
+// Reads an optional "(#)" behind a directive; dflt when absent.
+static int dirarg(int dflt, int* out) {
+    char* p = peektok_chr();
+    if (*p != '(') {
+        *out = dflt;
+        return 0;
+    }
+    gettok(prsenum);
+    gettok(prsenum);
+    double v;
+    if (cnvstoz(token, &v) || v != std::floor(v)) return error(198);
+    if (gtokis(')')) return error(198);
+    *out = static_cast<int>(v);
+    return 0;
+}
+
+int display(int) {
+    uint8_t lev = 0;
+    int colour = COL_RESULT;
+    int dup = 1;
+    bool cont = false;
+    auto out = [&](const char* text) {
+        c_outlev = lev;
+        if (c_outlev < s_outlev) return;
+        if (ptl_cur) ptlcolorset(ptl_cur, colour);
+        for (int i = 0; i < dup; i++) spoutnoptl(text);
+        dup = 1;
+    };
+    for (;;) {
+        gettok(prsenum);
+        if (!token[0]) break;
+        cont = false;
+        if (tokisstr(token)) {
+            char *s, *e, *nx;
+            std::string text;
+            if (!parse_quoted_string(nullptr, &s, &e, &nx))
+                text.assign(s, e);
+            else
+                text = token + 1;
+            out(text.c_str());
+            continue;
+        }
+        std::string w = token;
+        int n;
+        if (cmdcmp(w.c_str(), "_newline", 2)) {
+            if (int rc = dirarg(1, &n)) return rc;
+            c_outlev = lev;
+            for (int i = 0; i < n; i++) newline();
+        } else if (cmdcmp(w.c_str(), "_column", 4)) {
+            if (int rc = dirarg(1, &n)) return rc;
+            char tag[32];
+            snprintf(tag, sizeof tag, "{col %d}", n);
+            c_outlev = lev;
+            spoutptl(tag);
+        } else if (cmdcmp(w.c_str(), "_skip", 2)) {
+            if (int rc = dirarg(1, &n)) return rc;
+            c_outlev = lev;
+            dupblnk(n);
+        } else if (cmdcmp(w.c_str(), "_continue", 2)) {
+            cont = true;
+        } else if (cmdcmp(w.c_str(), "_dup", 2)) {
+            if (int rc = dirarg(1, &n)) return rc;
+            dup = n < 0 ? 0 : n;
+        } else if (cmdcmp(w.c_str(), "_char", 4)) {
+            if (int rc = dirarg(32, &n)) return rc;
+            if (n < 1 || n > 255) return error(198);
+            char s[2] = {static_cast<char>(n), 0};
+            out(s);
+        } else if (w == "as" || w == "in") {
+            gettok(prsestd);
+            if (cmdcmp(token, "text", 3) || cmdcmp(token, "txt", 3))
+                lev = 2, colour = COL_TEXT;
+            else if (cmdcmp(token, "result", 3))
+                lev = 0, colour = COL_RESULT;
+            else if (cmdcmp(token, "error", 3))
+                lev = 3, colour = COL_ERROR;
+            else if (cmdcmp(token, "input", 3))
+                lev = 0, colour = COL_INPUT;
+            else
+                return error(198);
+        } else {
+            double v;
+            if (cnvstoz(w.c_str(), &v)) {
+                c_outlev = 3;
+                spout21("expressions other than a single number are not yet available\n");
+                return 199;
+            }
+            char buf[64];
+            shownum(v, buf, sizeof buf);
+            out(buf);
+        }
+    }
+    if (!cont) {
+        c_outlev = lev;
+        newline();
+    }
+    return 0;
+}
+
+// ---- set and query ----------------------------------------------------------
+
+static int endofline() {
+    gettok(prsestd);
+    if (token[0]) return error(198);
+    return 0;
+}
+
+static int readint(int* out) {
+    gettok(prsenum);
+    double v;
+    if (cnvstoz(token, &v) || v != std::floor(v) || std::fabs(v) > 2147483647.0) return error(198);
+    *out = static_cast<int>(v);
+    return 0;
+}
+
+static int set_more() {
+    gettok(prsenum);
+    int v;
+    if (cmdcmp(token, "on", 2))
+        v = 0;
+    else if (cmdcmp(token, "off", 3))
+        v = 1;
+    else {
+        double d;
+        if (cnvstoz(token, &d) || d != std::floor(d)) return error(198);
+        if (int rc = chkrange("more", static_cast<int>(d), 0, 30000)) return rc;
+        v = static_cast<int>(d);
+    }
+    gettok(prsestd);
+    bool perm = false;
+    if (tokis(token, ",")) {
+        gettok(prsestd);
+        if (!cmdcmp(token, "permanently", 4)) return error(198);
+        perm = true;
+        if (v > 1) {
+            c_outlev = 3;
+            spout21("old syntax -set more #- may not be combined with permanent option\n");
+            return 198;
+        }
+    } else if (token[0]) {
+        return error(198);
+    }
+    moretime = v;
+    if (ptl_cur) ptlset_moreenable(ptl_cur, v != 1 && console_is_tty());
+    if (perm) {
+        c_outlev = 1;
+        spoutptl("({cmd:set more} preference recorded)\n");
+    }
+    return 0;
+}
+
+static int set_rmsg() {
+    gettok(prsestd);
+    if (cmdcmp(token, "on", 2))
+        korvu_rmsg = 1;
+    else if (cmdcmp(token, "off", 3))
+        korvu_rmsg = 0;
+    else
+        return error(198);
+    return endofline();
+}
+
+static int set_linesize() {
+    int v;
+    if (int rc = readint(&v)) return rc;
+    if (int rc =
+            vernum >= 700 ? chkrange("linesize", v, 40, 255) : chkrange("linesize", v, 10, 32000))
+        return rc;
+    if (int rc = endofline()) return rc;
+    ptlset_maxwidth(ptl_reswin, v);
+    korvu_linewidth = ptlquery_maxwidth(ptl_reswin);
+    return 0;
+}
+
+static int set_pagesize() {
+    int v;
+    if (int rc = readint(&v)) return rc;
+    if (int rc = chkrange("pagesize", v, 0, 32000)) return rc;
+    if (int rc = endofline()) return rc;
+    korvu_pagesize = v;
+    ptlset_pagesize(ptl_reswin, v);
+    return 0;
+}
+
+static int set_output() {
+    gettok(prsestd);
+    uint8_t lev;
+    if (cmdcmp(token, "proc", 1))
+        lev = 0;
+    else if (cmdcmp(token, "inform", 1))
+        lev = 2;
+    else if (cmdcmp(token, "error", 1))
+        lev = 3;
+    else
+        return notalow(token);
+    if (int rc = endofline()) return rc;
+    s_outlev = lev;
+    return 0;
+}
+
+struct SetRow {
+    const char* word;
+    int minlen;
+    int (*fn)();
+};
+static constexpr SetRow set_table[] = {
+    {"more", 4, set_more},         {"rmsg", 4, set_rmsg},       {"linesize", 8, set_linesize},
+    {"pagesize", 8, set_pagesize}, {"output", 6, set_output},   {"memory", 3, set_memory},
+    {"maxvar", 6, set_maxvar},     {"matsize", 3, set_matsize}, {"maxobs", 6, set_maxobs},
+    {"virtual", 4, set_virtual},
+};
+
+int setcmd(int) {
+    gettok(prsestd);
+    if (!token[0]) return query(0);
+    std::string word = token;
+    for (const SetRow& r : set_table)
+        if (cmdcmp(word.c_str(), r.word, r.minlen)) return r.fn();
+    c_outlev = 3;
+    spoutsetptagweak();
+    spoutf("set %s not yet available\n", word.c_str());
+    return 199;
+}
+
+int query(int) {
+    if (int rc = endofline()) return rc;
+    static constexpr const char* outnames[] = {"proc", "", "inform", "error", "", ""};
+    char buf[120];
+    c_outlev = 1;
+    spoutptl("{txt}    Output settings\n    {hline 15}\n");
+    auto row = [&](const char* name, const char* value) {
+        c_outlev = 1;
+        char label[40];
+        snprintf(label, sizeof label, "    %-13s", name);
+        spout21(label);
+        c_outlev = 0;
+        spout21(value);
+        newline();
+    };
+    row("more", moretime == 1 ? "off" : "on");
+    row("rmsg", korvu_rmsg ? "on" : "off");
+    snprintf(buf, sizeof buf, "%d", korvu_linewidth);
+    row("linesize", buf);
+    snprintf(buf, sizeof buf, "%d", korvu_pagesize);
+    row("pagesize", buf);
+    row("output", s_outlev <= 5 ? outnames[s_outlev] : "");
+    c_outlev = 1;
+    spoutptl("\n    Memory settings\n    {hline 15}\n");
+    snprintf(buf, sizeof buf, "%.2fM", static_cast<double>(totalmemory) / 1048576.0);
+    row("memory", buf);
+    snprintf(buf, sizeof buf, "%d", maxmaxvar);
+    row("maxvar", buf);
+    return 0;
+}
+
+// ---- files and the operating system -----------------------------------------
+
+// The rest of the line as one file name, quotes removed.
+static int restname(char* dst) {
+    if (int rc = gettokfn(dst)) return error(rc);
+    return 0;
+}
+
+int pwdcmd(int) {
+    if (int rc = endofline()) return rc;
+    char cwd[4096];
+    if (!getcwd(cwd, sizeof cwd)) return error(691);
+    c_outlev = 0;
+    spout21(cwd);
+    newline();
+    return 0;
+}
+
+int cdcmd(int) {
+    char* p = peektok_chr();
+    char dir[500];
+    if (!*p) {
+        const char* home = getenv("HOME");
+        snprintf(dir, sizeof dir, "%s", home ? home : "/");
+    } else if (int rc = restname(dir)) {
+        return rc;
+    }
+    if (int rc = endofline()) return rc;
+    std::string d = dir;
+    if (d[0] == '~') {
+        const char* home = getenv("HOME");
+        d = std::string(home ? home : "") + d.substr(1);
+    }
+    if (chdir(d.c_str())) {
+        c_outlev = 3;
+        spoutsetptagweak();
+        spoutf("unable to change to %s\n", dir);
+        return 170;
+    }
+    return pwdcmd(0);
+}
+
+int shellcmd(int) {
+    char* rest = peektok_chr();
+    if (batchmode && !*rest) return error(8002);
+    std::string line = *rest ? rest : "";
+    settok(rest + strlen(rest));
+    if (line.empty()) {
+        const char* sh = getenv("SHELL");
+        line = sh && *sh ? sh : "/bin/sh";
+    }
+    spoutflush();
+    fflush(stdout);
+    // the child's output goes where ours goes: through a pipe into the engine
+    FILE* pipe = popen(line.c_str(), "r");
+    if (!pipe) return error(702);
+    char buf[512];
+    size_t got;
+    c_outlev = 0;
+    while ((got = fread(buf, 1, sizeof buf - 1, pipe)) > 0) {
+        buf[got] = 0;
+        spoutnoptl(buf);
+    }
+    pclose(pipe);
+    return 0;
+}
+
+int sleepcmd(int) {
+    int ms;
+    if (int rc = readint(&ms)) return rc;
+    if (int rc = endofline()) return rc;
+    while (ms > 0) {
+        int step = ms > 100 ? 100 : ms;
+        usleep(static_cast<useconds_t>(step) * 1000);
+        ms -= step;
+        if (kvpollstd()) return 1;
+    }
+    return 0;
+}
+
+int typecmd(int) {
+    char name[500];
+    if (int rc = restname(name)) return rc;
+    if (int rc = endofline()) return rc;
+    FILE* f = fopen(name, "rb");
+    if (!f) return fierr(601, name);
+    char buf[513];
+    size_t got;
+    c_outlev = 0;
+    while ((got = fread(buf, 1, 512, f)) > 0) {
+        buf[got] = 0;
+        for (size_t i = 0; i < got; i++)
+            if (buf[i] == 0) buf[i] = ' ';
+        if (spoutnoptl(buf)) break;
+    }
+    fclose(f);
+    return stopflag ? 1 : 0;
+}
+
+int dircmd(int) {
+    char pattern[500] = "*";
+    if (*peektok_chr()) {
+        if (int rc = restname(pattern)) return rc;
+        struct stat st;
+        if (stat(pattern, &st) == 0 && S_ISDIR(st.st_mode))
+            strncat(pattern, "/*", sizeof pattern - strlen(pattern) - 1);
+    }
+    if (int rc = endofline()) return rc;
+    glob_t g;
+    if (glob(pattern, 0, nullptr, &g) != 0) {
+        globfree(&g);
+        return 0;
+    }
+    c_outlev = 0;
+    for (size_t i = 0; i < g.gl_pathc; i++) {
+        struct stat st;
+        if (stat(g.gl_pathv[i], &st)) continue;
+        char when[32];
+        struct tm lt;
+        localtime_r(&st.st_mtime, &lt);
+        strftime(when, sizeof when, "%e %b %Y %H:%M", &lt);
+        char size[32];
+        if (S_ISDIR(st.st_mode))
+            snprintf(size, sizeof size, "<dir>");
+        else if (st.st_size < 10240)
+            snprintf(size, sizeof size, "%ldb", static_cast<long>(st.st_size));
+        else
+            snprintf(size, sizeof size, "%.1fk", st.st_size / 1024.0);
+        char line[700];
+        snprintf(line, sizeof line, "%10s  %s  %s%s\n", size, when, g.gl_pathv[i],
+                 S_ISDIR(st.st_mode) ? "/" : "");
+        if (spout21(line)) break;
+    }
+    globfree(&g);
+    return stopflag ? 1 : 0;
+}
+
+int erasecmd(int) {
+    char name[500];
+    if (int rc = restname(name)) return rc;
+    if (int rc = endofline()) return rc;
+    struct stat st;
+    if (stat(name, &st)) return fierr(601, name);
+    if (unlink(name)) return fierr(errno == EACCES || errno == EPERM ? 608 : 693, name);
+    return 0;
+}
+
+int mkdircmd(int) {
+    char name[500];
+    if (int rc = restname(name)) return rc;
+    vable = 3, ifable = 3, oable = 3, opable = 0;
+    if (int rc = parse()) return rc;
+    int pub = findopt("public", 3, 0);
+    if (int rc = chkopt()) return rc;
+    if (mkdir(name, pub ? 0755 : 0777)) {
+        c_outlev = 3;
+        spoutsetptagweak();
+        spoutf("could not create directory %s\n", name);
+        return 693;
+    }
+    if (pub) chmod(name, 0755);
+    return 0;
+}
+
+int rmdircmd(int) {
+    char name[500];
+    if (int rc = restname(name)) return rc;
+    if (int rc = endofline()) return rc;
+    if (rmdir(name)) {
+        c_outlev = 3;
+        spoutsetptagweak();
+        spoutf("could not remove directory %s\n", name);
+        return 693;
+    }
+    return 0;
+}
+
+int copycmd(int) {
+    char src[500], dst[500];
+    if (int rc = restname(src)) return rc;
+    if (int rc = restname(dst)) return rc;
+    vable = 3, ifable = 3, oable = 3, opable = 0;
+    if (int rc = parse()) return rc;
+    int replace = findopt("replace", 7, 0);
+    int pub = findopt("public", 3, 0);
+    findopt("text", 4, 0);
+    if (int rc = chkopt()) return rc;
+    std::string target = dst;
+    struct stat st;
+    if (stat(dst, &st) == 0 && S_ISDIR(st.st_mode)) {
+        const char* base = strrchr(src, '/');
+        target += std::string("/") + (base ? base + 1 : src);
+    }
+    FILE* in = fopen(src, "rb");
+    if (!in) return fierr(601, src);
+    if (!replace && stat(target.c_str(), &st) == 0) {
+        fclose(in);
+        return fierr(602, target.c_str());
+    }
+    FILE* out = fopen(target.c_str(), "wb");
+    if (!out) {
+        fclose(in);
+        return fierr(603, target.c_str());
+    }
+    char buf[65536];
+    size_t got;
+    bool ok = true;
+    while ((got = fread(buf, 1, sizeof buf, in)) > 0)
+        if (fwrite(buf, 1, got, out) != got) {
+            ok = false;
+            break;
+        }
+    fclose(in);
+    if (fclose(out) || !ok) {
+        unlink(target.c_str());
+        return fierr(693, target.c_str());
+    }
+    if (pub) chmod(target.c_str(), 0644);
+    return 0;
+}
+
+int morecmd(int) {
+    if (byvar) return error(190);
+    gettok(prsestd);
+    if (token[0]) return error(198);
+    if (ptl_cur) ptlmore(ptl_cur);
+    return stopflag;
+}
+
+// ---- error and exit ----------------------------------------------------------
+
+int errcmd_handler(int) {
+    return errcmd();
+}
+
+int errcmd() {
+    pushtok("=");
+    ifable = oable = vable = 3;
+    wable = 1;
+    if (parse()) return 197;
+    double v = xeq(&wepgm, nobs1);
+    return extended_error(v);
+}
+
+uint8_t savewinpref = 1;
+
+int goexit(int) {
+    pfixeq();
+    vable = ifable = oable = 3;
+    wable = 0;
+    opable = 0;
+    if (int rc = parse()) return rc;
+    int clear = findopt("clear", 5, 0);
+    int whole = findopt("KORVU", 5, 0);
+    int prefs = findopt("prefs", 5, savewinpref);
+    if (int rc = chkopt()) return rc;
+    bool top = !dofilep && !runprog;
+    if ((top || whole) && updata && !clear) return error(4);
+    int code = 0;
+    if (weclause) {
+        double v = xeq(&wepgm, nobs1);
+        if (!ismissing(v)) code = static_cast<int>(v);
+    }
+    if (code && !((code == 2000 || code == 2001) && byvar && in_byable_ado)) {
+        exitflg = 1;
+        if (whole) gexitflg = 1;
+        return code;
+    }
+    exitflg = 1;
+    if (whole) gexitflg = 1;
+    if (top || whole) savewinpref = static_cast<uint8_t>(prefs);
+    return code;
+}
+
+} // namespace korvu

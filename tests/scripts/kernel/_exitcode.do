@@ -1,0 +1,3 @@
+display "in exitcode"
+exit 459
+display "not reached"

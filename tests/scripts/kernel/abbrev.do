@@ -1,0 +1,12 @@
+* Command words resolve by table order and least abbreviation, case counts.
+capture noisily exp
+capture noisily cont
+capture noisily Display "upper case is no command"
+di "di is display"
+capture noisily s
+capture noisily displayxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx
+q
+qui display "quietly: not shown"
+qu
+ex
+display "not reached: ex is exit"

@@ -1,0 +1,16 @@
+* The do-file reader: comments, continuation lines and the delimiter.
+display "a" /* a comment
+spanning lines */ "b"
+display "http://not.a.comment"
+display "c" // a line comment
+display "d" ///
+    "e"
+// a line that is only a comment
+#delimit ;
+display "f"
+  "g" ;
+display "h"; display "i";
+#delimit cr
+display "tab	inside"
+display "last line without a line feed is lost"
+display "x"

@@ -1,0 +1,6 @@
+* exit leaves the do-file; exit # leaves it with that code.
+display "one"
+capture noisily do _exitcode.do
+display "back"
+exit
+display "not reached"

@@ -1,0 +1,4 @@
+* A failing command prints its status line; the do-file stops there.
+display "before"
+error 459
+display "never"
