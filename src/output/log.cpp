@@ -84,7 +84,8 @@ static void header(const LogRec* r, const char* action, bool query) {
     if (action) {
         char buf[120], date[64];
         nowtext(date, sizeof date);
-        snprintf(buf, sizeof buf, "%8s on:  ", action);
+        // right-aligned so that the colon stands under those of the lines above
+        snprintf(buf, sizeof buf, "%7s on:  ", action);
         spout21(buf);
         c_outlev = 0;
         spout21(date);
@@ -341,6 +342,20 @@ int logcmd(int iscmdlog) {
     spoutf("%s invalid\n", word.c_str());
     c_outlev = o;
     return 198;
+}
+
+} // namespace korvu
+
+namespace korvu {
+
+// A line typed at the terminal is already on the screen: its echo goes to the
+// logs only, with the sink switched off while it is sent.
+void log_echo(const char* line) {
+    if (!ptl_reswin || c_outlev < s_outlev) return;
+    ptlset_useroff(ptl_reswin);
+    spout21(line);
+    newline();
+    ptlset_useron(ptl_reswin);
 }
 
 } // namespace korvu
