@@ -282,7 +282,7 @@ static int inibatch() {
     if (getcwd(cwd, sizeof cwd)) full = std::string(cwd) + "/" + batchlog_name;
     // the screen shows nothing in batch mode; the log has it all
     ptlset_useroff(ptl_reswin);
-    if (log_open(full.c_str(), 17, 0, nullptr)) {
+    if (log_open_batch(full.c_str())) {
         fprintf(stderr, "unable to open `%s'\n", batchlog_name.c_str());
         return 1;
     }
