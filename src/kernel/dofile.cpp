@@ -16,6 +16,7 @@
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/pgmframe.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -212,22 +213,26 @@ toolong:
 // ---- frames -----------------------------------------------------------------
 
 uint8_t breakallowed = 0, breakdetail = 0;
-int32_t caller_vernum = KORVU_VERSION;
-uint8_t program_class = 0;
+__attribute__((weak)) int32_t caller_vernum = KORVU_VERSION;
+__attribute__((weak)) uint8_t program_class = 0;
+__attribute__((weak)) uint8_t resort_on_exit = 0;
 int32_t gstate = 0;
 uint8_t estrestore = 0;
 int32_t psvfctr = -1;
-uint8_t resort_on_exit = 0;
 char pbs_sys[16];
 uint8_t hastmp_fhopened = 0, hastmp_hreturn = 0, hastmp_class = 0, hastmp_vars = 0;
 const LoopBody* loopsrc = nullptr;
 uint8_t status_hold = 0;
 FrameHooks frame_hooks{};
 
-__attribute__((weak)) int pgm_prolog(int64_t*) {
+__attribute__((weak)) int pgm_prolog(PgmFrame* f) {
+    f->rec = nullptr;
     return notyet("programs");
 }
-__attribute__((weak)) void pgm_epilog(int64_t) {}
+__attribute__((weak)) int pgm_retcls(const PgmFrame*) {
+    return 0;
+}
+__attribute__((weak)) void pgm_epilog(const PgmFrame*) {}
 
 // The arguments of a do-file or program: `0' the whole text, then `1', `2',
 // ... a word each; a string's quotes are dropped and an empty word keeps its
@@ -336,7 +341,6 @@ int doprolog(Frame* f, int mode) {
     if (korvu_level >= MAXLEVEL) return error(1000);
     f->stop = 1;
     f->reader = nullptr;
-    f->pgmmark = 0;
     if (mode != DO_PROGRAM) {
         char path[500];
         if (int rc = gettokfn(path)) return error(rc);
@@ -380,7 +384,7 @@ int doprolog(Frame* f, int mode) {
         }
     } else {
         korvu_rmsg = 0;
-        if (int rc = pgm_prolog(&f->pgmmark)) {
+        if (int rc = pgm_prolog(f->pgm)) {
             // nothing of the frame is live yet but the scope and the saved fields
             runprog = f->runprog;
             sys_upline = f->sys_upline;
@@ -417,9 +421,10 @@ static void keeprc(int (*step)()) {
 
 void doepilog(Frame* f, int mode, int keep) {
     if (frame_hooks.profiler_addtime) frame_hooks.profiler_addtime(sys_pgmname, 0);
+    int retcls = mode == DO_PROGRAM ? pgm_retcls(f->pgm) : 0;
     if (mode == DO_PROGRAM) {
         korvu_rmsg = f->rmsg;
-        pgm_epilog(f->pgmmark);
+        pgm_epilog(f->pgm);
     } else {
         dofclos(f->reader);
         dofilep = f->dofilep;
@@ -445,7 +450,6 @@ void doepilog(Frame* f, int mode, int keep) {
         breakallowed = f->breakallowed;
         breakdetail = f->breakdetail;
     }
-    uint8_t cls = program_class;
     if (mode != DO_INCLUDE) program_class = f->program_class;
     runprog = f->runprog;
     sys_upline = f->sys_upline;
@@ -465,8 +469,7 @@ void doepilog(Frame* f, int mode, int keep) {
         rmtmpvn(f->tmpvctr);
         if (hastmp_class && frame_hooks.rmtmpclass) keeprc(frame_hooks.rmtmpclass);
         // a returning program's class decides where its results go
-        static constexpr int retcls[] = {0, 1, 3, 2};
-        rmtmpdyn(f->tmpvctr, mode == DO_PROGRAM && cls < 4 ? retcls[cls] : 0);
+        rmtmpdyn(f->tmpvctr, retcls);
         tmpvctr = f->tmpvctr;
         hastmp_fhopened = f->hastmp_fhopened;
         hastmp_hreturn = f->hastmp_hreturn;
@@ -497,6 +500,8 @@ void doepilog(Frame* f, int mode, int keep) {
 int godo(int mode, int keep) {
     if (byvar) return error(190);
     Frame f;
+    PgmFrame pf{};
+    f.pgm = &pf;
     if (int rc = doprolog(&f, mode)) return rc;
     int32_t last = 0; // under nostop, the code of the last line carried out
     for (;;) {

@@ -26,6 +26,7 @@ enum : int { DO_DO = 0, DO_RUN = 1, DO_PROGRAM = 3, DO_INCLUDE = 4 };
 inline constexpr int32_t MAXLEVEL = 64;
 
 struct LoopBody; // a loop typed outside a program, held as a private program
+struct PgmFrame; // the program side of a frame (pgmframe.h)
 
 // Everything a frame saves at entry and puts back at its end.
 struct Frame {
@@ -34,7 +35,7 @@ struct Frame {
     const LoopBody* loopsrc;
     int32_t tmpvctr, tmpfctr, psvfctr, sys_upline, moretime, trace_l0, trace_l1;
     int32_t vernum, caller_vernum, gstate;
-    int64_t pgmmark; // the program's running mark, kept by pgm_prolog
+    PgmFrame* pgm; // what the program side keeps, for mode 3
     uint8_t delimit, mvmodern, program_class, estrestore, syselseflg, breakallowed, breakdetail,
         resort_on_exit;
     uint8_t s_outlev, ls_outlev, runprog, sys_is_cls, trace_flg, rmsg;
@@ -51,13 +52,14 @@ void doepilog(Frame* f, int mode, int keep);
 
 // Flow state.
 extern uint8_t breakallowed, breakdetail; // `continue` legal here; 0, 1 continue, 2 break
+// These three belong to the programs subsystem; weak defaults stand in.
 extern int32_t caller_vernum;
 extern uint8_t program_class; // 0 nclass, 1 rclass, 2 sclass, 3 eclass
-extern int32_t gstate;        // an open graph state
-extern uint8_t estrestore;    // held estimates are to come back at frame end
-extern int32_t psvfctr;       // what this frame preserved, -1 nothing
 extern uint8_t resort_on_exit;
-extern char pbs_sys[16]; // the by state
+extern int32_t gstate;     // an open graph state
+extern uint8_t estrestore; // held estimates are to come back at frame end
+extern int32_t psvfctr;    // what this frame preserved, -1 nothing
+extern char pbs_sys[16];   // the by state
 extern uint8_t hastmp_fhopened, hastmp_hreturn, hastmp_class, hastmp_vars;
 extern const LoopBody* loopsrc; // the private loop program being run, or null
 
@@ -81,14 +83,6 @@ struct FrameHooks {
     void (*profiler_addtime)(const char* name, double seconds);
 };
 extern FrameHooks frame_hooks;
-
-// The program side of a frame, defined by the programs subsystem (weak
-// defaults here fail with 199): pgm_prolog finds the program named by `cmd`,
-// marks it running, sets `sys_pgmname`, `sys_pgmclass`, `program_class`,
-// `sys_is_cls`, `resort_on_exit`, `runprog` := 1 and keeps what its epilog
-// needs in *mark; pgm_epilog takes the running mark back.
-int pgm_prolog(int64_t* mark);
-void pgm_epilog(int64_t mark);
 
 // Blocks: `{` at the head of a line.
 int opbrace();
