@@ -238,11 +238,11 @@ static inline uint32_t bswap32(uint32_t v) {
     return __builtin_bswap32(v);
 }
 
-void vlrevbytes(int32_t* tbl) {
+void vlrevbytes(int32_t* tbl, int tonative) {
     auto* u = reinterpret_cast<uint32_t*>(tbl);
+    const int64_t n = static_cast<int32_t>(tonative ? bswap32(u[0]) : u[0]);
     u[0] = bswap32(u[0]);
     u[1] = bswap32(u[1]);
-    const int64_t n = tbl[0];
     for (int64_t i = 0; i < 2 * n; ++i) u[2 + i] = bswap32(u[2 + i]);
 }
 

@@ -72,7 +72,9 @@ int vlmaxlen(const int32_t* tbl);
 int vlable(int report, double x); // 0 or 198
 // Do-file form of one table; 0 or 693.
 int vlwrite(FILE* f, const int32_t* tbl);
-void vlrevbytes(int32_t* tbl);
+// Swaps n, txtlen and every offset and value; `tonative` says the table is in
+// the foreign order now (n is read after swapping), else before.
+void vlrevbytes(int32_t* tbl, int tonative = 1);
 // 0 when a block of `len` bytes read from a file is a well-formed table; it
 // checks sizes, offsets, terminators and ascending values. Byte order native.
 int vlcheck(const int32_t* tbl, int64_t len);
