@@ -150,6 +150,7 @@ void charspostproc() {
 int charfcn(const char* obj, const char* name, char* dst, size_t n) {
     std::string o = obj;
     if (o != "_dta") {
+        if (!varlist || !nvar) return varnotfound(obj);
         int v = korvu_findvar(obj, 0, 0);
         if (v < 0) return -v;
         o = varname(v);
@@ -245,6 +246,7 @@ static int charlist(const char* p) {
 }
 
 int charcmd(int) {
+    labels_install();
     const char* p = skipwhite(wheretok());
     std::string word;
     const char* q = p;
@@ -334,6 +336,7 @@ static std::string resolve_obj(const std::string& w, int* rc) {
 }
 
 int notescmd(int) {
+    labels_install();
     const char* p = skipwhite(wheretok());
     std::string line = p;
     settok(const_cast<char*>(""));

@@ -47,6 +47,7 @@ struct Borrow {
 static int parse_sub(const TokPos& start) {
     resettok(&start);
     vable = 0;
+    opable = 0;
     ifable = 0;
     oable = 0;
     uable = 1;
@@ -98,6 +99,8 @@ static int use_sub(const TokPos& start) {
 }
 
 int usecmd(int) {
+    opable = 0;
+    noptn = 0;
     TokPos start;
     stattok(&start);
     bool sub = false;

@@ -78,6 +78,7 @@ static bool saved_var(const char* obj, int nv) {
 }
 
 int syssave(const char* fname, const SaveOpts& o) {
+    labels_install();
     if (nvar == 0 && !o.emptyok) return error(111);
     const int format = o.oldformat ? (o.midband ? 110 : 111) : 113;
     if (o.oldformat) {
@@ -221,6 +222,8 @@ int syssave(const char* fname, const SaveOpts& o) {
 }
 
 int savecmd(int) {
+    opable = 0;
+    noptn = 0;
     char fn[500] = {};
     int rc = gettokfn(fn);
     bool opts = false;

@@ -347,10 +347,4 @@ void labels_install() {
     mac_hooks.charvalue = charvalue_hook;
 }
 
-namespace {
-struct Installer {
-    Installer() { labels_install(); }
-} installer;
-} // namespace
-
 } // namespace korvu

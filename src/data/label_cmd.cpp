@@ -353,6 +353,9 @@ static int label_save() {
 }
 
 int labelcmd(int) {
+    labels_install();
+    opable = 0;
+    noptn = 0;
     gettok(prsestd);
     if (!token[0]) return required("subcommand");
     std::string sub = token;
