@@ -2,7 +2,10 @@
 
 #include <cstdio>
 
+#include "data/char.h"
 #include "data/dataarea.h"
+#include "data/dta.h"
+#include "data/label.h"
 #include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
@@ -100,7 +103,7 @@ static constexpr Builtin builtin_table[] = {
     {"capture", 3, 'c', 0, 0, 0, prefix_capture, 0},
     {"chdir", 5, 'c', 0, 0, 0, cdcmd, 0},
     {"cd", 2, 'c', 0, 0, 0, cdcmd, 0},
-    {"char", 4, 'c', 0, 0, 0, nullptr, 0},
+    {"char", 4, 'c', 0, 0, 0, charcmd, 0},
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
     {"class", 5, 'c', 0, 0, 0, nullptr, 0},
@@ -171,7 +174,7 @@ static constexpr Builtin builtin_table[] = {
     {"local", 3, 'l', 0, 0, 0, macgen, 1},
     {"list", 1, 'l', 0, 0, 1, nullptr, 0},
     {"ls", 2, 'l', 0, 0, 0, dircmd, 0},
-    {"label", 2, 'l', 0, 0, 0, nullptr, 0},
+    {"label", 2, 'l', 0, 0, 0, labelcmd, 0},
     {"labeldefine_dlg", 15, 'l', 0, 0, 0, nullptr, 0},
     {"lookup", 2, 'l', 0, 0, 0, nullptr, 0},
     {"log", 3, 'l', 0, 0, 0, logcmd, 0},
@@ -210,6 +213,7 @@ static constexpr Builtin builtin_table[] = {
     {"news", 4, 'n', 0, 0, 0, nullptr, 0},
     {"nobreak", 7, 'n', 0, 0, 0, prefix_break, 0},
     {"numlist", 7, 'n', 600, 0, 0, nullptr, 0},
+    {"notes", 4, 'n', 0, 0, 0, notescmd, 0},
     {"notes_dlg", 9, 'n', 0, 0, 0, nullptr, 0},
     {"odbc", 4, 'o', 0, 0, 0, nullptr, 0},
     {"odbcload_dlg", 12, 'o', 0, 0, 0, nullptr, 0},
@@ -242,7 +246,7 @@ static constexpr Builtin builtin_table[] = {
     {"rm", 2, 'r', 0, 0, 0, erasecmd, 0},
     {"rmdir", 5, 'r', 0, 0, 0, rmdircmd, 0},
     {"run", 2, 'r', 0, 0, 0, docmd, 1},
-    {"save", 2, 's', 0, 0, 0, nullptr, 0},
+    {"save", 2, 's', 0, 0, 0, savecmd, 0},
     {"save_dlg", 8, 's', 0, 0, 0, nullptr, 0},
     {"scalar", 3, 's', 0, 0, 0, nullptr, 0},
     {"search", 6, 's', 0, 0, 0, nullptr, 0},
@@ -274,7 +278,7 @@ static constexpr Builtin builtin_table[] = {
     {"translator", 10, 't', 0, 0, 0, nullptr, 0},
     {"transmap", 8, 't', 0, 0, 0, nullptr, 0},
     {"update", 6, 'u', 0, 0, 0, nullptr, 0},
-    {"use", 1, 'u', 0, 0, 0, nullptr, 0},
+    {"use", 1, 'u', 0, 0, 0, usecmd, 0},
     {"use_dlg", 7, 'u', 0, 0, 0, nullptr, 0},
     {"unabcmd", 7, 'u', 0, 0, 0, nullptr, 0},
     {"version", 4, 'v', 0, 0, 0, nullptr, 0},

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "data/dataarea.h"
+#include "data/label.h"
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
@@ -403,6 +404,7 @@ int sinit0(int argc, char** argv) {
     }
     dminit();
     fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
+    labels_install();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
