@@ -18,6 +18,7 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
+#include "data/varcmds.h"
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
@@ -251,7 +252,7 @@ static constexpr SetRow set_table[] = {
     {"more", 4, set_more},         {"rmsg", 4, set_rmsg},       {"linesize", 8, set_linesize},
     {"pagesize", 8, set_pagesize}, {"output", 6, set_output},   {"memory", 3, set_memory},
     {"maxvar", 6, set_maxvar},     {"matsize", 3, set_matsize}, {"maxobs", 6, set_maxobs},
-    {"virtual", 4, set_virtual},
+    {"virtual", 4, set_virtual},   {"obs", 3, set_obs},         {"varabbrev", 9, set_varabbrev},
 };
 
 int setcmd(int) {
