@@ -76,6 +76,7 @@ void put(std::string& line, const char* s, int w, int justify) {
 }
 
 void emit(std::string& line) {
+    while (!line.empty() && line.back() == ' ') line.pop_back();
     line += '\n';
     spoutptl(line.c_str());
     line.clear();

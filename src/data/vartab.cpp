@@ -95,7 +95,7 @@ int findvarnoab(const char* name, int report) {
 }
 
 bool ispatexempt(int v) {
-    return esamplename[0] && strlen(esamplename) == 3 && !strcmp(varname(v), esamplename);
+    return esamplename[0] && !strcmp(varname(v), esamplename);
 }
 
 int wildmatch(const char* p, const char* n) {
