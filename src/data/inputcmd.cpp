@@ -93,7 +93,6 @@ int inputcmd(int) {
             fillblank(nvar, 1, nobs);
             updata = 1;
             vars.push_back(nvar);
-            i_nvar = nvar;
         }
     }
     i_nvar = nvar; // the new variables outlast the command

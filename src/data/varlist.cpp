@@ -334,7 +334,15 @@ static bool iswild(const char* t) {
 
 // One name or pattern, then an optional `-` and the end of a range.
 static int existingitem(const char* t, const char* delims, std::vector<int>* out) {
-    if (iswild(t)) return expandpattern(t, out);
+    if (iswild(t)) {
+        if (int rc = expandpattern(t, out)) return rc;
+        TokPos at;
+        stattok(&at);
+        gettok(delims);
+        bool range = !tokisstr(token) && tokis(token, "-");
+        resettok(&at);
+        return range ? invalidvarlist() : 0; // a pattern cannot start a range
+    }
     int a = genfindvar(t);
     if (a < 0) return -a;
     TokPos at;
