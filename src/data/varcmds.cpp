@@ -185,8 +185,8 @@ int formatcmd(int) {
         if (setvarfmt(slot, fmt.c_str(), typlist[v - 1])) {
             uint8_t old = c_outlev;
             c_outlev = 3;
-            if (isstrtype(typlist[v - 1]) != (fmt.find('s') != std::string::npos) &&
-                !chkfmt(fmt.c_str(), 0, &d))
+            bool isstr = isstrtype(typlist[v - 1]);
+            if (!chkfmt(fmt.c_str(), isstr ? 11 : 2, &d))
                 spoutf("%s:  format %s not allowed for %s variable\n", varname(v), fmt.c_str(),
                        isstrtype(typlist[v - 1]) ? "string" : "numeric");
             else

@@ -1,5 +1,6 @@
 #include "data/varlist.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -722,5 +723,44 @@ int revar(int) {
     if (post_rmacro) post_rmacro("varlist", out.c_str());
     return 0;
 }
+
+} // namespace korvu
+
+namespace korvu {
+
+// The varlist of an option, `findvlist`: read without disturbing the list,
+// recipes and tokenizer of the command being parsed.
+static int optvlist(const char* text, int* dst, int maxvars, int* count) {
+    const int32_t svn = lnvar, svnb = nblist, svnext = recipeheap_next;
+    int32_t svb[5];
+    memcpy(svb, blist, sizeof svb);
+    std::vector<int32_t> svvr(varlist_vr, varlist_vr + svn);
+    std::vector<VarRcp> svrcp;
+    if (varlist_rcp) svrcp.assign(varlist_rcp, varlist_rcp + svn);
+    std::vector<Recipe> svheap(recipeheap, recipeheap + RECIPEHEAP);
+    TokState st;
+    borrow_gettok(&st);
+    std::string buf = text;
+    settok(buf.data());
+    int rc = ssvlist(prsestd2, 0);
+    if (!rc) {
+        gettok(prsestd2);
+        if (token[0]) rc = invalidvarlist();
+    }
+    if (!rc && lnvar > maxvars) rc = error(103);
+    if (!rc) {
+        for (int k = 0; k < lnvar; k++) dst[k] = realvarlist(k + 1);
+        *count = lnvar;
+    }
+    return_gettok(&st);
+    lnvar = svn, nblist = svnb, recipeheap_next = svnext;
+    memcpy(blist, svb, sizeof svb);
+    std::copy(svvr.begin(), svvr.end(), varlist_vr);
+    if (varlist_rcp) std::copy(svrcp.begin(), svrcp.end(), varlist_rcp);
+    std::copy(svheap.begin(), svheap.end(), recipeheap);
+    return rc;
+}
+
+static const bool optvlist_linked = (findvlist_hook = optvlist, true);
 
 } // namespace korvu

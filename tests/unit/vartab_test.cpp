@@ -12,7 +12,9 @@
 #include "data/varlist.h"
 #include "data/vartab.h"
 #include "kernel/cmdparse.h"
+#include "kernel/dict.h"
 #include "kernel/gettok.h"
+#include "kernel/options.h"
 
 using namespace korvu;
 
@@ -377,6 +379,33 @@ TEST_F(Vars, RecipesEvaluate) {
     ASSERT_EQ(addvar("str1v", 3), 0);
     EXPECT_EQ(scan("L.str1v", &l), 109);
     EXPECT_EQ(out.take(), "str1v:  may not use time-series operators on string variables\n");
+}
+
+TEST_F(Vars, SavedListAndOptionLists) {
+    make({"a", "b", "c"});
+    dminit();
+    std::vector<int> l;
+    ASSERT_EQ(scan("c a", &l), 0);
+    ASSERT_EQ(savevlist(), 0);
+    ASSERT_EQ(scan("b", &l), 0);
+    ASSERT_EQ(loadvlist(), 0);
+    EXPECT_EQ(V(varlist_vr, varlist_vr + lnvar), (V{3, 1}));
+    rmvlist();
+    EXPECT_EQ(loadvlist(), 111);
+    // a varlist inside an option leaves the command's own list alone
+    line = "a b, keep(c-c b) other(q)";
+    settok(line.data());
+    ASSERT_EQ(ssvlist(prsestd2, 0), 0);
+    gettok(prsestd);
+    ASSERT_EQ(proption(), 0);
+    int dst[10];
+    EXPECT_EQ(findvlist("keep", 4, dst, 10), 2);
+    EXPECT_EQ(V(dst, dst + 2), (V{3, 2}));
+    EXPECT_EQ(V(varlist_vr, varlist_vr + lnvar), (V{1, 2}));
+    CapturedOutput out;
+    EXPECT_EQ(findvlist("other", 5, dst, 10), 0);
+    EXPECT_EQ(out.take(), "variable q not found\n");
+    EXPECT_EQ(lnvar, 2);
 }
 
 } // namespace
