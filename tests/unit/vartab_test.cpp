@@ -240,6 +240,11 @@ TEST_F(Vars, AbbreviationForDisplay) {
     EXPECT_STREQ(abvar("abcdefghijk", 8), "abcdefgh");            // a bare prefix
     EXPECT_STREQ(abvar("pqrstuvwxyz", 8), "~tuvwxyz");            // ~ and the tail
     EXPECT_STREQ(abvar("longvariablename1", 2), "lon~1");         // width at least 5
+    // with an operator: normalised text, a dot, the name in what is left
+    EXPECT_STREQ(tsabvar("L.longvariablename1", 12), "L1.longvar~1");
+    EXPECT_STREQ(tsabvar("mpg", 12), "mpg");
+    EXPECT_STREQ(tsabvar("l.mpg", 12), "L1.mpg");
+    EXPECT_STREQ(tsabvar("L2D.mpg", 5), "L2.mpg"); // width raised to 8, operator cut
     EXPECT_STREQ(abvar("mpg", 40), "mpg");
 }
 
