@@ -14,6 +14,7 @@
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
@@ -108,19 +109,11 @@ int inputcmd(int) {
     for (;;) {
         if (stopflag) return 1;
         const uint8_t lev = c_outlev;
-        if (runprog) {
-            if (pgmgetline()) break;
-        } else {
-            readcons(conslen, 1, 0);
-            if (doeof && !console[0]) break;
-        }
+        if (flow_getline()) break; // do-file, program, loop body or the user
         c_outlev = lev;
         const char* p = console;
         while (*p == ' ') p++;
-        if (!*p) {
-            if (doeof) break;
-            continue;
-        }
+        if (!*p) continue;
         settok(console);
         gettok(ws);
         if (!tokisstr(token) && !strcmp(token, "end") && !*peektok_chr()) break;
