@@ -17,6 +17,14 @@
 
 namespace korvu {
 
+// The variables read in stay after the command: the loop sets nvar back to
+// i_nvar when a command returns.
+static int use_into_memory(const char* file, const UseOpts& o) {
+    int rc = dta_use(file, o);
+    i_nvar = nvar;
+    return rc;
+}
+
 static int takeopts(UseOpts& o) {
     int clear = findopt("clear", 5, 0);
     int replace = findopt("replace", 7, 0);
@@ -95,7 +103,7 @@ static int use_sub(const TokPos& start) {
     o.obs2 = nobs2;
     o.useif = ifclause != 0;
     if (int rc = takeopts(o)) return rc;
-    return dta_use(file.c_str(), o);
+    return use_into_memory(file.c_str(), o);
 }
 
 int usecmd(int) {
@@ -124,7 +132,7 @@ int usecmd(int) {
     UseOpts o;
     if (int rc = takeopts(o)) return rc;
     std::string file = dflttype(fn);
-    return dta_use(file.c_str(), o);
+    return use_into_memory(file.c_str(), o);
 }
 
 } // namespace korvu

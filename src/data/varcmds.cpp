@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "data/char.h"
 #include "data/dataarea.h"
 #include "data/formats.h"
 #include "data/storage.h"
@@ -71,8 +72,12 @@ int drop(int keep) {
     if (nvar == 0) return 0;
     std::vector<int32_t> list(varlist_vr, varlist_vr + lnvar);
     if (int rc = markrow_open()) return dataarea_error(rc);
-    for (int v = 1; v <= nvar; v++) markrow_set(v, keep != 0);
-    for (int32_t v : list) markrow_set(v, keep == 0);
+    std::vector<char> gone(nvar + 1, keep != 0);
+    for (int32_t v : list) gone[v] = keep == 0;
+    // characteristics and variable labels go with their variables
+    for (int v = 1; v <= nvar; v++)
+        if (gone[v]) char_dropvar(varname(v));
+    for (int v = 1; v <= nvar; v++) markrow_set(v, gone[v]);
     remvar();
     i_nvar = nvar;
     updata = 1;
@@ -96,6 +101,7 @@ int renamecmd(int) {
     if (int rc = chkname(newn.c_str(), 1)) return rc;
     if (int rc = chkreserved(newn.c_str())) return rc;
     if (sysfindvar(newn.c_str())) return error2(3, newn.c_str());
+    char_rename(varname(v), newn.c_str());
     snprintf(varname(v), NAMELEN1, "%s", newn.c_str());
     updata = 1;
     return 0;
