@@ -25,7 +25,7 @@ fi
 # The scratch directory and time stamps differ from run to run.
 mask() {
   sed -E -e "s|$work|<dir>|g" \
-    -e 's/[0-9]{1,2} [A-Z][a-z]{2} [0-9]{4}, [0-9]{2}:[0-9]{2}:[0-9]{2}/<date>/g' "$1"
+    -e 's/[0-9]{1,2} [A-Z][a-z]{2} [0-9]{4},? [0-9]{2}:[0-9]{2}(:[0-9]{2})?/<date>/g' "$1"
 }
 if [ -n "${KORVU_WRITE_EXPECTED:-}" ]; then
   mask "$name.log" > "$src/$name.expected"
