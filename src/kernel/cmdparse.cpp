@@ -275,11 +275,15 @@ int parse1() {
 }
 
 int parse() {
+    // later by-groups reuse what the first group read: the list, the compiled
+    // expressions and the option table, whose entries are taken afresh
+    if (byvar == 2) {
+        resetopt();
+        return 0;
+    }
     zapexp(&wepgm);
     zapexp(&ifpgm);
     filesp[0] = 0;
-    // later by-groups reuse the list read for the first; the by driver keeps it
-    if (byvar == 2) return 0;
     return parse1();
 }
 

@@ -382,9 +382,4 @@ int prefix_break(int on) {
     return rc;
 }
 
-int byprefix(int sort) {
-    if (byvar) return error(7198);
-    return notyet(sort ? "bysort" : "by");
-}
-
 } // namespace korvu
