@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "data/dataarea.h"
+#include "data/expr.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/macro.h"
@@ -89,7 +90,7 @@ static constexpr Builtin builtin_table[] = {
     {"anova", 2, 'a', 0, 0, 1, nullptr, 0},
     {"anovadef", 8, 'a', 0, 0, 0, nullptr, 0},
     {"args", 4, 'a', 0, 0, 0, nullptr, 0},
-    {"assert", 2, 'a', 0, 0, 1, nullptr, 0},
+    {"assert", 2, 'a', 0, 0, 1, assertcmd, 0},
     {"by", 2, 'b', 0, 0, 0, byprefix, 0},
     {"bysort", 3, 'b', 0, 0, 0, byprefix, 1},
     {"break", 5, 'b', 0, 0, 0, prefix_break, 1},
@@ -110,7 +111,7 @@ static constexpr Builtin builtin_table[] = {
     {"continue", 8, 'c', 0, 0, 0, nullptr, 0},
     {"copy", 4, 'c', 0, 0, 0, copycmd, 0},
     {"cp", 2, 'c', 600, 0, 0, copycmd, 0},
-    {"count", 3, 'c', 0, 0, 1, nullptr, 0},
+    {"count", 3, 'c', 0, 0, 1, countcmd, 0},
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
     {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
     {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
