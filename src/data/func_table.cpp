@@ -193,7 +193,7 @@ double f_digamma(double x) {
     if (x < 0) { // reflection
         return f_digamma(1 - x) - M_PI / std::tan(M_PI * x);
     }
-    while (x < 6) r -= 1 / x, x += 1;
+    while (x < 12) r -= 1 / x, x += 1;
     double f = 1 / (x * x);
     return r + std::log(x) - 0.5 / x -
            f * (1.0 / 12 - f * (1.0 / 120 - f * (1.0 / 252 - f * (1.0 / 240 - f / 132))));
@@ -207,7 +207,7 @@ double f_trigamma(double x) {
         return M_PI * M_PI / (s * s) - f_trigamma(1 - x);
     }
     double r = 0;
-    while (x < 6) r += 1 / (x * x), x += 1;
+    while (x < 12) r += 1 / (x * x), x += 1;
     double f = 1 / (x * x);
     return r + 1 / x + f / 2 +
            f / x * (1.0 / 6 - f * (1.0 / 30 - f * (1.0 / 42 - f * (1.0 / 30 - f * 5.0 / 66))));
