@@ -259,6 +259,7 @@ int assertcmd(int) {
     pfixeq();
     vable = 3;
     wable = 1;
+    opable = 0;
     if (int rc = parse()) return rc;
     int rc0 = findopt("rc0", 3, 0);
     int null = findopt("null", 1, 0);

@@ -243,10 +243,21 @@ double f_autocode(double x, double n, double lo, double hi) {
 
 // ---- strings ------------------------------------------------------------------
 
-static void put(char* out, const std::string& s) {
-    size_t n = s.size() > EXP_STRMAX ? EXP_STRMAX : s.size();
-    std::memcpy(out, s.data(), n);
+// Copies n bytes of s (cut at EXP_STRMAX); s and out may overlap.
+static void putn(char* out, const char* s, size_t n) {
+    if (n > EXP_STRMAX) n = EXP_STRMAX;
+    std::memmove(out, s, n);
     out[n] = 0;
+}
+static void put(char* out, const char* s) {
+    putn(out, s, strnlen(s, EXP_STRMAX));
+}
+// Appends n bytes of s at *len, cut at EXP_STRMAX.
+static void append(char* out, size_t* len, const char* s, size_t n) {
+    if (*len + n > EXP_STRMAX) n = EXP_STRMAX - *len;
+    std::memcpy(out + *len, s, n);
+    *len += n;
+    out[*len] = 0;
 }
 
 void s_lower(const char* s, char* out) {
@@ -285,15 +296,16 @@ void s_ltrim(const char* s, char* out) {
 void s_rtrim(const char* s, char* out) {
     size_t n = std::strlen(s);
     while (n && s[n - 1] == ' ') n--;
-    put(out, std::string(s, n));
+    putn(out, s, n);
 }
 void s_trim(const char* s, char* out) {
     while (*s == ' ') s++;
     s_rtrim(s, out);
 }
 void s_reverse(const char* s, char* out) {
-    std::string t(s);
-    put(out, std::string(t.rbegin(), t.rend()));
+    size_t n = strnlen(s, EXP_STRMAX);
+    for (size_t k = 0; k < n; k++) out[k] = s[n - 1 - k];
+    out[n] = 0;
 }
 
 // substr(s, n1, n2): n2 characters from position n1 (negative: from the end);
@@ -311,7 +323,7 @@ void s_substr(const char* s, double n1, double n2, char* out) {
         double want = std::trunc(n2);
         if (want < n) n = static_cast<long>(want);
     }
-    put(out, std::string(s + b - 1, n));
+    putn(out, s + b - 1, static_cast<size_t>(n));
 }
 
 static bool wordedge(const char* s, const char* at, size_t n) {
@@ -320,42 +332,38 @@ static bool wordedge(const char* s, const char* at, size_t n) {
 
 void s_subinstr(const char* s, const char* from, const char* to, double count, int words,
                 char* out) {
-    size_t fn = std::strlen(from);
+    size_t fn = std::strlen(from), tn = std::strlen(to), len = 0;
+    out[0] = 0;
     if (!fn || (!xmis(count) && count <= 0)) return put(out, s);
     double left = xmis(count) ? 1e300 : std::trunc(count);
-    std::string r;
     const char* p = s;
-    while (*p) {
+    while (*p && left >= 1 && len < EXP_STRMAX) {
         const char* hit = std::strstr(p, from);
         while (hit && words && !wordedge(s, hit, fn)) hit = std::strstr(hit + 1, from);
-        if (!hit || left < 1) break;
-        r.append(p, hit);
-        r += to;
+        if (!hit) break;
+        append(out, &len, p, static_cast<size_t>(hit - p));
+        append(out, &len, to, tn);
         p = hit + fn;
         left -= 1;
-        if (r.size() > EXP_STRMAX) break;
     }
-    r += p;
-    put(out, r);
+    append(out, &len, p, std::strlen(p));
 }
 
 // word(s, n): the n-th blank-separated word, counting from the end when n < 0.
 void s_word(const char* s, double n, char* out) {
     out[0] = 0;
-    if (xmis(n)) return;
-    std::string words[EXP_STRMAX / 2 + 2];
-    int nw = 0;
+    if (xmis(n) || !(std::fabs(n) < 1e9)) return;
+    long k = static_cast<long>(std::trunc(n));
+    if (k < 0) k = static_cast<long>(s_wordcount(s)) + k + 1;
+    if (k < 1) return;
     for (const char* p = s; *p;) {
         while (*p == ' ') p++;
         if (!*p) break;
         const char* q = p;
         while (*q && *q != ' ') q++;
-        words[nw++].assign(p, q);
+        if (--k == 0) return putn(out, p, static_cast<size_t>(q - p));
         p = q;
     }
-    long k = static_cast<long>(std::trunc(n));
-    if (k < 0) k = nw + k + 1;
-    if (k >= 1 && k <= nw) put(out, words[k - 1]);
 }
 
 void s_abbrev(const char* s, double n, char* out) {
@@ -402,14 +410,21 @@ void s_string(double x, const char* fmt, char* out) {
 }
 
 void s_plural(double n, const char* s, const char* s2, char* out) {
+    size_t len = 0;
+    out[0] = 0;
     if (n == 1) return put(out, s);
-    if (!s2) return put(out, std::string(s) + "s");
-    if (s2[0] == '+') return put(out, std::string(s) + (s2 + 1));
+    if (!s2) {
+        append(out, &len, s, std::strlen(s));
+        return append(out, &len, "s", 1);
+    }
+    if (s2[0] == '+') {
+        append(out, &len, s, std::strlen(s));
+        return append(out, &len, s2 + 1, std::strlen(s2 + 1));
+    }
     if (s2[0] == '-') {
-        std::string t(s);
-        size_t k = std::strlen(s2 + 1);
-        if (t.size() >= k && !t.compare(t.size() - k, k, s2 + 1)) t.erase(t.size() - k);
-        return put(out, t);
+        size_t sn = std::strlen(s), k = std::strlen(s2 + 1);
+        if (sn >= k && !std::strcmp(s + sn - k, s2 + 1)) sn -= k;
+        return putn(out, s, sn);
     }
     put(out, s2);
 }
@@ -417,13 +432,13 @@ void s_plural(double n, const char* s, const char* s2, char* out) {
 void s_regexr(const char* s, const char* re, const char* repl, char* out) {
     std::string r;
     if (regexr(s, re, repl, r, 1)) r = s;
-    put(out, r);
+    putn(out, r.data(), r.size());
 }
 
 void s_regexs(double n, char* out) {
     std::string r;
     if (xmis(n) || n < 0 || regexs(static_cast<int>(n), r)) r.clear();
-    put(out, r);
+    putn(out, r.data(), r.size());
 }
 
 double s_real(const char* s) {

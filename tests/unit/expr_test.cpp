@@ -397,3 +397,47 @@ TEST_F(Expr, ReadsOtherObservations) {
 }
 
 } // namespace
+
+namespace {
+
+// ---- the commands ---------------------------------------------------------------------
+
+int run_cmd(int (*handler)(int), const std::string& rest, std::string* out) {
+    snprintf(line, sizeof line, "%s", rest.c_str());
+    settok(line);
+    cmdinit();
+    CapturedOutput cap;
+    int rc = handler(0);
+    *out = cap.take();
+    return rc;
+}
+
+TEST_F(Expr, CountAndAssertOverData) {
+    data(10);
+    std::string out;
+    ASSERT_EQ(run_cmd(countcmd, "if x > 7", &out), 0);
+    EXPECT_EQ(out, "  3\n");
+    ASSERT_EQ(run_cmd(countcmd, "if x > 2 in 1/5", &out), 0);
+    EXPECT_EQ(out, "  3\n");
+    store(1, 4, dota);
+    ASSERT_EQ(run_cmd(countcmd, "if x > 7", &out), 0); // missing is above every number
+    EXPECT_EQ(out, "  4\n");
+    ASSERT_EQ(run_cmd(countcmd, "if .", &out), 0); // a missing condition is true
+    EXPECT_EQ(out, "  10\n");
+    ASSERT_EQ(run_cmd(countcmd, "if x y", &out), 198);
+
+    ASSERT_EQ(run_cmd(assertcmd, "f < 100", &out), 0);
+    EXPECT_EQ(out, "");
+    ASSERT_EQ(run_cmd(assertcmd, "k != 3 & k != 5", &out), 9);
+    EXPECT_EQ(out, "2 contradictions in 10 observations\nassertion is false\n");
+    ASSERT_EQ(run_cmd(assertcmd, "k != 3 in 3/3", &out), 9);
+    EXPECT_EQ(out, "1 contradiction in 1 observation\nassertion is false\n");
+    ASSERT_EQ(run_cmd(assertcmd, "k != 3, rc0", &out), 0);
+    ASSERT_EQ(run_cmd(assertcmd, "0 if k > 100", &out), 0);
+    EXPECT_EQ(out, "(null assertion)\n");
+    ASSERT_EQ(run_cmd(assertcmd, "0 if k > 100, null", &out), 8);
+    // running sums see only the observations tested: 2, 2+4, 2+4+6 ...
+    ASSERT_EQ(run_cmd(assertcmd, "sum(b) == b*(b+2)/4 if mod(b,2) == 0", &out), 0);
+}
+
+} // namespace
