@@ -11,6 +11,8 @@
 #include "data/storage.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
+#include "kernel/limits.h"
+#include "output/spout.h"
 
 namespace korvu {
 
@@ -376,6 +378,33 @@ char* sxeq(ExpObj* obj, int i, char* buf) {
     run(obj, i, &r, buf);
     kv_fpeerror = 0;
     return buf;
+}
+
+static int matrix_store_missing() {
+    uint8_t old = c_outlev;
+    c_outlev = 3;
+    spout21("matrix expressions are not available yet\n");
+    c_outlev = old;
+    return 199;
+}
+
+int xeqmat_g(ExpObj* obj, const char* name, int namelen, double* out) {
+    if (obj->result_kind == 0) {
+        *out = xeq(obj, korvu::nobs1);
+        return 0;
+    }
+    if (!exphooks.matrix_xeq) return matrix_store_missing();
+    return exphooks.matrix_xeq(obj, name, namelen, out);
+}
+
+int xeqmat_mat(ExpObj* obj, const char* name, int namelen) {
+    double v = misval;
+    if (obj->result_kind == 0) {
+        v = xeq(obj, korvu::nobs1);
+        if (vernum < 800 && xmis(v)) return error(504);
+    }
+    if (!exphooks.matrix_xeq) return matrix_store_missing();
+    return exphooks.matrix_xeq(obj, name, namelen, &v);
 }
 
 bool exp_reads_other_obs(const ExpObj* o, int v) {

@@ -71,6 +71,12 @@ double xeqforby(ExpObj* obj, int i);
 // caller that writes a variable the program reads at other observations
 // (exp_reads_other_obs) must go one observation at a time.
 void xeqblock(ExpObj* obj, int from, int to, double* out);
+// A matrix-kind or numeric program: a number goes to *out; a matrix result
+// is installed under name by the matrix store. 0 or a code.
+int xeqmat_g(ExpObj* obj, const char* name, int namelen, double* out);
+// The same, a number becoming a 1x1 matrix; before version 8 a missing
+// number is 504.
+int xeqmat_mat(ExpObj* obj, const char* name, int namelen);
 // True when the program reads variable v (or any variable when v is 0) at
 // observations other than the current one: subscripts and time-series
 // operators.

@@ -177,6 +177,19 @@ TEST_F(Expr, TypesAndNames) {
     EXPECT_EQ(val("1 + (x - 1)", 2), 2);
 }
 
+TEST_F(Expr, ExponentSignsAndSubtraction) {
+    ASSERT_EQ(addvar("x1e", KV_DOUBLE), 0);
+    ASSERT_EQ(repartobs(1), 0);
+    nobs = 1;
+    store(1, 1, 10);
+    ranges(1, 1, 1, 1);
+    EXPECT_EQ(val("x1e-5"), 5); // a name: the minus is an operator
+    EXPECT_EQ(val("1e-5*1e5"), 1);
+    EXPECT_EQ(val("2E+1-1"), 19);
+    EXPECT_EQ(val("1.8x+1-1"), 2); // hexadecimal float 3, less 1
+    EXPECT_TRUE(same(val("1.0x+3ff"), dot));
+}
+
 TEST_F(Expr, VariablesByAbbreviation) {
     ASSERT_EQ(addvar("income", KV_DOUBLE), 0);
     ASSERT_EQ(addvar("inc2", KV_DOUBLE), 0);
