@@ -225,40 +225,6 @@ bool exponent_sign(const char* b, const char* p, const char* e) {
     return false;
 }
 
-// Rightmost place of op (1 or 2 characters) in [b, e) at depth zero outside
-// quotes, never the first or the last character; null when none.
-const char* rightmost(const char* b, const char* e, const char* op, bool sign_rule) {
-    size_t n = std::strlen(op);
-    const char* found = nullptr;
-    int depth = 0;
-    for (const char* p = b; p < e;) {
-        const char* q = skip_quote(p, e);
-        if (!q) return found;
-        if (q != p) {
-            p = q;
-            continue;
-        }
-        char c = *p;
-        if (c == '(' || c == '[')
-            depth++;
-        else if (c == ')' || c == ']')
-            depth--;
-        else if (depth == 0 && p > b && p <= e - 2 && c == op[0] &&
-                 (n == 1 || (p + 1 < e && p[1] == op[1]))) {
-            bool ok = true;
-            if (sign_rule) {
-                const char* k = p - 1;
-                while (k > b && *k == ' ') k--;
-                if (std::strchr("-*/^#", *k)) ok = false;
-                if (ok && exponent_sign(b, p, e)) ok = false;
-            }
-            if (ok) found = p;
-        }
-        p++;
-    }
-    return found;
-}
-
 // ---- the span compiler --------------------------------------------------------
 
 void span(const char* b, const char* e);
@@ -274,6 +240,52 @@ constexpr OpRow optable[] = {
     {"~=", OP_NE, OP_SNE}, {"+", OP_ADD, OP_SCAT}, {"-", OP_SUB, 0},      {"*", OP_MUL, 0},
     {"/", OP_DIV, 0},
 };
+constexpr int NROWS = sizeof optable / sizeof optable[0];
+static_assert(optable[9].text[0] == '+' && optable[10].text[0] == '-');
+enum { AT_POW = NROWS, AT_KRON, AT_COLJOIN, AT_ROWJOIN, AT_N };
+
+// The rightmost place of every operator in [b, e) at depth zero outside
+// quotes, in one pass; never the first or the last character. A + or - is
+// taken only when it follows no other operator and is no exponent's sign.
+void scan_all(const char* b, const char* e, const char* at[AT_N]) {
+    for (int k = 0; k < AT_N; k++) at[k] = nullptr;
+    int depth = 0;
+    for (const char* p = b; p < e;) {
+        const char* q = skip_quote(p, e);
+        if (!q) return;
+        if (q != p) {
+            p = q;
+            continue;
+        }
+        char c = *p;
+        if (c == '(' || c == '[') {
+            depth++;
+        } else if (c == ')' || c == ']') {
+            depth--;
+        } else if (depth == 0 && p > b && p <= e - 2) {
+            switch (c) {
+            case '^': at[AT_POW] = p; break;
+            case '#': at[AT_KRON] = p; break;
+            case '\\': at[AT_COLJOIN] = p; break;
+            case ',': at[AT_ROWJOIN] = p; break;
+            case '+':
+            case '-': {
+                const char* k = p - 1;
+                while (k > b && *k == ' ') k--;
+                if (std::strchr("-*/^#", *k) || exponent_sign(b, p, e)) break;
+                at[c == '+' ? 9 : 10] = p;
+                break;
+            }
+            default:
+                for (int r = 0; r < NROWS; r++) {
+                    const char* t = optable[r].text;
+                    if (c == t[0] && (!t[1] || p[1] == t[1])) at[r] = p;
+                }
+            }
+        }
+        p++;
+    }
+}
 
 void matrix_binary(int op) {
     // both sides as matrices
@@ -306,7 +318,19 @@ void unary(const char* b, const char* e) {
     }
 }
 
+// Each level of splitting emits at least one word, so a nesting deeper than
+// the program can hold is too long; the cap keeps the native stack safe.
+int span_depth = 0;
+
+void span_inner(const char* b, const char* e);
 void span(const char* b, const char* e) {
+    if (span_depth > EXP_CODELEN) failerr(130);
+    span_depth++;
+    span_inner(b, e);
+    span_depth--;
+}
+
+void span_inner(const char* b, const char* e) {
     trim(b, e);
     if (b >= e) failerr(198);
     // 1. enclosing parentheses or brackets
@@ -325,10 +349,12 @@ void span(const char* b, const char* e) {
         cs.row_flag = false;
         return;
     }
+    const char* at[AT_N];
+    scan_all(b, e, at);
     // 2. row and column joins
     if (cs.row_flag) {
         for (const char* op : {"\\", ","}) {
-            if (const char* p = rightmost(b, e, op, false)) {
+            if (const char* p = at[*op == ',' ? AT_ROWJOIN : AT_COLJOIN]) {
                 bool save = cs.row_flag;
                 cs.row_flag = false;
                 span(b, p);
@@ -344,9 +370,9 @@ void span(const char* b, const char* e) {
         }
     }
     // 3. the operator table
-    for (const OpRow& row : optable) {
-        bool sign = row.text[0] == '+' || row.text[0] == '-';
-        const char* p = rightmost(b, e, row.text, sign);
+    for (int ri = 0; ri < NROWS; ri++) {
+        const OpRow& row = optable[ri];
+        const char* p = at[ri];
         if (!p) continue;
         span(b, p);
         span(p + std::strlen(row.text), e);
@@ -370,7 +396,7 @@ void span(const char* b, const char* e) {
     }
     // 4. Kronecker product
     if (cs.matrix_mode) {
-        if (const char* p = rightmost(b, e, "#", false)) {
+        if (const char* p = at[AT_KRON]) {
             span(b, p);
             span(p + 1, e);
             popcheck(T_MAT);
@@ -383,7 +409,7 @@ void span(const char* b, const char* e) {
     // 5. leading not and minus, from version 5 on
     if (vernum > 499 && (*b == '!' || *b == '~' || *b == '-')) return unary(b, e);
     // 6. power, chaining to the left
-    if (const char* p = rightmost(b, e, "^", false)) {
+    if (const char* p = at[AT_POW]) {
         span(b, p);
         span(p + 1, e);
         int r = poptype(), l = poptype();
@@ -982,6 +1008,7 @@ int compile_range(ExpObj* obj, const char* b, const char* e, int wanted, int syn
     cs.row_flag = false;
     cs.syntax_only = syntax_only != 0;
     cs.in_missing = 0;
+    span_depth = 0;
     int32_t save_nsystak = nsystak, save_nssystak = nssystak;
     try {
         span(b, e);

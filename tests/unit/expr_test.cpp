@@ -220,6 +220,11 @@ TEST_F(Expr, CodeWordsLimit) {
     EXPECT_EQ(comp("-" + ok, 0), 130); // one more word: the negation
 }
 
+TEST_F(Expr, DeepTextIsTooLongNotACrash) {
+    EXPECT_EQ(comp(repeat("1+", 5000) + "1", 0), 130);
+    EXPECT_EQ(comp(repeat("-", 5000) + "1", 0), 130);
+}
+
 TEST_F(Expr, ConstantPoolLimit) {
     std::string e = "0";
     for (int k = 1; k < 300; k++) e += "+" + std::to_string(k);
