@@ -5,6 +5,7 @@
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/dta.h"
+#include "data/expr.h"
 #include "data/label.h"
 #include "data/varcmds.h"
 #include "kernel/flow.h"
@@ -94,7 +95,7 @@ static constexpr Builtin builtin_table[] = {
     {"anova", 2, 'a', 0, 0, 1, nullptr, 0},
     {"anovadef", 8, 'a', 0, 0, 0, nullptr, 0},
     {"args", 4, 'a', 0, 0, 0, nullptr, 0},
-    {"assert", 2, 'a', 0, 0, 1, nullptr, 0},
+    {"assert", 2, 'a', 0, 0, 1, assertcmd, 0},
     {"by", 2, 'b', 0, 0, 0, byprefix, 0},
     {"bysort", 3, 'b', 0, 0, 0, byprefix, 1},
     {"break", 5, 'b', 0, 0, 0, prefix_break, 1},
@@ -115,7 +116,7 @@ static constexpr Builtin builtin_table[] = {
     {"continue", 8, 'c', 0, 0, 0, continuecmd, 0},
     {"copy", 4, 'c', 0, 0, 0, copycmd, 0},
     {"cp", 2, 'c', 600, 0, 0, copycmd, 0},
-    {"count", 3, 'c', 0, 0, 1, nullptr, 0},
+    {"count", 3, 'c', 0, 0, 1, countcmd, 0},
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
     {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
     {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
