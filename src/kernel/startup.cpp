@@ -64,6 +64,7 @@ static std::string initerr_lines[4];
 static int ninitlines = 0;
 
 void console_close();
+void link_expressions();
 extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
@@ -410,6 +411,7 @@ int sinit0(int argc, char** argv) {
     fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
     labels_install();
     link_labels_to_variables();
+    link_expressions();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;

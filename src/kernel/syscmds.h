@@ -5,7 +5,6 @@
 
 namespace korvu {
 
-int display(int);
 int query(int);
 int setcmd(int);
 int cdcmd(int);

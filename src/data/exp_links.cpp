@@ -1,0 +1,65 @@
+// What expressions read from the other parts of the dataset: time-series
+// operated variables, value labels and the state of the by prefix.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "data/expr.h"
+#include "data/label.h"
+#include "data/vartab.h"
+#include "data/varlist.h"
+#include "kernel/cmdparse.h"
+#include "kernel/errors.h"
+#include "kernel/loop.h"
+
+namespace korvu {
+
+struct OperatedVar {
+    const Recipe* recipe;
+    int var;
+};
+// Recipes live for one command; so do these entries, which point at them.
+static std::vector<OperatedVar> operated;
+static int32_t operated_clock = -1;
+
+static int rcp_compile(const char* name) {
+    if (operated_clock != sysclock) operated.clear(), operated_clock = sysclock;
+    const char* dot = strrchr(name, '.');
+    if (!dot) return -198;
+    std::string op(name, dot), vname(dot + 1);
+    if (op.size() >= 240) return -rcptoolong(op.c_str());
+    Recipe r{};
+    if (int rc = rcpnormalize(&r, op.c_str())) return -rc;
+    int v = korvu_findvar(vname.c_str(), 1, 0);
+    if (v < 0) return v;
+    int rc = 0;
+    const Recipe* stored = rcpinsert(&r, &rc);
+    if (rc) return -rc;
+    if (int irc = rcpxeqinit()) return -irc;
+    operated.push_back({stored, v});
+    return static_cast<int>(operated.size()) - 1;
+}
+
+static double rcp_value(int id, int obs) {
+    const OperatedVar& o = operated[static_cast<size_t>(id)];
+    return rcpxeq(o.recipe, o.var, obs);
+}
+
+static double by_value(int which, int obs) {
+    switch (which) {
+    case 0: return byvar ? 1 : 0;
+    case 1: return lastby ? 1 : 0;
+    case 3: return nobs1;
+    case 4: return nobs2;
+    }
+    return byvar;
+}
+
+void link_expressions() {
+    exphooks.rcp_compile = rcp_compile;
+    exphooks.rcpxeq = rcp_value;
+    exphooks.vlsearch = vlsearch;
+    exphooks.byfcn = by_value;
+}
+
+}  // namespace korvu
