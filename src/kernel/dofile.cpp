@@ -13,6 +13,7 @@
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/program.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -214,6 +215,7 @@ struct Frame {
     uint8_t delimit, s_outlev, ls_outlev, runprog, syselseflg, procflg, breakallowed, breakdetail;
     int32_t vernum, sys_upline, moretime;
     char pgmname[33];
+    PgmFrame pgm;
 };
 
 // The arguments of a do-file: `0' the whole text, then `1', `2', ... a word
@@ -281,9 +283,9 @@ static int doprolog(Frame* f, int mode, bool* stop) {
             if (token[0]) return error(198);
         }
     }
-    int rc;
-    DoFile* r = dofopen(path, &rc);
-    if (!r) return rc;
+    int rc = 0;
+    DoFile* r = mode == 3 ? nullptr : dofopen(path, &rc);
+    if (mode != 3 && !r) return rc;
     if (mode != 4) {
         typelmac++;
         if (int arc = storeargs(wheretok())) {
@@ -310,9 +312,18 @@ static int doprolog(Frame* f, int mode, bool* stop) {
     strcpy(f->pgmname, sys_pgmname);
     sys_pgmloc = nullptr;
     sys_upline = 0;
-    dofilep = r;
-    delimit = 0;
-    runprog = 0;
+    if (mode == 3) {
+        if (int prc = pgm_prolog(&f->pgm)) {
+            mac_frame_end(f->tmpv_since, f->tmpf_since, 0);
+            typelmac--;
+            sys_upline = f->sys_upline;
+            return prc;
+        }
+    } else {
+        dofilep = r;
+        delimit = 0;
+        runprog = 0;
+    }
     if (mode != 4) {
         ls_outlev = s_outlev;
         if (mode == 1) s_outlev = 3;
@@ -325,14 +336,18 @@ static int doprolog(Frame* f, int mode, bool* stop) {
 static void doepilog(Frame* f, int mode) {
     if (mode != 4) {
         int32_t rc = globalrc;
-        mac_frame_end(f->tmpv_since, f->tmpf_since, 0);
+        mac_frame_end(f->tmpv_since, f->tmpf_since, mode == 3 ? pgm_retcls(&f->pgm) : 0);
         typelmac--;
         if (rc) globalrc = rc;
     }
-    dofclos(dofilep);
-    dofilep = f->dofile;
-    doeof = 0;
-    delimit = f->delimit;
+    if (mode == 3) {
+        pgm_epilog(&f->pgm);
+    } else {
+        dofclos(dofilep);
+        dofilep = f->dofile;
+        doeof = 0;
+        delimit = f->delimit;
+    }
     if (mode != 4) {
         s_outlev = f->s_outlev;
         ls_outlev = f->ls_outlev;

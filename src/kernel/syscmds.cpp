@@ -1,4 +1,5 @@
 #include "kernel/syscmds.h"
+#include "kernel/program.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -251,7 +252,7 @@ static constexpr SetRow set_table[] = {
     {"more", 4, set_more},         {"rmsg", 4, set_rmsg},       {"linesize", 8, set_linesize},
     {"pagesize", 8, set_pagesize}, {"output", 6, set_output},   {"memory", 3, set_memory},
     {"maxvar", 6, set_maxvar},     {"matsize", 3, set_matsize}, {"maxobs", 6, set_maxobs},
-    {"virtual", 4, set_virtual},
+    {"virtual", 4, set_virtual},   {"adosize", 6, set_adosize},
 };
 
 int setcmd(int) {
