@@ -163,8 +163,12 @@ int makemacnumlist(const char* text, const char* macro, int minc, int maxc, int 
 }
 
 int numlist_hook(const char* text, double* values, int n, int flags, int* count) {
+    // numbers of an option may also be separated by commas
+    std::string t = text;
+    for (char& c : t)
+        if (c == ',') c = ' ';
     std::vector<double> v;
-    if (znumlist_text(text, v, 0, n, flags, nullptr, n)) return 1;
+    if (znumlist_text(t.c_str(), v, 0, n, flags, nullptr, n)) return 1;
     for (size_t i = 0; i < v.size(); i++) values[i] = v[i];
     *count = static_cast<int>(v.size());
     return 0;

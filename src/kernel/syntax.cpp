@@ -136,7 +136,10 @@ std::vector<std::string> words(const std::string& s) {
             i = e == std::string::npos ? s.size() : e + 1;
         } else {
             while (i < s.size() && s[i] != ' ') {
-                if (s[i] == '"') {
+                if (s[i] == '(') {
+                    size_t e = closing(s, i, '(', ')');
+                    i = e == std::string::npos ? s.size() : e + 1;
+                } else if (s[i] == '"') {
                     size_t e = s.find('"', i + 1);
                     i = e == std::string::npos ? s.size() : e + 1;
                 } else {
@@ -411,7 +414,8 @@ int readoption(Desc& d, const std::string& text, bool required) {
 
 // Options from s[i] on; depth counts brackets, outside of which an option is
 // required.
-int readoptions(Desc& d, const std::string& s, size_t i, int depth) {
+int readoptions(Desc& d, const std::string& s, size_t i, int base) {
+    int depth = base;
     for (;;) {
         skipblanks(s, i);
         if (i >= s.size()) break;
@@ -421,7 +425,7 @@ int readoptions(Desc& d, const std::string& s, size_t i, int depth) {
             continue;
         }
         if (c == ']') {
-            if (--depth < 0) return bad();
+            if (--depth < base) return bad();
             i++;
             continue;
         }
@@ -433,7 +437,7 @@ int readoptions(Desc& d, const std::string& s, size_t i, int depth) {
         if (w.empty()) return bad();
         if (int rc = readoption(d, w, depth == 0)) return rc;
     }
-    return depth ? bad() : 0;
+    return depth != base ? bad() : 0;
 }
 
 int readtemplate(Desc& d, const std::string& s) {
@@ -510,8 +514,8 @@ void findspans(const std::string& text, Spans& sp) {
             if ((tokis(token, "]") || tokis(token, ")")) && --depth == 0) close(at);
             continue;
         }
-        if (tokis(token, "(") ||
-            (tokis(token, "[") && !(depth == 0 && at > copy.data() && at[-1] == ' ')))
+        bool wbracket = depth == 0 && (at == copy.data() || at[-1] == ' ');
+        if (tokis(token, "(") || (tokis(token, "[") && !wbracket))
             depth++;
         else if (tokis(token, ")") || tokis(token, "]"))
             depth--;
@@ -598,12 +602,12 @@ size_t headend(const Desc& d, const std::string& text) {
     return end;
 }
 
-int checknames(const std::vector<std::string>& names, bool local) {
+int checknames(const std::vector<std::string>& names, bool local, int report = 1) {
     for (const std::string& n : names) {
         if (local) {
             if (int rc = chklmname(n.c_str())) return rc;
-            if (chkmacname(("_" + n).c_str())) return error2(1, n.c_str());
-        } else if (chkname(n.c_str(), 1)) {
+            if (chkmacname(("_" + n).c_str())) return report ? error2(1, n.c_str()) : 198;
+        } else if (chkname(n.c_str(), report)) {
             return 198;
         }
     }
@@ -714,13 +718,16 @@ int takeoption(OptSpec& o) {
             for (char& c : value)
                 if (c == ',') c = '.';
         } else {
-            value = o.dflt;
+            double dv = 0;
+            cnvstoz(o.dflt.c_str(), &dv);
+            value = trimmed(safereforms("%9.0g", dv));
         }
         break;
     }
     case OK_NUMLIST: {
         std::vector<char> buf(macrolen);
-        findargn(o.name.c_str(), o.minlen, buf.data(), macrolen, macrolen);
+        // the raw text: a split at each sign would part "-1" into two words
+        findargasis(o.name.c_str(), o.minlen, buf.data(), macrolen);
         if (doubt()) return optmsg(o, " invalid\n");
         present = lastopt != 0;
         if (present) {
@@ -754,7 +761,7 @@ int takeoption(OptSpec& o) {
         std::vector<std::string> n = words(buf.data());
         int cnt = static_cast<int>(n.size());
         if ((o.single && cnt != 1) || (o.nmin && cnt < o.nmin) || (o.nmax && cnt > o.nmax) ||
-            checknames(n, o.local))
+            checknames(n, o.local, 0))
             return optmsg(o, " invalid\n");
         value = buf.data();
         break;
@@ -978,13 +985,17 @@ int splitinto(const std::string& text, const std::string& delims) {
             w = text.substr(i, 1);
             i++;
         } else {
+            // a blank ends a word only when it is one of the delimiters
+            bool blank = delims.find(' ') != std::string::npos;
             size_t b = i;
-            while (i < text.size() && text[i] != ' ' && delims.find(text[i]) == std::string::npos) {
+            while (i < text.size() && (!blank || text[i] != ' ') &&
+                   delims.find(text[i]) == std::string::npos) {
                 if (text[i] == '"' || (text[i] == '`' && i + 1 < text.size() && text[i + 1] == '"'))
                     break;
                 i++;
             }
             w = text.substr(b, i - b);
+            while (!w.empty() && w.back() == ' ') w.pop_back();
         }
         std::string n = "_" + std::to_string(++k);
         int rc = w.empty() ? macsave0(n.c_str()) : macresave(n.c_str(), w.c_str());
