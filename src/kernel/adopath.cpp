@@ -445,6 +445,10 @@ static int sysdir_fcn(const char*, char* dst) {
     return 0;
 }
 
+static int loading() {
+    return autoload_level > 0;
+}
+
 static int32_t adosize_value() {
     return adosize;
 }
@@ -457,6 +461,7 @@ static struct ProgramLink {
         mac_fcn_hooks[MXF_SYSDIR] = sysdir_fcn;
         dahooks.adosize = adosize_value;
         znumlist_hook = numlist_hook;
+        frame_hooks.autoloading = loading;
     }
 } program_link;
 

@@ -26,7 +26,8 @@ std::string numtext(double x);
 // store); prints the message and returns the code on failure.
 int makemacnumlist(const char* text, const char* macro, int minc, int maxc, int flags,
                    const NumRange* range, int limit, std::string* out);
-// The hook behind findoptv for lists of numbers.
+// The hook behind findoptv and `foreach ... of numlist`: prints the message of
+// a bad list and returns its code, 121 to 127.
 int numlist_hook(const char* text, double* values, int n, int flags, int* count);
 
 // Hooks to stores and data that live elsewhere. Each may be null.

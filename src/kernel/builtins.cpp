@@ -4,6 +4,7 @@
 
 #include "data/dataarea.h"
 #include "kernel/argparse.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/macro.h"
@@ -109,7 +110,7 @@ static constexpr Builtin builtin_table[] = {
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
     {"constraint", 4, 'c', 0, 0, 0, nullptr, 0},
-    {"continue", 8, 'c', 0, 0, 0, nullptr, 0},
+    {"continue", 8, 'c', 0, 0, 0, continuecmd, 0},
     {"copy", 4, 'c', 0, 0, 0, copycmd, 0},
     {"cp", 2, 'c', 600, 0, 0, copycmd, 0},
     {"count", 3, 'c', 0, 0, 1, nullptr, 0},
@@ -131,7 +132,7 @@ static constexpr Builtin builtin_table[] = {
     {"di_g", 4, 'd', 0, 0, 0, nullptr, 0},
     {"datasignature", 7, 'd', 0, 0, 0, nullptr, 0},
     {"edit", 2, 'e', 0, 0, 0, nullptr, 0},
-    {"else", 4, 'e', 0, 0, 0, nullptr, 0},
+    {"else", 4, 'e', 0, 0, 0, elsecmd, 0},
     {"encode", 2, 'e', 0, 0, 0, nullptr, 0},
     {"erase", 5, 'e', 0, 0, 0, erasecmd, 0},
     {"error", 3, 'e', 0, 0, 0, errcmd_handler, 0},
@@ -139,8 +140,8 @@ static constexpr Builtin builtin_table[] = {
     {"ereturn", 4, 'e', 800, 0, 0, nullptr, 0},
     {"exit", 1, 'e', 0, 0, 0, goexit, 0},
     {"expand", 6, 'e', 0, 0, 0, nullptr, 0},
-    {"forvalues", 4, 'f', 0, 0, 0, nullptr, 0},
-    {"foreach", 7, 'f', 0, 0, 0, nullptr, 0},
+    {"forvalues", 4, 'f', 0, 0, 0, forvals, 0},
+    {"foreach", 7, 'f', 0, 0, 0, foreach, 0},
     {"factor_cmd8", 11, 'f', 0, 0, 1, nullptr, 0},
     {"fdadescribe", 6, 'f', 0, 0, 0, nullptr, 0},
     {"fdasave", 6, 'f', 0, 0, 0, nullptr, 0},
@@ -162,7 +163,7 @@ static constexpr Builtin builtin_table[] = {
     {"haver", 5, 'h', 0, 0, 0, nullptr, 0},
     {"hexdump", 7, 'h', 0, 0, 0, nullptr, 0},
     {"include", 7, 'i', 0, 0, 0, docmd, 4},
-    {"if", 2, 'i', 0, 0, 0, nullptr, 0},
+    {"if", 2, 'i', 0, 0, 0, ifcmd, 0},
     {"infile", 3, 'i', 0, 0, 0, nullptr, 0},
     {"infix", 5, 'i', 0, 0, 0, nullptr, 0},
     {"input", 3, 'i', 0, 0, 0, nullptr, 0},
@@ -280,7 +281,7 @@ static constexpr Builtin builtin_table[] = {
     {"unabcmd", 7, 'u', 0, 0, 0, unabcmd, 0},
     {"version", 4, 'v', 0, 0, 0, vercmd, 0},
     {"view", 4, 'v', 0, 0, 0, nullptr, 0},
-    {"while", 2, 'w', 0, 0, 0, nullptr, 0},
+    {"while", 2, 'w', 0, 0, 0, ifcmd, 1},
     {"which", 4, 'w', 0, 0, 0, verscmd, 0},
     {"winexec", 7, 'w', 0, 0, 0, nullptr, 0},
     {"window", 3, 'w', 0, 0, 0, nullptr, 0},

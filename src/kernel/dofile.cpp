@@ -2,23 +2,24 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
+#include "data/dataarea.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
-#include "kernel/program.h"
+#include "kernel/pgmframe.h"
 #include "output/spout.h"
 
 namespace korvu {
-
-uint8_t breakallowed = 0, breakdetail = 0;
 
 DoFile* dofopen(const char* path, int* rcout) {
     std::string name = path;
@@ -209,183 +210,311 @@ toolong:
     return 0;
 }
 
-struct Frame {
-    DoFile* dofile;
-    int32_t tmpv_since, tmpf_since;
-    uint8_t delimit, s_outlev, ls_outlev, runprog, syselseflg, procflg, breakallowed, breakdetail;
-    int32_t vernum, sys_upline, moretime;
-    char pgmname[33];
-    PgmFrame pgm;
-};
+// ---- frames -----------------------------------------------------------------
 
-// The arguments of a do-file: `0' the whole text, then `1', `2', ... a word
-// each; a string's quotes are dropped and an empty word keeps its number.
+uint8_t breakallowed = 0, breakdetail = 0;
+__attribute__((weak)) int32_t caller_vernum = KORVU_VERSION;
+__attribute__((weak)) uint8_t program_class = 0;
+__attribute__((weak)) uint8_t resort_on_exit = 0;
+int32_t gstate = 0;
+uint8_t estrestore = 0;
+int32_t psvfctr = -1;
+char pbs_sys[16];
+uint8_t hastmp_fhopened = 0, hastmp_hreturn = 0, hastmp_class = 0, hastmp_vars = 0;
+const LoopBody* loopsrc = nullptr;
+uint8_t status_hold = 0;
+FrameHooks frame_hooks{};
+
+__attribute__((weak)) int pgm_prolog(PgmFrame* f) {
+    f->rec = nullptr;
+    return notyet("programs");
+}
+__attribute__((weak)) int pgm_retcls(const PgmFrame*) {
+    return 0;
+}
+__attribute__((weak)) void pgm_epilog(const PgmFrame*) {}
+
+// The arguments of a do-file or program: `0' the whole text, then `1', `2',
+// ... a word each; a string's quotes are dropped and an empty word keeps its
+// number.
 static int storeargs(const char* text) {
     while (*text == ' ') text++;
     if (static_cast<int>(strlen(text)) >= macrolen) return error(1004);
     if (int rc = macresave("_0", text)) return rc;
+    static std::vector<char> word;
+    if (word.size() < static_cast<size_t>(macrolen)) word.resize(macrolen);
     const char* p = text;
     char name[16];
-    std::string word;
     for (int n = 1;; n++) {
         while (*p == ' ') p++;
         if (!*p) break;
-        word.clear();
+        const char *b, *e;
         if (p[0] == '`' && p[1] == '"') {
             int depth;
-            char* e = pcompoundquotes(const_cast<char*>(p), &depth);
-            const char* end = depth ? e : e - 2;
-            word.assign(p + 2, end > p + 2 ? end : p + 2);
-            p = e;
+            const char* q = pcompoundquotes(const_cast<char*>(p), &depth);
+            b = p + 2;
+            e = depth ? q : q - 2;
+            if (e < b) e = b;
+            p = q;
         } else if (*p == '"') {
             const char* q = strchr(p + 1, '"');
-            word.assign(p + 1, q ? q : p + strlen(p));
-            p = q ? q + 1 : p + strlen(p);
+            b = p + 1;
+            e = q ? q : p + strlen(p);
+            p = q ? q + 1 : e;
         } else {
             const char* q = p;
             while (*q && *q != ' ' && *q != '"' && !(q[0] == '`' && q[1] == '"')) q++;
-            word.assign(p, q);
+            b = p;
+            e = q;
             p = q;
         }
-        if (static_cast<int>(word.size()) >= macrolen) return error(198);
+        size_t len = static_cast<size_t>(e - b);
+        if (len >= static_cast<size_t>(macrolen)) return error(198);
+        memcpy(word.data(), b, len);
+        word[len] = 0;
         snprintf(name, sizeof name, "_%d", n);
-        int rc = word.empty() ? macsave0(name) : macresave(name, word.c_str());
+        int rc = len ? macresave(name, word.data()) : macsave0(name);
         if (rc) return rc;
     }
     return 0;
 }
 
-static int doprolog(Frame* f, int mode, bool* stop) {
-    if (korvu_level >= 64) return error(1000);
-    *stop = true;
-    char path[500];
-    if (mode != 3) {
+// `do file [args] [, nostop]`: options stand behind the last comma.
+static int fileoptions(bool* stop) {
+    char* rest = wheretok();
+    char* comma = strrchr(rest, ',');
+    if (!comma) return 0;
+    *comma = 0;
+    TokPos args;
+    stattok(&args);
+    settok(comma + 1);
+    noptn = 0;
+    opable = 0;
+    int rc = proption();
+    if (!rc) {
+        *stop = findopt("stop", 1, 1);
+        findopt("delay", 1, 0);
+        rc = chkopt();
+    }
+    resettok(&args);
+    return rc;
+}
+
+static void save(Frame* f) {
+    f->dofilep = dofilep;
+    f->loopsrc = loopsrc;
+    f->tmpvctr = tmpvctr;
+    f->tmpfctr = tmpfctr;
+    f->psvfctr = psvfctr;
+    f->sys_upline = sys_upline;
+    f->delimit = delimit;
+    f->moretime = moretime;
+    f->trace_l0 = korvu_trace_l0;
+    f->trace_l1 = korvu_trace_l1;
+    f->vernum = vernum;
+    f->caller_vernum = caller_vernum;
+    f->mvmodern = mvmodern;
+    f->program_class = program_class;
+    f->gstate = gstate;
+    f->estrestore = estrestore;
+    f->syselseflg = syselseflg;
+    f->breakallowed = breakallowed;
+    f->breakdetail = breakdetail;
+    f->resort_on_exit = resort_on_exit;
+    f->s_outlev = s_outlev;
+    f->ls_outlev = ls_outlev;
+    memcpy(f->pgmname, sys_pgmname, sizeof f->pgmname);
+    memcpy(f->pgmclass, sys_pgmclass, sizeof f->pgmclass);
+    f->runprog = runprog;
+    f->sys_is_cls = sys_is_cls;
+    f->trace_flg = korvu_trace_flg;
+    f->rmsg = korvu_rmsg;
+    memcpy(f->pbs_sys, pbs_sys, sizeof pbs_sys);
+    f->hastmp_fhopened = hastmp_fhopened;
+    f->hastmp_hreturn = hastmp_hreturn;
+    f->hastmp_class = hastmp_class;
+    f->hastmp_vars = hastmp_vars;
+    f->hold = status_hold;
+}
+
+int doprolog(Frame* f, int mode) {
+    if (korvu_level >= MAXLEVEL) return error(1000);
+    f->stop = 1;
+    f->reader = nullptr;
+    if (mode != DO_PROGRAM) {
+        char path[500];
         if (int rc = gettokfn(path)) return error(rc);
-        if (mode == 0 || mode == 1) {
-            // options follow the last comma of the line
-            char* rest = wheretok();
-            char* comma = strrchr(rest, ',');
-            if (comma) {
-                *comma = 0;
-                TokPos args;
-                stattok(&args);
-                settok(comma + 1);
-                noptn = 0;
-                opable = 0;
-                if (int rc = proption()) return rc;
-                *stop = findopt("stop", 1, 1);
-                findopt("delay", 1, 0);
-                if (int rc = chkopt()) return rc;
-                resettok(&args);
-            }
-        } else if (mode == 4) {
+        if (mode == DO_DO || mode == DO_RUN) {
+            bool stop = true;
+            if (int rc = fileoptions(&stop)) return rc;
+            f->stop = stop;
+        } else if (mode == DO_INCLUDE) {
             gettok(prsestd);
             if (token[0]) return error(198);
         }
+        int rc;
+        f->reader = dofopen(path, &rc);
+        if (!f->reader) return rc;
     }
-    int rc = 0;
-    DoFile* r = mode == 3 ? nullptr : dofopen(path, &rc);
-    if (mode != 3 && !r) return rc;
-    if (mode != 4) {
+    if (mode != DO_INCLUDE) {
         typelmac++;
-        if (int arc = storeargs(wheretok())) {
+        if (int rc = storeargs(wheretok())) {
             dmzap(typelmac);
             typelmac--;
-            dofclos(r);
-            return arc;
+            dofclos(f->reader);
+            return rc;
         }
-        f->tmpv_since = tmpvctr;
-        f->tmpf_since = tmpfctr;
     }
-    f->dofile = dofilep;
-    f->delimit = delimit;
-    f->s_outlev = s_outlev;
-    f->ls_outlev = ls_outlev;
-    f->runprog = runprog;
-    f->syselseflg = syselseflg;
-    f->procflg = procflg;
-    f->breakallowed = breakallowed;
-    f->breakdetail = breakdetail;
-    f->vernum = vernum;
-    f->sys_upline = sys_upline;
-    f->moretime = moretime;
-    strcpy(f->pgmname, sys_pgmname);
+    if (trace_shown()) tracepgmdiv(0, sys_pgmclass, mode == DO_PROGRAM ? cmd : "do-file");
+    save(f);
     sys_pgmloc = nullptr;
     sys_upline = 0;
-    if (mode == 3) {
-        if (int prc = pgm_prolog(&f->pgm)) {
-            mac_frame_end(f->tmpv_since, f->tmpf_since, 0);
-            typelmac--;
-            sys_upline = f->sys_upline;
-            return prc;
-        }
-    } else {
-        dofilep = r;
+    if (mode != DO_INCLUDE) psvfctr = -1;
+    loopsrc = nullptr;
+    status_hold = 0;
+    if (f->reader) {
+        dofilep = f->reader;
         delimit = 0;
         runprog = 0;
+        in_byable_ado = 0;
+        resort_on_exit = sys_is_cls = 0;
+        if (mode != DO_INCLUDE) {
+            program_class = 0;
+            if (!(frame_hooks.autoloading && frame_hooks.autoloading())) sys_pgmclass[0] = 0;
+        }
+    } else {
+        korvu_rmsg = 0;
+        if (int rc = pgm_prolog(f->pgm)) {
+            // nothing of the frame is live yet but the scope and the saved fields
+            runprog = f->runprog;
+            sys_upline = f->sys_upline;
+            memcpy(sys_pgmname, f->pgmname, sizeof f->pgmname);
+            memcpy(sys_pgmclass, f->pgmclass, sizeof f->pgmclass);
+            korvu_rmsg = f->rmsg;
+            psvfctr = f->psvfctr;
+            loopsrc = f->loopsrc;
+            status_hold = f->hold;
+            dmzap(typelmac);
+            typelmac--;
+            return rc;
+        }
     }
-    if (mode != 4) {
+    if (mode != DO_INCLUDE) {
+        hastmp_fhopened = hastmp_hreturn = hastmp_class = hastmp_vars = 0;
         ls_outlev = s_outlev;
-        if (mode == 1) s_outlev = 3;
-        breakallowed = breakdetail = 0;
+        if (mode == DO_RUN) s_outlev = 3;
     }
     korvu_level++;
+    if (mode != DO_INCLUDE) {
+        caller_vernum = vernum;
+        estrestore = breakallowed = breakdetail = 0;
+    }
     return 0;
 }
 
-static void doepilog(Frame* f, int mode) {
-    if (mode != 4) {
-        int32_t rc = globalrc;
-        mac_frame_end(f->tmpv_since, f->tmpf_since, mode == 3 ? pgm_retcls(&f->pgm) : 0);
-        typelmac--;
-        if (rc) globalrc = rc;
-    }
-    if (mode == 3) {
-        pgm_epilog(&f->pgm);
+// Runs a clean-up step; an earlier code survives a step that resets globalrc.
+static void keeprc(int (*step)()) {
+    int32_t rc = globalrc;
+    step();
+    if (rc) globalrc = rc;
+}
+
+void doepilog(Frame* f, int mode, int keep) {
+    if (frame_hooks.profiler_addtime) frame_hooks.profiler_addtime(sys_pgmname, 0);
+    int retcls = mode == DO_PROGRAM ? pgm_retcls(f->pgm) : 0;
+    if (mode == DO_PROGRAM) {
+        korvu_rmsg = f->rmsg;
+        pgm_epilog(f->pgm);
     } else {
-        dofclos(dofilep);
-        dofilep = f->dofile;
+        dofclos(f->reader);
+        dofilep = f->dofilep;
         doeof = 0;
         delimit = f->delimit;
     }
-    if (mode != 4) {
+    int32_t rc = globalrc;
+    if (mode != DO_INCLUDE) {
         s_outlev = f->s_outlev;
         ls_outlev = f->ls_outlev;
+        if (frame_hooks.file_autoclose && hastmp_fhopened) frame_hooks.file_autoclose(korvu_level);
+        if (vernum > 309) rmtmpfn(f->tmpfctr);
+        korvu_trace_l0 = f->trace_l0;
+        korvu_trace_l1 = f->trace_l1;
+        if (mode == DO_PROGRAM) korvu_trace_flg = f->trace_flg;
         vernum = f->vernum;
-        moretime = f->moretime;
+        if (moretime != f->moretime) {
+            moretime = f->moretime;
+            if (ptl_cur) ptlset_moreenable(ptl_cur, moretime != 1 && console_is_tty());
+        }
+        mvmodern = f->mvmodern;
+        caller_vernum = f->caller_vernum;
         breakallowed = f->breakallowed;
         breakdetail = f->breakdetail;
     }
+    if (mode != DO_INCLUDE) program_class = f->program_class;
     runprog = f->runprog;
     sys_upline = f->sys_upline;
+    sys_is_cls = f->sys_is_cls;
     syselseflg = f->syselseflg;
-    strcpy(sys_pgmname, f->pgmname);
-    sys_pgmloc = nullptr;
-    korvu_level--;
-    if (mode == 0) {
-        uint8_t old = c_outlev;
-        c_outlev = 1;
-        newline();
-        spout21("end of do-file\n");
-        c_outlev = old;
+    memcpy(pbs_sys, f->pbs_sys, sizeof pbs_sys);
+    loopsrc = f->loopsrc;
+    status_hold = f->hold;
+    if (mode != DO_INCLUDE) {
+        if (estrestore && frame_hooks.estirestore) keeprc(frame_hooks.estirestore);
+        estrestore = f->estrestore;
+        if (frame_hooks.cleanesti) keeprc(frame_hooks.cleanesti);
+        if (resort_on_exit && frame_hooks.sort_restore) frame_hooks.sort_restore(1);
+        resort_on_exit = f->resort_on_exit;
+        if (hastmp_hreturn && frame_hooks.cleanhret) keeprc(frame_hooks.cleanhret);
+        psvfctr = f->psvfctr;
+        rmtmpvn(f->tmpvctr);
+        if (hastmp_class && frame_hooks.rmtmpclass) keeprc(frame_hooks.rmtmpclass);
+        // a returning program's class decides where its results go
+        rmtmpdyn(f->tmpvctr, retcls);
+        tmpvctr = f->tmpvctr;
+        hastmp_fhopened = f->hastmp_fhopened;
+        hastmp_hreturn = f->hastmp_hreturn;
+        hastmp_class = f->hastmp_class;
+        hastmp_vars = f->hastmp_vars;
     }
+    if (trace_shown()) tracepgmdiv(1, sys_pgmclass, mode == DO_PROGRAM ? sys_pgmname : "do-file");
+    memcpy(sys_pgmname, f->pgmname, sizeof f->pgmname);
+    sys_pgmloc = nullptr;
+    memcpy(sys_pgmclass, f->pgmclass, sizeof f->pgmclass);
+    korvu_level--;
+    if (mode != DO_INCLUDE) {
+        if (gstate && frame_hooks.gstate_close) frame_hooks.gstate_close();
+        gstate = f->gstate;
+        typelmac--;
+        if (!keep && frame_hooks.cls_clear_return) frame_hooks.cls_clear_return();
+        if (mode == DO_DO) {
+            uint8_t old = c_outlev;
+            c_outlev = 1;
+            newline();
+            spout21("end of do-file\n");
+            c_outlev = old;
+        }
+    }
+    globalrc = rc;
 }
 
 int godo(int mode, int keep) {
     if (byvar) return error(190);
     Frame f;
-    bool stop;
-    if (int rc = doprolog(&f, mode, &stop)) return rc;
+    PgmFrame pf{};
+    f.pgm = &pf;
+    if (int rc = doprolog(&f, mode)) return rc;
+    int32_t last = 0; // under nostop, the code of the last line carried out
     for (;;) {
-        stopflag = altstopflag = 0;
-        if (mode != 3) {
+        stopflag = 0;
+        altstopflag = 0;
+        if (mode != DO_PROGRAM) {
             uint8_t old = c_outlev;
             c_outlev = 1;
             newline();
             c_outlev = old;
         }
         if (getreq(1)) {
-            globalrc = 0;
+            globalrc = f.stop ? 0 : last;
             break;
         }
         if (stopflag) {
@@ -393,59 +522,22 @@ int godo(int mode, int keep) {
             break;
         }
         if (!doreq()) break;
-        if (stop && globalrc) break;
+        if (f.stop && globalrc) break;
+        last = globalrc;
+    }
+    if (mode != DO_INCLUDE && psvfctr != -1 && frame_hooks.restore) {
+        int32_t rc = globalrc;
+        frame_hooks.restore(1);
+        if (rc) globalrc = rc;
     }
     int rc = globalrc;
-    doepilog(&f, mode);
+    doepilog(&f, mode, keep);
     globalrc = rc;
     return rc;
 }
 
-int opbrace() {
-    gettok(prsestd);
-    if (token[0]) return braceerror(1);
-    uint8_t savedproc = procflg, savedelse = syselseflg;
-    int code = 0;
-    for (;;) {
-        if (getreq(1)) {
-            procflg = savedproc;
-            syselseflg = savedelse;
-            return nomatchbrace();
-        }
-        char* p = console;
-        while (*p == ' ') p++;
-        if (*p == '}') {
-            p++;
-            while (*p == ' ') p++;
-            if (*p) {
-                procflg = savedproc;
-                return braceerror(0);
-            }
-            break;
-        }
-        if (!doreq()) {
-            exitflg = 1;
-            procflg = savedproc;
-            syselseflg = savedelse;
-            return 0;
-        }
-        if (globalrc && procflg) {
-            code = globalrc;
-            procflg = 0;
-        } else if (stopflag && procflg) {
-            code = 1;
-            procflg = 0;
-        }
-    }
-    procflg = savedproc;
-    syselseflg = savedelse;
-    return code;
-}
-
-} // namespace korvu
-
-namespace korvu {
 int docmd(int mode) {
     return godo(mode, 0);
 }
+
 } // namespace korvu

@@ -86,27 +86,18 @@ static void scan(char* dst, int cap, const char* delims, bool keepstrings, bool 
         if (*p == '"' && n < cap) p++;
     } else if (!isdelim(*p, delims) || (brackets && (*p == '(' || *p == '['))) {
         while (*p) {
-            if (brackets && (*p == '(' || *p == '[')) {
-                int err;
-                char* e = pbrackets(p, &err);
+            // a bracketed part or a string inside the word is copied whole
+            char* e = nullptr;
+            int err;
+            if (brackets && (*p == '(' || *p == '['))
+                e = pbrackets(p, &err);
+            else if (keepstrings && p != tlast && *p == '"')
+                e = psimplequotes(p, &err);
+            else if (keepstrings && p != tlast && p[0] == '`' && p[1] == '"')
+                e = pcompoundquotes(p, &err);
+            if (e) {
                 bool full = false;
-                while (p < e)
-                    if (!put(*p++)) {
-                        full = true;
-                        break;
-                    }
-                if (full) break;
-                continue;
-            }
-            if (keepstrings && p != tlast && (*p == '"' || (p[0] == '`' && p[1] == '"'))) {
-                int err;
-                char* e = *p == '"' ? psimplequotes(p, &err) : pcompoundquotes(p, &err);
-                bool full = false;
-                while (p < e)
-                    if (!put(*p++)) {
-                        full = true;
-                        break;
-                    }
+                while (p < e && !full) full = !put(*p++);
                 if (full) break;
                 continue;
             }

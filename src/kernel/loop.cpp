@@ -11,6 +11,7 @@
 #include "kernel/cmdparse.h"
 #include "kernel/dofile.h"
 #include "kernel/errors.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/syscmds.h"
@@ -195,7 +196,7 @@ static timespec req_start;
 static bool req_timed = false;
 
 void statusline() {
-    if (runprog) return;
+    if (runprog || status_hold) return;
     uint8_t old = c_outlev;
     c_outlev = 2;
     if (globalrc) {
@@ -252,6 +253,10 @@ int doreq() {
         }
     } else if (!procflg) {
         globalrc = 0;
+    } else if (korvu_trace_flg && korvu_trace_exp) {
+        uint32_t before = cmdhash(console);
+        globalrc = macexp();
+        if (cmdhash(console) != before) tracepgm(1);
     } else {
         globalrc = macexp();
     }
@@ -304,6 +309,7 @@ int selreq() {
     sysclock = sysclock >= 2147483646 ? 1 : sysclock + 1;
     if (!cmd[0] || cmd[0] == '*') return 0;
     if (!procflg) {
+        if (!strcmp(cmd, "{")) return opbrace();
         if (!skipword(cmd)) return 0;
         if (const Builtin* b = lookup_builtin(cmd)) return run_builtin(b);
         return 0;

@@ -87,7 +87,9 @@ int macgen(int kind) {
     char* p = wheretok();
     while (*p == ' ') ++p;
     if (!*p) return store(kind, name.c_str(), "");
-    std::vector<char> buf(static_cast<size_t>(macrolen) + 1);
+    // one scratch kept across calls: a loop of `local` commands allocates nothing
+    static std::vector<char> buf;
+    if (buf.size() < static_cast<size_t>(macrolen) + 1) buf.resize(static_cast<size_t>(macrolen) + 1);
     buf[0] = 0;
     if (p[0] == '=' && p[1] != '=') {
         gettok(prsestd);

@@ -168,7 +168,7 @@ int numlist_hook(const char* text, double* values, int n, int flags, int* count)
     for (char& c : t)
         if (c == ',') c = ' ';
     std::vector<double> v;
-    if (znumlist_text(t.c_str(), v, 0, n, flags, nullptr, n)) return 1;
+    if (int rc = znumlist_text(t.c_str(), v, 0, n, flags, nullptr, n)) return errornumlist(-rc, 0);
     for (size_t i = 0; i < v.size(); i++) values[i] = v[i];
     *count = static_cast<int>(v.size());
     return 0;

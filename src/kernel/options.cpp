@@ -302,24 +302,24 @@ int chkopt() {
     return 0;
 }
 
-int chkrange(const char* name, int v, int lo, int hi) {
-    if (v >= lo && v <= hi) return 0;
+static int outofrange(const char* name, const char* lo, const char* hi) {
     c_outlev = 3;
     spoutsetptagweak();
-    char buf[256];
-    snprintf(buf, sizeof buf, "%s must be between %d and %d\n", name, lo, hi);
-    spout21(buf);
+    spoutf("%s must be between %s and %s\n", name, lo, hi);
     return 198;
+}
+
+int chkrange(const char* name, int v, int lo, int hi) {
+    if (v >= lo && v <= hi) return 0;
+    return outofrange(name, std::to_string(lo).c_str(), std::to_string(hi).c_str());
 }
 
 int dchkrange(const char* name, double v, double lo, double hi) {
     if (v >= lo && v <= hi) return 0;
-    c_outlev = 3;
-    spoutsetptagweak();
-    char buf[256];
-    snprintf(buf, sizeof buf, "%s must be between %5.3f and %5.3f\n", name, lo, hi);
-    spout21(buf);
-    return 198;
+    char l[64], h[64];
+    snprintf(l, sizeof l, "%5.3f", lo);
+    snprintf(h, sizeof h, "%5.3f", hi);
+    return outofrange(name, l, h);
 }
 
 // Hex floats: [-]h.hhhx[+-]eee in hexadecimal, "X" accepted, as the start-up

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernel/pgmframe.h"
+
 namespace korvu {
 
 // The head of a program's value; the line index and the text follow it.
@@ -65,21 +67,8 @@ int pgmgen();
 
 // --- running (called by the do-file frame) ------------------------------------
 
-// What a program frame saves on entry and puts back on exit.
-struct PgmFrame {
-    PgmRec* rec;
-    uint8_t running, rmsg, is_cls, pclass, resort, mvmodern;
-    int32_t caller_vernum;
-    char pgmclass[33];
-};
-// On entry of godo(3): finds the program `cmd` in the scope `sys_pgmclass`,
-// marks it running, and sets sys_pgmname, sys_pgmclass, sys_pgmloc, runprog.
-int pgm_prolog(PgmFrame* f);
-// The class code the frame end gives mac_frame_end: 1 r-class, 2 e-class,
-// 3 s-class, 0 none.
-int pgm_retcls(const PgmFrame* f);
-// On exit of godo(3), after the locals are gone.
-void pgm_epilog(const PgmFrame* f);
+// pgm_prolog, pgm_retcls and pgm_epilog, called by the frame, stand in
+// pgmframe.h.
 
 // --- the ado path ---------------------------------------------------------------
 

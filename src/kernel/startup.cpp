@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -23,8 +24,8 @@
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "output/console_sink.h"
 #include "output/log.h"
-#include "output/results_sink.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -37,8 +38,23 @@ const char* filepath = "";
 volatile int kv_fpeerror = 0;
 
 static uint8_t shownotes = 1;
+static ConsoleSink results_console;
+
+// One key from the terminal for the more prompt, without waiting for Enter.
+static int console_key(void*) {
+    termios saved, raw;
+    if (tcgetattr(0, &saved)) return ' ';
+    raw = saved;
+    raw.c_lflag &= ~(ICANON | ECHO);
+    raw.c_cc[VMIN] = 1;
+    raw.c_cc[VTIME] = 0;
+    tcsetattr(0, TCSANOW, &raw);
+    unsigned char c = ' ';
+    if (read(0, &c, 1) != 1) c = 'q';
+    tcsetattr(0, TCSANOW, &saved);
+    return c;
+}
 static std::string argline;
-static int batchlog_fd = -1;
 static std::string batchlog_name;
 static std::string initerr_lines[4];
 static int ninitlines = 0;
@@ -231,9 +247,7 @@ void tstop() {
     log_closeall();
     if (sinit_state > 8) tstop();
     console_close();
-    results_sink_close();
     if (sinit_state >= 12) news_free();
-    if (batchlog_fd >= 0) close(batchlog_fd);
     fflush(stdout);
     exit(status);
 }
@@ -263,41 +277,18 @@ static int inibatch() {
         if (!rest.empty()) name = rest;
     }
     batchlog_name = name + ".log";
-    batchlog_fd = open(batchlog_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666 & ~usermask);
-    if (batchlog_fd < 0) {
+    std::string full = batchlog_name;
+    char cwd[4096];
+    if (getcwd(cwd, sizeof cwd)) full = std::string(cwd) + "/" + batchlog_name;
+    // the screen shows nothing in batch mode; the log has it all
+    ptlset_useroff(ptl_reswin);
+    if (log_open_batch(full.c_str())) {
         fprintf(stderr, "unable to open `%s'\n", batchlog_name.c_str());
         return 1;
     }
-    results_sink_to_fd(batchlog_fd);
     nokbrd = 1;
     batchmode = shownotes ? 1 : 2;
     return 0;
-}
-
-static void batch_header() {
-    char cwd[1024];
-    std::string full = batchlog_name;
-    if (getcwd(cwd, sizeof cwd)) full = std::string(cwd) + "/" + batchlog_name;
-    time_t t = time(nullptr);
-    struct tm lt;
-    localtime_r(&t, &lt);
-    char date[64];
-    strftime(date, sizeof date, "%e %b %Y, %H:%M:%S", &lt);
-    c_outlev = 1;
-    spoutptl("{txt}{.-}\n");
-    spout21("       log:  ");
-    c_outlev = 0;
-    spout21(full.c_str());
-    c_outlev = 1;
-    spout21("\n  log type:  ");
-    c_outlev = 0;
-    spout21("text\n");
-    c_outlev = 1;
-    spout21(" opened on:  ");
-    c_outlev = 0;
-    spout21(date[0] == ' ' ? date + 1 : date);
-    c_outlev = 1;
-    spout21("\n");
 }
 
 static int console_alloc();
@@ -376,7 +367,9 @@ int sinit0(int argc, char** argv) {
     korvu_linewidth = ptlquery_maxwidth(ptl_reswin);
     ptlset_pagesize(ptl_reswin, korvu_pagesize);
     ptlset_moreenable(ptl_reswin, 0);
-    results_sink_attach(ptl_reswin);
+    results_console.colour = isatty(1);
+    if (isatty(0) && isatty(1)) results_console.keysource = console_key;
+    ptlset_user(ptl_reswin, console_sink, &results_console);
     sinit_state = 4;
 
     mode_t um = umask(022);
@@ -411,7 +404,6 @@ int sinit0(int argc, char** argv) {
     dminit();
     fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
     sinit_state = 13;
-    if (batchlog_fd >= 0) batch_header();
     if (shownotes) {
         int k = 0;
         char buf[200];

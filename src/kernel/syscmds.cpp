@@ -24,6 +24,7 @@
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
@@ -249,10 +250,24 @@ struct SetRow {
     int (*fn)();
 };
 static constexpr SetRow set_table[] = {
-    {"more", 4, set_more},         {"rmsg", 4, set_rmsg},       {"linesize", 8, set_linesize},
-    {"pagesize", 8, set_pagesize}, {"output", 6, set_output},   {"memory", 3, set_memory},
-    {"maxvar", 6, set_maxvar},     {"matsize", 3, set_matsize}, {"maxobs", 6, set_maxobs},
-    {"virtual", 4, set_virtual},   {"adosize", 6, set_adosize},
+    {"more", 4, set_more},
+    {"rmsg", 4, set_rmsg},
+    {"linesize", 8, set_linesize},
+    {"pagesize", 8, set_pagesize},
+    {"output", 6, set_output},
+    {"memory", 3, set_memory},
+    {"maxvar", 6, set_maxvar},
+    {"matsize", 3, set_matsize},
+    {"maxobs", 6, set_maxobs},
+    {"virtual", 4, set_virtual},
+    {"adosize", 6, set_adosize},
+    {"trace", 5, set_trace},
+    {"tracedepth", 10, set_tracedepth},
+    {"traceexpand", 11, set_traceexpand},
+    {"tracesep", 8, set_tracesep},
+    {"traceindent", 11, set_traceindent},
+    {"tracenumber", 11, set_tracenumber},
+    {"tracehilite", 11, set_tracehilite},
 };
 
 int setcmd(int) {

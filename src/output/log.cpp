@@ -84,7 +84,8 @@ static void header(const LogRec* r, const char* action, bool query) {
     if (action) {
         char buf[120], date[64];
         nowtext(date, sizeof date);
-        snprintf(buf, sizeof buf, "%8s on:  ", action);
+        // right-aligned so that the colon stands under those of the lines above
+        snprintf(buf, sizeof buf, "%7s on:  ", action);
         spout21(buf);
         c_outlev = 0;
         spout21(date);
@@ -94,12 +95,27 @@ static void header(const LogRec* r, const char* action, bool query) {
     c_outlev = old;
 }
 
+// The batch log is a record of its own, so that a do-file run in batch may
+// still open and close logs of its own.
+static LogRec batch_log;
+
+static int open_into(LogRec* r, const char* filename, int flags, int type, const char* logname);
+
 int log_open(const char* filename, int flags, int type, const char* logname) {
     bool named = logname && *logname;
     if (!named && log_m.fd) return error(604);
     if (named && findnamed(logname)) return error(604);
     LogRec* r = named ? freenamed() : &log_m;
     if (!r) return error(950);
+    return open_into(r, filename, flags, type, logname);
+}
+
+int log_open_batch(const char* filename) {
+    return open_into(&batch_log, filename, 17, 0, nullptr);
+}
+
+static int open_into(LogRec* r, const char* filename, int flags, int type, const char* logname) {
+    bool named = logname && *logname;
     int oflags = O_WRONLY | O_CREAT;
     if ((flags & ~8) == 1)
         oflags |= O_EXCL;
@@ -146,6 +162,7 @@ void log_closeall() {
     for (LogRec& r : named_logs)
         if (r.fd) closelog(&r, true);
     if (log_m.fd) closelog(&log_m, true);
+    if (batch_log.fd) closelog(&batch_log, true);
     if (cmdlog_fd) close(cmdlog_fd), cmdlog_fd = 0;
 }
 
@@ -341,6 +358,20 @@ int logcmd(int iscmdlog) {
     spoutf("%s invalid\n", word.c_str());
     c_outlev = o;
     return 198;
+}
+
+} // namespace korvu
+
+namespace korvu {
+
+// A line typed at the terminal is already on the screen: its echo goes to the
+// logs only, with the sink switched off while it is sent.
+void log_echo(const char* line) {
+    if (!ptl_reswin || c_outlev < s_outlev) return;
+    ptlset_useroff(ptl_reswin);
+    spout21(line);
+    newline();
+    ptlset_useron(ptl_reswin);
 }
 
 } // namespace korvu

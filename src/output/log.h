@@ -25,6 +25,7 @@ void cmdlog_flush();
 // Opens a log as `log using` does; flags: 1 new, 17 replace, 129 append, +8 quiet.
 int log_open(const char* filename, int flags, int type, const char* logname);
 void log_closeall();
+int log_open_batch(const char* filename);  // the log of korvu-xe -b
 // kind: 0 text, 1 texman, 2 html, 3 webhtml
 int translate_cmd(int kind);
 int translate_row(int);

@@ -6,6 +6,7 @@ display "c" // a line comment
 display "d" ///
     "e"
 // a line that is only a comment
+#nosuch hash command
 #delimit ;
 display "f"
   "g" ;

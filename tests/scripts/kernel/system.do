@@ -3,11 +3,11 @@ mkdir sub
 copy system.do sub/copy.do
 capture noisily copy system.do sub/copy.do
 copy system.do sub/copy.do, replace
-cd sub
+quietly cd sub
 type copy.do
 erase copy.do
 capture noisily erase copy.do
-cd ..
+quietly cd ..
 rmdir sub
 capture noisily type nosuchfile.txt
 shell echo from the shell

@@ -1,0 +1,4 @@
+display "one"
+error 601
+display "two"
+error 459

@@ -1,0 +1,2 @@
+local fromfile "set"
+c_local upone "up"

@@ -1,0 +1,2 @@
+* Frames nest 64 deep: the 65th do-file fails with 1000.
+run _recurse

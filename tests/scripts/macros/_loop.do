@@ -1,0 +1,2 @@
+display "$loop"
+display "not reached"
