@@ -23,10 +23,21 @@ capture noisily which notthere
 capture noisily which myado.xyz
 capture noisily which myado.hlp
 * discard forgets loaded programs; the next use reads the file again
-copy ado/v1.txt ado/r/reload.ado
+copy ado/v1.txt ado/reload.ado
 reload
-copy ado/v2.txt ado/r/reload.ado, replace
+copy ado/v2.txt ado/reload.ado, replace
 reload
 discard
 reload
 program dir
+* codewords stand for the directories that sysdir sets
+sysdir set PERSONAL "ado2"
+display "`: sysdir PERSONAL'"
+global S_ADO "PERSONAL"
+which myado
+capture noisily sysdir set NOSUCH "x"
+capture noisily sysdir bogus
+* the limit on ado programs
+set adosize 10
+capture noisily set adosize 5
+set adosize 500
