@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "data/dataarea.h"
+#include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/macro.h"
 #include "output/spout.h"
@@ -93,6 +94,10 @@ int findvarnoab(const char* name, int report) {
     return report ? -varnotfound(name) : -111;
 }
 
+bool ispatexempt(int v) {
+    return esamplename[0] && !strcmp(varname(v), esamplename);
+}
+
 int wildmatch(const char* p, const char* n) {
     if (!strcmp(p, n)) return 1;
     for (; *p; p++, n++) {
@@ -109,16 +114,26 @@ int wildmatch(const char* p, const char* n) {
 
 int genfindvar(const char* name) {
     if (!strchr(name, '~')) return korvu_findvar(name, 1, 0);
+    if (strpbrk(name, "*?")) {
+        uint8_t old = c_outlev;
+        c_outlev = 3;
+        spoutf("%s ", name);
+        spout21("may not combine ~ and *-or-? notation\n");
+        c_outlev = old;
+        return -198;
+    }
     char pat[40];
     snprintf(pat, sizeof pat, "%s", name);
     for (char* p = pat; *p; p++)
         if (*p == '~') *p = '*';
     int hit = 0;
-    for (int v = 1; v <= nvar; v++)
+    for (int v = 1; v <= nvar; v++) {
+        if (ispatexempt(v)) continue;
         if (wildmatch(pat, varname(v))) {
             if (hit) return -error2(4, name);
             hit = v;
         }
+    }
     return hit ? hit : -varnotfound(name);
 }
 
@@ -173,16 +188,50 @@ int addwrkvar(int code, int reserve) {
     return rc ? -rc : nvar;
 }
 
+// Variables other than `self` that the pattern (with ~ as *) matches.
+static int othermatches(const char* pat, const char* self) {
+    char p[40];
+    snprintf(p, sizeof p, "%s", pat);
+    for (char* c = p; *c; c++)
+        if (*c == '~') *c = '*';
+    int n = 0;
+    for (int v = 1; v <= nvar; v++)
+        if (strcmp(varname(v), self) && wildmatch(p, varname(v))) n++;
+    return n;
+}
+
 char* abvar(const char* name, int width) {
     static char out[40];
     if (width < 5) width = 5;
     if (width > 32) width = 32;
+    const int len = static_cast<int>(strlen(name));
     snprintf(out, sizeof out, "%s", name);
-    if (static_cast<int>(strlen(name)) > width) {
-        // front and tail around a ~
-        int front = width - 3;
-        snprintf(out, sizeof out, "%.*s~%s", front, name, name + strlen(name) - 2);
+    if (len <= width) return out;
+    // (1) trailing digits kept whole
+    int nd = 0;
+    while (nd < len && isdigit(static_cast<unsigned char>(name[len - 1 - nd]))) nd++;
+    if (nd > 0 && nd < len && width - 1 - nd >= 1) {
+        snprintf(out, sizeof out, "%.*s~%s", width - 1 - nd, name, name + len - nd);
+        if (!othermatches(out, name)) return out;
     }
+    // (2) front, ~, tail, the front shrinking
+    for (int k = width - 2; k >= 1; k--) {
+        snprintf(out, sizeof out, "%.*s~%s", k, name, name + len - (width - 1 - k));
+        if (!othermatches(out, name)) return out;
+    }
+    // (3) a bare prefix that no other variable starts with
+    snprintf(out, sizeof out, "%.*s", width, name);
+    int n = 0;
+    for (int v = 1; v <= nvar; v++)
+        if (strcmp(varname(v), name) && strhit(out, varname(v))) n++;
+    if (!n) return out;
+    // (4) prefix and ~, (5) ~ and suffix
+    snprintf(out, sizeof out, "%.*s~", width - 1, name);
+    if (!othermatches(out, name)) return out;
+    snprintf(out, sizeof out, "~%s", name + len - (width - 1));
+    if (!othermatches(out, name)) return out;
+    // (6) cut, marked by ..
+    snprintf(out, sizeof out, "%.*s..", width - 2, name);
     return out;
 }
 

@@ -28,5 +28,6 @@ int addvar(const char* name, int code); // new variable at the end: 0 or a code
 int addwrkvar(int code, int reserve);   // temporary variable: number or negated code
 char* abvar(const char* name, int width);
 int wildmatch(const char* pattern, const char* name); // * and ? wild cards
+bool ispatexempt(int v); // the estimation-sample variable, which no pattern matches
 
 } // namespace korvu

@@ -9,8 +9,11 @@
 #include <vector>
 
 #include "data/dataarea.h"
+#include "data/expr.h"
 #include "data/formats.h"
 #include "data/missing.h"
+#include "data/storage.h"
+#include "data/varlist.h"
 #include "data/vartab.h"
 #include "kernel/argparse.h"
 #include "kernel/brk.h"
@@ -225,12 +228,12 @@ int confirmvars(const std::string& qual, const std::vector<std::string>& names) 
         }
         int v = qual == "exact" ? findvarnoab(n.c_str(), 1) : korvu_findvar(n.c_str(), 1, 0);
         if (v <= 0) return -v ? -v : 111;
-        if (qual == "numeric" && typlist[v] <= 244) {
+        if (qual == "numeric" && typlist[v - 1] <= 244) {
             c_outlev = 3;
             spoutf("%s is not a numeric variable\n", n.c_str());
             return 7;
         }
-        if (qual == "string" && typlist[v] > 244) {
+        if (qual == "string" && typlist[v - 1] > 244) {
             c_outlev = 3;
             spoutf("%s is not a string variable\n", n.c_str());
             return 7;
@@ -366,11 +369,46 @@ int confirm(int) {
 
 // --- markers --------------------------------------------------------------------
 
-static int notavail(const char* what) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf("%s not available yet\n", what);
-    return 199;
+// The marker from the present parse: 1 where an observation is in range, its
+// if-expression true and its weight usable, 0 elsewhere.
+static int markdata(const char* name, int zeroweight) {
+    if (int rc = addvar(name, 251)) return rc;
+    int v = nvar;
+    for (int i = 1; i <= nobs; i++) {
+        bool on = i >= nobs1 && i <= nobs2;
+        if (on && ifclause) on = xeq(&ifpgm, i) != 0;
+        if (on && weclause) {
+            double w = xeq(&wepgm, i);
+            on = w < misval && (zeroweight || w != 0);
+        }
+        store(v, i, on ? 1 : 0);
+        if ((i & 1023) == 0 && kvpollstd()) return 1;
+    }
+    i_nvar = nvar;
+    return 0;
+}
+
+// Zero where any of the variables is missing, or a string is empty.
+static int markoutdata(const char* marker, const int* vars, int n, int strok, int sysmissok) {
+    int m = korvu_findvar(marker, 0, 1);
+    if (m <= 0) return m ? -m : 111;
+    std::vector<char> buf(2048);
+    for (int i = 1; i <= nobs; i++) {
+        if (korvu_data(m, i) == 0) continue;
+        bool drop = false;
+        for (int k = 0; k < n && !drop; k++) {
+            int v = vars[k];
+            if (typlist[v - 1] > 244) {
+                double x = korvu_data(v, i);
+                drop = sysmissok ? x == misval : x >= misval;
+            } else if (!strok) {
+                drop = skorvu_data(v, i, buf.data())[0] == 0;
+            }
+        }
+        if (drop) store(m, i, 0);
+        if ((i & 1023) == 0 && kvpollstd()) return 1;
+    }
+    return 0;
 }
 
 int markcmd(int) {
@@ -380,9 +418,9 @@ int markcmd(int) {
     int zero = findopt("zeroweight", 4, 0);
     findopt("by", 2, 1);
     if (int rc = chkopt()) return rc;
-    if (!arg_hooks.mark) return notavail("mark");
-    std::string name = varname(varlist_vr[0]);
-    return arg_hooks.mark(name.c_str(), zero);
+    std::string name = newvarname[0];
+    if (varlist_vr[0]) return error2(3, name.c_str());
+    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), zero) : markdata(name.c_str(), zero);
 }
 
 int markin(int) {
@@ -391,9 +429,9 @@ int markin(int) {
     if (lnvar != 1) return error(lnvar ? 103 : 102);
     findopt("by", 2, 1);
     if (int rc = chkopt()) return rc;
-    if (!arg_hooks.mark) return notavail("markin");
-    std::string name = varname(varlist_vr[0]);
-    return arg_hooks.mark(name.c_str(), 0);
+    std::string name = newvarname[0];
+    if (varlist_vr[0]) return error2(3, name.c_str());
+    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), 0) : markdata(name.c_str(), 0);
 }
 
 int markout(int) {
@@ -402,15 +440,19 @@ int markout(int) {
     int strok = findopt("strok", 5, 0);
     int sysmissok = findopt("sysmissok", 9, 0);
     if (int rc = chkopt()) return rc;
-    if (typlist[varlist_vr[0]] != 251) {
+    if (typlist[varlist_vr[0] - 1] != 251) {
         c_outlev = 3;
         spout21("not byte\n");
         return 198;
     }
-    if (!arg_hooks.markout) return notavail("markout");
-    std::vector<int> vars(varlist_vr + 1, varlist_vr + lnvar);
-    return arg_hooks.markout(varname(varlist_vr[0]), vars.data(), static_cast<int>(vars.size()),
-                             strok, sysmissok);
+    std::vector<int> vars;
+    for (int k = 2; k <= lnvar; k++) {
+        const Recipe* r = realrcp(k);
+        if (r && !rcpiszero(r)) return error(6101);
+        vars.push_back(realvarlist(k));
+    }
+    auto fn = arg_hooks.markout ? arg_hooks.markout : markoutdata;
+    return fn(varname(varlist_vr[0]), vars.data(), static_cast<int>(vars.size()), strok, sysmissok);
 }
 
 // Runs a marker command on text built here, as if typed.
@@ -493,7 +535,7 @@ int unabcmd(int) {
             if (cmdcmp(w.c_str(), e.word, e.minlen)) full = e.word;
     }
     if (arg_hooks.clear_r) arg_hooks.clear_r();
-    return post_rmacro("cmd", full.c_str());
+    return rpostmac("cmd", full.c_str());
 }
 
 } // namespace korvu

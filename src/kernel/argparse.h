@@ -46,7 +46,7 @@ struct ArgHooks {
 };
 extern ArgHooks arg_hooks;
 
-int post_rmacro(const char* name, const char* value);
+int rpostmac(const char* name, const char* value);
 
 int kvsyntax(int);
 int kvparse(int);

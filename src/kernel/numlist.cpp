@@ -9,6 +9,7 @@
 
 #include "data/formats.h"
 #include "data/missing.h"
+#include "data/varlist.h"
 #include "kernel/argparse.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
@@ -174,8 +175,12 @@ int numlist_hook(const char* text, double* values, int n, int flags, int* count)
     return 0;
 }
 
-int post_rmacro(const char* name, const char* value) {
+int rpostmac(const char* name, const char* value) {
     if (arg_hooks.post_rmacro) return arg_hooks.post_rmacro(name, value);
+    if (post_rmacro) {
+        post_rmacro(name, value);
+        return 0;
+    }
     if (void* old = dmfind0(name, DM_RMACRO)) dmrm(old);
     size_t n = strlen(value);
     if (!n) return 0;
@@ -262,7 +267,7 @@ int numlist(int) {
     if (int rc = makemacnumlist(text.c_str(), nullptr, minc, maxc, flags,
                                 haverange ? &rng : nullptr, maxc > 1600 ? maxc : 1600, &out))
         return rc;
-    return post_rmacro("numlist", out.c_str());
+    return rpostmac("numlist", out.c_str());
 }
 
 } // namespace korvu

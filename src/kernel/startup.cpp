@@ -13,8 +13,12 @@
 #include <ctime>
 #include <string>
 
+#include "data/char.h"
 #include "data/dataarea.h"
+#include "data/label.h"
 #include "data/missing.h"
+#include "data/varcmds.h"
+#include "data/varlist.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
@@ -294,6 +298,7 @@ static int inibatch() {
 static int console_alloc();
 static void console_release();
 static void link_data_area();
+static void link_labels_to_variables();
 
 int sinit0(int argc, char** argv) {
     sinit_state = 1;
@@ -403,6 +408,8 @@ int sinit0(int argc, char** argv) {
     }
     dminit();
     fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
+    labels_install();
+    link_labels_to_variables();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
@@ -470,6 +477,27 @@ static uint64_t dict_bytes() {
     uint64_t alloc, used;
     dmmemory(&alloc, &used);
     return used;
+}
+
+// describe, list and the time-series operators read labels and
+// characteristics through these.
+static void link_labels_to_variables() {
+    varlabel_hook = [](int v) -> const char* {
+        const char* l = ptrvarlab(v);
+        return l ? l : "";
+    };
+    datalabel_hook = []() -> const char* { return datalbl; };
+    datadate_hook = []() -> const char* {
+        const char* d = macptr("S_FNDATE");
+        return d ? d : "";
+    };
+    charget_hook = [](const char* obj, const char* name) -> const char* {
+        static char buf[245];
+        return charload(obj, name, buf, sizeof buf);
+    };
+    charset_hook = [](const char* obj, const char* name, const char* value) {
+        return charsave(obj, name, value);
+    };
 }
 
 static void link_data_area() {

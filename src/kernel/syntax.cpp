@@ -13,6 +13,7 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
+#include "data/varlist.h"
 #include "data/vartab.h"
 #include "kernel/argparse.h"
 #include "kernel/brk.h"
@@ -614,6 +615,30 @@ int checknames(const std::vector<std::string>& names, bool local, int report = 1
     return 0;
 }
 
+// Item k (from 1) of the list by its full name, operators included.
+std::string itemname(int k) {
+    int v = realvarlist(k);
+    const Recipe* r = realrcp(k);
+    if (!r || rcpiszero(r)) return varname(v);
+    char buf[200];
+    return rcpvarname(buf, r, varname(v));
+}
+
+// Variables of the wrong kind for a list declared numeric or string.
+int typecheck(bool numeric, bool string) {
+    if (!numeric && !string) return 0;
+    for (int k = 1; k <= lnvar; k++) {
+        int v = realvarlist(k);
+        bool isnum = typlist[v - 1] > 244;
+        if ((numeric && !isnum) || (string && isnum)) {
+            c_outlev = 3;
+            spoutf("%s:  %s variable not allowed\n", varname(v), isnum ? "numeric" : "string");
+            return 109;
+        }
+    }
+    return 0;
+}
+
 // A varlist inside an option: a nested parse, with the option table of the
 // outer command kept aside.
 int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
@@ -634,9 +659,9 @@ int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
     int rc = parse1();
     if (inf) inf = redirtoinf_close();
     if (!rc) {
-        for (int k = 0; k < lnvar; k++) {
+        for (int k = 1; k <= lnvar; k++) {
             if (!out.empty()) out += ' ';
-            out += varname(varlist_vr[k]);
+            out += itemname(k);
         }
     }
     return_gettok(&tok);
@@ -656,6 +681,7 @@ int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
     delete inf;
     if (rc) return rc;
     int n = lnvar;
+    if (int trc = typecheck(o.vnumeric, o.vstring)) return trc;
     if ((o.single && n != 1) || (o.nmin && n < o.nmin) || (o.nmax && n > o.nmax)) {
         c_outlev = 3;
         spoutf("option %s() does not contain a valid %s\n", o.name.c_str(),
@@ -856,13 +882,29 @@ int readdata(Desc& d, const std::string& text) {
             if (d.hmin && n < d.hmin) return countmsg(d.headmac, true, kind);
             if (d.hmax && n > d.hmax) return countmsg(d.headmac, false, kind);
         }
+        if (!isnew)
+            if (int rc = typecheck(d.numeric, d.string)) return rc;
         std::string list, types;
         if (!(n == 0 && d.headopt && d.dflt != 0)) {
             for (int k = 0; k < n; k++) {
                 if (k) list += ' ', types += ' ';
-                list += varname(varlist_vr[k]);
-                types += "float";
+                if (!isnew) {
+                    list += itemname(k + 1);
+                    continue;
+                }
+                if (varlist_vr[k]) return error2(3, newvarname[k]);
+                list += newvarname[k];
+                int code = newvartype[k] ? newvartype[k] : (d.string ? 1 : 254);
+                types += typename_of(code);
             }
+        }
+        if (isnew && d.generate) {
+            // the new variables are made now, and stay for the program
+            for (int k = 0; k < n; k++) {
+                int code = newvartype[k] ? newvartype[k] : (d.string ? 1 : 254);
+                if (int rc = addvar(newvarname[k], code)) return rc;
+            }
+            i_nvar = nvar;
         }
         if (int rc = store(d.headmac, list)) return rc;
         if (isnew)

@@ -19,6 +19,7 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
+#include "data/varcmds.h"
 #include "data/missing.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
@@ -268,6 +269,8 @@ static constexpr SetRow set_table[] = {
     {"traceindent", 11, set_traceindent},
     {"tracenumber", 11, set_tracenumber},
     {"tracehilite", 11, set_tracehilite},
+    {"obs", 3, set_obs},
+    {"varabbrev", 9, set_varabbrev},
 };
 
 int setcmd(int) {

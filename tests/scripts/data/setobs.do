@@ -1,0 +1,14 @@
+* set obs adds observations: numbers missing, strings empty
+set obs 2
+describe
+input str6 name int n
+abc 7
+end
+set obs 5
+list
+set obs 5
+capture noisily set obs 3
+capture noisily set obs 2.5
+capture noisily set obs -1
+capture noisily set obs many
+describe, short
