@@ -1,5 +1,4 @@
-// Entry points whose subsystems are not linked in yet: no program is ever
-// running, and a word that is no built-in is unrecognized.
+// Entry points whose subsystems are not linked in yet.
 #include <cstring>
 
 #include "kernel/errors.h"
@@ -12,21 +11,6 @@ namespace korvu {
 
 int macexp() {
     return macexp_console();
-}
-
-int pgmgetline() {
-    return 1;
-}
-
-int runprogram() {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("unrecognized command:  ");
-    spout21(cmd);
-    newline();
-    c_outlev = old;
-    return 199;
 }
 
 } // namespace korvu

@@ -1,4 +1,5 @@
 #include "kernel/syscmds.h"
+#include "kernel/program.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -151,6 +152,7 @@ static constexpr SetRow set_table[] = {
     {"matsize", 3, set_matsize},
     {"maxobs", 6, set_maxobs},
     {"virtual", 4, set_virtual},
+    {"adosize", 6, set_adosize},
     {"trace", 5, set_trace},
     {"tracedepth", 10, set_tracedepth},
     {"traceexpand", 11, set_traceexpand},

@@ -1,0 +1,2 @@
+program define noend
+    display "never stored"

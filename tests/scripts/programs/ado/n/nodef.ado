@@ -1,0 +1,3 @@
+program define notnodef
+    display "never run"
+end

@@ -1,0 +1,6 @@
+program define shadow
+    check from shadow
+end
+program define check
+    display "shadow's own check: `0'"
+end

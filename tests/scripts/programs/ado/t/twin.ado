@@ -1,0 +1,6 @@
+program define twin
+    check from twin
+end
+program define check
+    display "twin's own check: `0'"
+end

@@ -1,0 +1,4 @@
+*! version 0.9.0  an older copy further along the path
+program define myado
+    display "the older myado"
+end
