@@ -6,8 +6,8 @@
 
 #include "data/expr.h"
 #include "data/label.h"
-#include "data/vartab.h"
 #include "data/varlist.h"
+#include "data/vartab.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/loop.h"
@@ -62,4 +62,4 @@ void link_expressions() {
     exphooks.byfcn = by_value;
 }
 
-}  // namespace korvu
+} // namespace korvu

@@ -21,6 +21,8 @@
 
 namespace korvu {
 
+static int run_depth = 0; // frames of `run` open
+
 DoFile* dofopen(const char* path, int* rcout) {
     std::string name = path;
     const char* base = strrchr(path, '/');
@@ -94,7 +96,9 @@ struct Echo {
 };
 
 int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
-    Echo echo{r, r == dofilep};
+    // a file run by `run` (an ado-file being loaded among them) is silent:
+    // its echo too, which would otherwise pass the raised threshold
+    Echo echo{r, r == dofilep && run_depth == 0};
     int n = 0, col = 0;
     int comment = 0; // depth of /* */
     bool linecomment = false, continuation = false;
@@ -503,6 +507,7 @@ int godo(int mode, int keep) {
     PgmFrame pf{};
     f.pgm = &pf;
     if (int rc = doprolog(&f, mode)) return rc;
+    if (mode == DO_RUN) run_depth++;
     int32_t last = 0; // under nostop, the code of the last line carried out
     for (;;) {
         stopflag = 0;
@@ -531,6 +536,7 @@ int godo(int mode, int keep) {
         if (rc) globalrc = rc;
     }
     int rc = globalrc;
+    if (mode == DO_RUN) run_depth--;
     doepilog(&f, mode, keep);
     globalrc = rc;
     return rc;

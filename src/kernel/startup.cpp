@@ -28,6 +28,7 @@
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/program.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -408,6 +409,7 @@ int sinit0(int argc, char** argv) {
         return -1;
     }
     dminit();
+    adoinit();
     fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
     labels_install();
     link_labels_to_variables();
@@ -512,11 +514,9 @@ static void link_data_area() {
 
 static void profile_step() {
     char path[1024];
-    if (!srchfile("profile.do", 1, path, sizeof path)) {
-        std::string base = std::string(sysdir_korvu) + "base/profile.do";
-        if (access(base.c_str(), R_OK) != 0) return;
-        snprintf(path, sizeof path, "%s", base.c_str());
-    }
+    if (!srchfile("profile.do", 1, path, sizeof path) &&
+        !srchadofile("profile.do", path, sizeof path))
+        return;
     std::string parked = console;
     c_outlev = 1;
     spout21("running ");
