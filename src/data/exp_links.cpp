@@ -1,9 +1,12 @@
-// What expressions read from the other parts of the dataset: time-series
-// operated variables, value labels and the state of the by prefix.
+// Links between the dataset and the language: what expressions read from the
+// other parts of the dataset (time-series operated variables, value labels,
+// the by state), and the clean-up of temporary variables at frame end.
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "data/char.h"
+#include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/label.h"
 #include "data/varlist.h"
@@ -11,6 +14,7 @@
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 
 namespace korvu {
 
@@ -55,7 +59,24 @@ static double by_value(int which, int obs) {
     return byvar;
 }
 
+// Temporary variables made since a frame began go when it ends.
+static int droptmpvars(int32_t since) {
+    bool any = false;
+    for (int v = 1; v <= nvar && !any; v++) any = istmpvn(varname(v), since);
+    if (!any) return 0;
+    if (int rc = markrow_open()) return rc;
+    for (int v = 1; v <= nvar; v++) {
+        bool gone = istmpvn(varname(v), since);
+        if (gone) char_dropvar(varname(v));
+        markrow_set(v, gone);
+    }
+    remvar();
+    i_nvar = nvar;
+    return 0;
+}
+
 void link_expressions() {
+    mac_hooks.droptmpvars = droptmpvars;
     exphooks.rcp_compile = rcp_compile;
     exphooks.rcpxeq = rcp_value;
     exphooks.vlsearch = vlsearch;

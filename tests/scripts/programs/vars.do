@@ -41,7 +41,7 @@ program define mk2
 end
 mk2 x y in 2/3
 * the temporary marker goes with the program that made it
-capture drop __000000
+describe, short
 mark m1 in 1/3
 markout m1 s
 list
