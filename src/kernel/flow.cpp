@@ -494,6 +494,14 @@ static void loopend(const LoopSave& s) {
     breakdetail = s.breakdetail;
 }
 
+// One pass of a loop body: the block as stored, or for old programs the rest
+// of the loop's own line put back into the console.
+static int runbody(const std::vector<char>& rest) {
+    if (vernum > 799) return runblock();
+    memcpy(console, rest.data(), rest.size());
+    return runblock_old(console);
+}
+
 int forvals(int) {
     char* head = lwheretok();
     char* brace = blockbrace(wheretok());
@@ -543,26 +551,14 @@ int forvals(int) {
         }
         passbegin(s, first);
         if (rc) procflg = 0;
-        if (vernum > 799) {
-            int brc = runblock();
-            if (brc) rc = brc;
-        } else {
-            memcpy(console, rest.data(), rest.size());
-            int brc = runblock_old(console);
-            if (brc) rc = brc;
-        }
+        if (int brc = runbody(rest)) rc = brc;
         ran = true;
         if (exitflg) break;
     }
     if (!ran && !exitflg) {
         sys_upline = first;
         procflg = 0;
-        if (vernum > 799) {
-            runblock();
-        } else {
-            memcpy(console, rest.data(), rest.size());
-            runblock_old(console);
-        }
+        runbody(rest);
     }
     loopend(s);
     return rc;
@@ -782,26 +778,14 @@ int foreach (int) {
         }
         passbegin(s, first);
         if (rc) procflg = 0;
-        if (vernum > 799) {
-            int brc = runblock();
-            if (brc) rc = brc;
-        } else {
-            memcpy(console, rest.data(), rest.size());
-            int brc = runblock_old(console);
-            if (brc) rc = brc;
-        }
+        if (int brc = runbody(rest)) rc = brc;
         ran = true;
         if (exitflg) break;
     }
     if (!ran && !exitflg) {
         sys_upline = first;
         procflg = 0;
-        if (vernum > 799) {
-            runblock();
-        } else {
-            memcpy(console, rest.data(), rest.size());
-            runblock_old(console);
-        }
+        runbody(rest);
     }
     fedepth--;
     fe_cur = list.prev;
