@@ -11,10 +11,11 @@
 
 namespace korvu {
 
-static int64_t chunked(int fd, void* buf, int64_t n, bool wr) {
+// Reads or writes n bytes in requests of at most `piece` bytes; the count
+// moved, short at end of file, or -1 on an error.
+static int64_t transfer(int fd, void* buf, int64_t n, bool wr, int64_t piece) {
     auto* p = static_cast<uint8_t*>(buf);
     int64_t done = 0;
-    const int64_t piece = n > 32768 ? 16384 : n;
     while (done < n) {
         int64_t want = n - done < piece ? n - done : piece;
         ssize_t r = wr ? ::write(fd, p + done, static_cast<size_t>(want))
@@ -29,6 +30,10 @@ static int64_t chunked(int fd, void* buf, int64_t n, bool wr) {
     return done;
 }
 
+static int64_t chunked(int fd, void* buf, int64_t n, bool wr) {
+    return transfer(fd, buf, n, wr, n > 32768 ? 16384 : (n > 0 ? n : 1));
+}
+
 int64_t korvu_read(int fd, void* buf, int64_t n) {
     return chunked(fd, buf, n, false);
 }
@@ -37,20 +42,7 @@ int64_t korvu_write(int fd, const void* buf, int64_t n) {
 }
 // The 64-bit forms move large blocks in one request each of up to 1 GB.
 static int64_t big(int fd, void* buf, int64_t n, bool wr) {
-    auto* p = static_cast<uint8_t*>(buf);
-    int64_t done = 0;
-    while (done < n) {
-        int64_t want = n - done < (int64_t{1} << 30) ? n - done : (int64_t{1} << 30);
-        ssize_t r = wr ? ::write(fd, p + done, static_cast<size_t>(want))
-                       : ::read(fd, p + done, static_cast<size_t>(want));
-        if (r < 0) {
-            if (errno == EINTR) continue;
-            return -1;
-        }
-        if (r == 0) break;
-        done += r;
-    }
-    return done;
+    return transfer(fd, buf, n, wr, int64_t{1} << 30);
 }
 int64_t lkorvu_read(int fd, void* buf, int64_t n) {
     return big(fd, buf, n, false);
