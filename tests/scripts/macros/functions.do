@@ -23,7 +23,7 @@ local sub : subinstr local s "o" "0", all
 display "`sub'"
 local p : piece 2 10 of "`s'"
 display "`p'"
-local f : dir . files "*.do"
+local f : dir . files "_*.do"
 local f : list sort f
 display `"`f'"'
 local dq : list local (l2) | global (nosuch)
