@@ -8,6 +8,7 @@
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/expr.h"
+#include "data/formats.h"
 #include "data/label.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
@@ -75,7 +76,32 @@ static int droptmpvars(int32_t since) {
     return 0;
 }
 
+// The value of `=exp' and of `local x = exp`: evaluated for the first
+// observation over the whole data; numbers by %18.0g with a decimal point.
+static int expvalue(const char* text, char* dst, size_t n) {
+    static ExpObj obj; // a compiled object is large: not on the stack
+    if (int rc = compexp_text(&obj, text, text + strlen(text), 3, 0)) return rc;
+    int32_t s1 = nobs1, s2 = nobs2, ss1 = nobss1, ss2 = nobss2;
+    nobs1 = nobss1 = 1;
+    nobs2 = nobss2 = nobs;
+    char buf[kFmtBufSize > 245 ? kFmtBufSize : 245];
+    const char* out = buf;
+    if (obj.result_kind == 1) {
+        out = sxeq(&obj, 1, buf);
+    } else {
+        uint8_t dp = dpcomma;
+        dpcomma = 0;
+        fmtnum(buf, "%18.0g", xeq(&obj, 1));
+        dpcomma = dp;
+        while (*out == ' ') out++;
+    }
+    nobs1 = s1, nobs2 = s2, nobss1 = ss1, nobss2 = ss2;
+    snprintf(dst, n, "%s", out);
+    return 0;
+}
+
 void link_expressions() {
+    mac_hooks.expvalue = expvalue;
     mac_hooks.droptmpvars = droptmpvars;
     exphooks.rcp_compile = rcp_compile;
     exphooks.rcpxeq = rcp_value;
