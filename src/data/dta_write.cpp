@@ -41,7 +41,7 @@ struct Out {
     bool bad = false;
     void flush() {
         if (!bad && used &&
-            korvu_write(fd, buf.data(), static_cast<int64_t>(used)) != static_cast<int64_t>(used))
+            lkorvu_write(fd, buf.data(), static_cast<int64_t>(used)) != static_cast<int64_t>(used))
             bad = true;
         used = 0;
     }
@@ -121,9 +121,11 @@ int syssave(const char* fname, const SaveOpts& o) {
         spout21("(note: dataset contains 0 observations)\n");
     }
     const int64_t width = nv ? mapi[nv - 1] + bytlenc(typlist[nv - 1]) : 0;
+    // records go out a megabyte at a time: few system calls for large data
+    const int64_t block = int64_t{1} << 20;
     int64_t bsize = 24000;
     if (width) {
-        bsize = std::max<int64_t>(2 * width, (24000 / width) * width);
+        bsize = std::max<int64_t>(2 * width, (block / width) * width);
     }
     Out out;
     try {
