@@ -10,6 +10,7 @@
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/formats.h"
+#include "data/generate.h"
 #include "data/storage.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
@@ -43,16 +44,12 @@ static int endofline() {
 // drop and keep
 // ---------------------------------------------------------------------------
 int drop(int keep) {
-    const char* word = keep ? "keep" : "drop";
     TokPos at;
     stattok(&at);
     gettok(prsestd);
     if (!tokisstr(token) && (tokis(token, "if") || tokis(token, "in"))) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s if and %s in not yet available\n", word, word);
-        c_outlev = old;
-        return 199;
+        resettok(&at);
+        return stdelete(keep);
     }
     if (!keep && !tokisstr(token) && tokis(token, "_all")) {
         gettok(prsestd);

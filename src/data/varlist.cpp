@@ -285,7 +285,7 @@ static int addnew(const char* name, int type) {
 }
 
 // A storage-type word: its code, or 0.
-static int typeword(const char* t) {
+int cvtype(const char* t) {
     static constexpr struct {
         const char* w;
         int code;
@@ -492,7 +492,7 @@ static int newlist(const char* delims) {
             continue;
         }
         if (t == "_all") return notalow("_all");
-        if (int code = typeword(t.c_str())) {
+        if (int code = cvtype(t.c_str())) {
             if (code < 0 || group || ptype) return invalidvarlist();
             ptype = code;
             if (gettok_next_char() == '(') {

@@ -20,6 +20,10 @@ extern uint8_t* newvartype;
 // whose empty list means every variable.
 void allvarlist();
 
+// A storage-type word ("byte" ... "double", "str#"): its code, 0 for none,
+// -1 for a string wider than allowed.
+int cvtype(const char* t);
+
 // ---------------------------------------------------------------------------
 // Recipes
 // ---------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include "data/dataarea.h"
 #include "data/dta.h"
 #include "data/expr.h"
+#include "data/generate.h"
 #include "data/label.h"
 #include "data/varcmds.h"
 #include "kernel/argparse.h"
@@ -157,7 +158,7 @@ static constexpr Builtin builtin_table[] = {
     {"file", 4, 'f', 0, 0, 0, nullptr, 0},
     {"filefilter", 5, 'f', 0, 0, 0, nullptr, 0},
     {"flist", 2, 'f', 0, 0, 1, nullptr, 0},
-    {"generate", 1, 'g', 0, 0, 1, nullptr, 0},
+    {"generate", 1, 'g', 0, 0, 1, gen, 0},
     {"gettoken", 8, 'g', 0, 0, 0, kvgettok, 0},
     {"global", 2, 'g', 0, 0, 0, macgen, 2},
     {"gdi", 3, 'g', 0, 0, 0, nullptr, 0},
@@ -244,7 +245,7 @@ static constexpr Builtin builtin_table[] = {
     {"quietly", 3, 'q', 0, 0, 0, prefix_quietly, 0},
     {"query", 1, 'q', 0, 0, 0, query, 0},
     {"rename", 3, 'r', 0, 0, 0, renamecmd, 0},
-    {"replace", 7, 'r', 0, 0, 1, nullptr, 0},
+    {"replace", 7, 'r', 0, 0, 1, replacecmd, 0},
     {"restore", 7, 'r', 0, 0, 0, nullptr, 0},
     {"return", 3, 'r', 0, 0, 0, nullptr, 0},
     {"rotate_cmd8", 11, 'r', 0, 0, 0, nullptr, 0},

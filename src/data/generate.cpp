@@ -1,0 +1,312 @@
+#include "data/generate.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "data/dataarea.h"
+#include "data/expr.h"
+#include "data/storage.h"
+#include "data/varlist.h"
+#include "data/vartab.h"
+#include "kernel/brk.h"
+#include "kernel/cmdparse.h"
+#include "kernel/errors.h"
+#include "kernel/gettok.h"
+#include "kernel/limits.h"
+#include "kernel/loop.h"
+#include "kernel/options.h"
+#include "output/spout.h"
+
+namespace korvu {
+
+uint8_t deftype = KV_FLOAT;
+extern int32_t bynvaronexit;
+
+bool selobs(int i) {
+    return !ifclause || xeq(&ifpgm, i) != 0;
+}
+
+void missmsg(int64_t n, int nl) {
+    if (n == 0) return;
+    uint8_t old = c_outlev;
+    c_outlev = 1;
+    spoutf("(%lld missing value%s generated)", static_cast<long long>(n), n == 1 ? "" : "s");
+    if (nl) newline();
+    c_outlev = old;
+}
+
+int promoted_vartype(int type, double x) {
+    if (type == KV_DOUBLE || type == KV_FLOAT || ismissing(x)) return type;
+    if (x != std::floor(x)) return type == KV_LONG ? KV_DOUBLE : KV_FLOAT;
+    if (std::fabs(x) >= 0x1p31) return KV_DOUBLE;
+    int t = type;
+    if (t == KV_BYTE && (x < -127 || x > 100)) t = KV_INT;
+    if (t == KV_INT && (x < -32767 || x > 32740)) t = KV_LONG;
+    if (t == KV_LONG && (x < -2147483647.0 || x > 2147483620.0)) t = KV_DOUBLE;
+    return t;
+}
+
+int doupnum(int v, int* type, double x) {
+    int t = promoted_vartype(*type, x);
+    if (t == *type) return 0;
+    if (int rc = change_vartype(v, t)) return error(rc);
+    *type = t;
+    return 0;
+}
+
+// The sort order no longer holds once a key variable changes.
+static void chksort(int v) {
+    for (int k = 0; srtlist && srtlist[k]; k++)
+        if (srtlist[k] == v) {
+            srtlist[k] = 0;
+            return;
+        }
+}
+
+static void storestr(int v, int i, const char* s) {
+    sstore(v, i, s);
+}
+
+int gen(int) {
+    // generate [type] newvar [= exp] [if] [in]
+    gettok(prsestd);
+    int type = 0;
+    bool fitstr = false;
+    if (!tokisstr(token)) {
+        if (!strcmp(token, "str"))
+            fitstr = true;
+        else if ((type = cvtype(token)) < 0)
+            return error(198);
+        else if (!type)
+            ungettok();
+    }
+    gettok(prsestd);
+    if (!token[0] || tokisstr(token) || iskeyorb(token)) return error(102);
+    std::string name = token;
+    if (byvar == 2) {
+        // the variable was made in the first group
+    } else {
+        if (int rc = chkname(name.c_str(), 1)) return rc;
+        if (int rc = chkreserved(name.c_str())) return rc;
+        if (sysfindvar(name.c_str())) return error2(3, name.c_str());
+    }
+    vable = 3;
+    wable = 1;
+    wprogtype = 3;
+    ifable = 0;
+    oable = 0;
+    byable = 0;
+    if (int rc = parse()) return rc;
+    bool isstr = wepgm.result_kind == 1;
+    if (type && isstrtype(type) != isstr) return error(109);
+    if (!type && !fitstr && isstr && vernum < 800) return error(109);
+    if (fitstr && !isstr) return error(109);
+    // a string with no declared width is sized to fit, from str1 up
+    bool grow = isstr && (fitstr || !type);
+    if (grow) type = 1;
+    if (!type) type = deftype;
+
+    int v;
+    if (byvar == 2) {
+        v = sysfindvar(name.c_str());
+        if (!v) return varnotfound(name.c_str());
+    } else {
+        if (int rc = addvar(name.c_str(), type)) return rc;
+        v = nvar;
+        i_nvar = nvar;
+        if (byvar == 1) bynvaronexit = nvar;
+    }
+    static int64_t gen_count = 0;
+    if (byvar != 2) gen_count = 0;
+    int64_t missing = 0;
+    if (!byvar) {
+        for (int i = 1; i <= nobs; i++) {
+            if (i >= nobs1 && i <= nobs2) continue;
+            if (isstr)
+                storestr(v, i, "");
+            else
+                store(v, i, misval);
+            missing++;
+        }
+    }
+    bool truncated = false;
+    if (isstr) {
+        char buf[EXP_STRMAX + 1];
+        for (int i = nobs1; i <= nobs2; i++) {
+            if (kvpollstd()) return 1;
+            if (!selobs(i)) {
+                storestr(v, i, "");
+                missing++;
+                continue;
+            }
+            sxeq(&wepgm, i, buf);
+            size_t len = strlen(buf);
+            if (!len) missing++;
+            int width = typlist[v - 1];
+            if (grow && static_cast<int>(len) > width) {
+                int want = len > KV_STRMAX ? KV_STRMAX : static_cast<int>(len);
+                if (static_cast<int>(len) > KV_STRMAX) truncated = true;
+                if (int rc = change_vartype(v, want)) return error(rc);
+                snprintf(fmtname(v), FMTLEN1, "%%%ds", want < 9 ? 9 : want);
+            }
+            storestr(v, i, buf);
+        }
+    } else {
+        // whole blocks at once unless the program reads other observations
+        // of the variable it writes (it cannot: the variable is new), or the
+        // result depends on order through an if
+        constexpr int B = 1024;
+        double out[B];
+        for (int from = nobs1; from <= nobs2; from += B) {
+            if (kvpollstd()) return 1;
+            int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
+            xeqblock(&wepgm, from, to, out);
+            for (int i = from; i <= to; i++) {
+                double x = out[i - from];
+                if (ifclause && !selobs(i)) x = misval;
+                if (ismissing(x)) missing++;
+                store(v, i, x);
+            }
+        }
+    }
+    gen_count += missing;
+    updata = 1;
+    if (!byvar || lastby) {
+        missmsg(gen_count, 1);
+        if (truncated) {
+            uint8_t old = c_outlev;
+            c_outlev = 1;
+            spoutf("(%s now truncated to str%d)\n", name.c_str(), KV_STRMAX);
+            c_outlev = old;
+        }
+    }
+    return 0;
+}
+
+int replacecmd(int) {
+    vable = 1;
+    wable = 1;
+    wprogtype = 3;
+    ifable = 0;
+    oable = 0;
+    opable = 0;
+    byable = 0;
+    if (int rc = parse()) return rc;
+    if (lnvar != 1) return error(lnvar < 1 ? 102 : 103);
+    int promote = findopt("promote", 4, 1);
+    if (int rc = chkopt()) return rc;
+    int v = varlist_vr[0];
+    int type = typlist[v - 1];
+    bool isstr = wepgm.result_kind == 1;
+    if (isstrtype(type) != isstr) return error(109);
+    int64_t changes = 0, tomissing = 0, lost = 0;
+    bool reads_self = exp_reads_other_obs(&wepgm, v);
+    if (isstr) {
+        char buf[EXP_STRMAX + 1], cur[KV_STRMAX + 1];
+        for (int i = nobs1; i <= nobs2; i++) {
+            if (kvpollstd()) break;
+            if (!selobs(i)) continue;
+            sxeq(&wepgm, i, buf);
+            if (!strcmp(buf, skorvu_data(v, i, cur))) continue;
+            int len = static_cast<int>(strlen(buf));
+            if (len > typlist[v - 1]) {
+                if (promote) {
+                    int want = len > KV_STRMAX ? KV_STRMAX : len;
+                    if (int rc = change_vartype(v, want)) return error(rc);
+                    snprintf(fmtname(v), FMTLEN1, "%%%ds", want < 9 ? 9 : want);
+                } else {
+                    lost++;
+                }
+            }
+            sstore(v, i, buf);
+            changes++;
+        }
+    } else {
+        auto one = [&](int i, double x) -> int {
+            double old = korvu_data(v, i);
+            if (memcmp(&old, &x, sizeof x) == 0 || (ismissing(old) && old == x)) return 0;
+            if (promote) {
+                if (int rc = doupnum(v, &type, x)) return rc;
+            }
+            store(v, i, x);
+            double now = korvu_data(v, i);
+            if (!promote && now != x && !(ismissing(now) && ismissing(x) && now == x)) {
+                if (ismissing(now) && !ismissing(x))
+                    tomissing++;
+                else
+                    lost++;
+            } else if (ismissing(x) && !ismissing(old)) {
+                tomissing++;
+            }
+            if (memcmp(&old, &now, sizeof now)) changes++;
+            return 0;
+        };
+        if (reads_self) {
+            for (int i = nobs1; i <= nobs2; i++) {
+                if (kvpollstd()) break;
+                if (!selobs(i)) continue;
+                if (int rc = one(i, xeq(&wepgm, i))) return rc;
+            }
+        } else {
+            constexpr int B = 1024;
+            double out[B];
+            for (int from = nobs1; from <= nobs2; from += B) {
+                if (kvpollstd()) break;
+                int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
+                xeqblock(&wepgm, from, to, out);
+                for (int i = from; i <= to; i++) {
+                    if (ifclause && !selobs(i)) continue;
+                    if (int rc = one(i, out[i - from])) return rc;
+                }
+            }
+        }
+    }
+    if (changes) {
+        updata = 1;
+        chksort(v);
+    }
+    uint8_t old = c_outlev;
+    c_outlev = 1;
+    spoutf("(%lld real change%s made", static_cast<long long>(changes), changes == 1 ? "" : "s");
+    if (tomissing) spoutf(", %lld to missing", static_cast<long long>(tomissing));
+    if (lost) spoutf(", %lld truncated due to storage type", static_cast<long long>(lost));
+    spout21(")\n");
+    c_outlev = old;
+    return stopflag ? 1 : 0;
+}
+
+int stdelete(int keep) {
+    vable = 3;
+    ifable = 0;
+    oable = 0;
+    byable = 0;
+    if (int rc = parse()) return rc;
+    if (!ifclause && !orange) return error(198);
+    if (nobs == 0) return 0;
+    // decide first, then compact the observation pointers in order
+    std::vector<char> gone(static_cast<size_t>(nobs) + 1, 0);
+    int64_t n = 0;
+    for (int i = 1; i <= nobs; i++) {
+        bool in = i >= nobs1 && i <= nobs2 && selobs(i);
+        gone[i] = keep ? !in : in;
+        n += gone[i];
+    }
+    if (!n) return 0;
+    std::vector<int32_t> kept, dropped;
+    kept.reserve(static_cast<size_t>(nobs - n));
+    for (int i = 1; i <= nobs; i++) (gone[i] ? dropped : kept).push_back(mapj[i - 1]);
+    std::copy(kept.begin(), kept.end(), mapj);
+    std::copy(dropped.begin(), dropped.end(), mapj + kept.size());
+    nobs -= static_cast<int32_t>(n);
+    updata = 1;
+    uint8_t old = c_outlev;
+    c_outlev = 1;
+    spoutf("(%lld observation%s deleted)\n", static_cast<long long>(n), n == 1 ? "" : "s");
+    c_outlev = old;
+    return 0;
+}
+
+} // namespace korvu
