@@ -25,7 +25,7 @@ keep cc a
 list
 capture noisily drop
 capture noisily drop a if 1
-capture noisily drop in 1
+capture noisily drop in 5
 capture noisily drop zz
 drop a*
 list
