@@ -35,9 +35,7 @@ static int takeopts(UseOpts& o) {
 }
 
 static int badfilespec() {
-    c_outlev = 3;
-    spout21("invalid file specification\n");
-    return 198;
+    return error(7197);
 }
 
 // Parses the line against a borrowed variable table (the file's names).

@@ -236,11 +236,7 @@ int savecmd(int) {
             return error(198);
         const char* s = macptr("S_FN");
         size_t n = s ? std::strlen(s) : 0;
-        if (n < 1 || n > 498) {
-            c_outlev = 3;
-            spout21("invalid file specification\n");
-            return 198;
-        }
+        if (n < 1 || n > 498) return error(7197);
         std::snprintf(fn, sizeof fn, "%s", s);
     } else {
         gettok(prsestd);
