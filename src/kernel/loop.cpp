@@ -14,6 +14,7 @@
 #include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/macro.h"
 #include "kernel/syscmds.h"
 #include "output/log.h"
 #include "output/spout.h"

@@ -32,7 +32,6 @@ extern int32_t cmdlog_on;
 extern uint8_t in_byable_ado; // a by-able program is running under by
 
 int getreq(int fromprog);
-int macexp();                    // expands `console` in place
 int pgmgetline();                // next line of the running program into `console`; 1 at its end
 int runprogram();                // runs `cmd` as a defined or autoloaded program
 void log_echo(const char* line); // the echo of a typed line, for the logs only

@@ -18,9 +18,8 @@ extern int32_t tmpfctr;  // counter behind temporary file names
 // --- expansion --------------------------------------------------------------
 
 // Expands `console` in place and primes the tokenizer on it. Returns 0, or 920
-// after reporting it. Does nothing when `procflg` is 0. This is the body of the
-// loop's `macexp()`.
-int macexp_console();
+// after reporting it. Does nothing when `procflg` is 0.
+int macexp();
 // Expands any writable line of `cap` bytes in place (the line must stay below
 // `cap`). Returns 0 or 920, without reporting and without touching the
 // tokenizer.

@@ -377,7 +377,7 @@ int macexp_text(char* line, size_t cap) {
     return 0;
 }
 
-int macexp_console() {
+int macexp() {
     if (!procflg) return 0;
     int rc = macexp_text(console, static_cast<size_t>(conslen));
     settok(console);

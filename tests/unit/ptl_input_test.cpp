@@ -2,6 +2,8 @@
 // shown literally, asis mode and the way out of it, raw sends, line endings.
 #include <gtest/gtest.h>
 
+#include "ptl_engine.h"
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -24,21 +26,6 @@ Bytes cat(std::initializer_list<Bytes> parts) {
     for (const Bytes& b : parts) out.insert(out.end(), b.begin(), b.end());
     return out;
 }
-
-struct Engine {
-    Ptl* p = ptlopen();
-    PtlCapture cap;
-    explicit Engine(int width = 79) {
-        ptlset_user(p, ptl_capture_sink, &cap);
-        ptlset_maxwidth(p, width);
-    }
-    ~Engine() {
-        p->sink = nullptr;
-        ptlclose(p);
-    }
-    void send(const std::string& s) { ptlsend(p, s.data(), static_cast<int>(s.size())); }
-    void raw(const std::string& s) { ptlsendraw(p, s.data(), static_cast<int>(s.size())); }
-};
 
 TEST(PtlInput, TagSplitOverTwoSends) {
     Engine e;

@@ -2,6 +2,8 @@
 // 1, 2 and 3, and the "{ptag}\n" state written when a ptag log attaches.
 #include <gtest/gtest.h>
 
+#include "ptl_engine.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -30,19 +32,6 @@ struct TempFile {
         close(r);
         return s;
     }
-};
-
-struct Engine {
-    Ptl* p = ptlopen();
-    PtlCapture cap;
-    Engine() { ptlset_user(p, ptl_capture_sink, &cap); }
-    ~Engine() {
-        if (p) {
-            p->sink = nullptr;
-            ptlclose(p);
-        }
-    }
-    void send(const std::string& s) { ptlsend(p, s.data(), static_cast<int>(s.size())); }
 };
 
 TEST(PtlLog, OutputLogOnAPipeMatchesTheRenderedLines) {

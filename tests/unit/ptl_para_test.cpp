@@ -2,6 +2,8 @@
 // held across sends, links in a paragraph, and the two-column layout.
 #include <gtest/gtest.h>
 
+#include "ptl_engine.h"
+
 #include <string>
 #include <vector>
 
@@ -10,25 +12,6 @@
 
 namespace korvu {
 namespace {
-
-struct Engine {
-    Ptl* p = ptlopen();
-    PtlCapture cap;
-    explicit Engine(int width = 79) {
-        ptlset_user(p, ptl_capture_sink, &cap);
-        ptlset_maxwidth(p, width);
-    }
-    ~Engine() {
-        p->sink = nullptr;
-        ptlclose(p);
-    }
-    void send(const std::string& s) { ptlsend(p, s.data(), static_cast<int>(s.size())); }
-    std::vector<std::string> texts() const {
-        std::vector<std::string> v;
-        for (size_t i = 0; i < cap.lines.size(); i++) v.push_back(cap.text(i));
-        return v;
-    }
-};
 
 using Lines = std::vector<std::string>;
 

@@ -2,6 +2,8 @@
 // dialog tabs, syntax diagrams, and old help mode.
 #include <gtest/gtest.h>
 
+#include "ptl_engine.h"
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,33 +13,6 @@
 
 namespace korvu {
 namespace {
-
-struct Engine {
-    Ptl* p = ptlopen();
-    PtlCapture cap;
-    explicit Engine(int width = 79, bool rich = false) {
-        ptlset_user(p, ptl_capture_sink, &cap);
-        PtlChars c{width, static_cast<uint8_t>(rich)};
-        ptlset_chars(p, &c);
-    }
-    ~Engine() {
-        p->sink = nullptr;
-        ptlclose(p);
-    }
-    void send(const std::string& s) { ptlsend(p, s.data(), static_cast<int>(s.size())); }
-    std::vector<std::string> texts() const {
-        std::vector<std::string> v;
-        for (size_t i = 0; i < cap.lines.size(); i++) v.push_back(cap.text(i));
-        return v;
-    }
-    // (start, attribute) of every run of line i
-    std::vector<int> runs(size_t i) const {
-        const uint8_t* r = tpl_runs(cap.lines[i].data());
-        std::vector<int> v;
-        for (int k = 0; k <= r[0]; k++) v.push_back(r[1 + 2 * k]), v.push_back(r[2 + 2 * k]);
-        return v;
-    }
-};
 
 using Lines = std::vector<std::string>;
 using Ints = std::vector<int>;

@@ -2,6 +2,8 @@
 // template layout, worked out by hand.
 #include <gtest/gtest.h>
 
+#include "ptl_engine.h"
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -13,20 +15,6 @@ namespace korvu {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-struct Engine {
-    Ptl* p = ptlopen();
-    PtlCapture cap;
-    explicit Engine(int width = 79) {
-        ptlset_user(p, ptl_capture_sink, &cap);
-        ptlset_maxwidth(p, width);
-    }
-    ~Engine() {
-        p->sink = nullptr;
-        ptlclose(p);
-    }
-    void send(const std::string& s) { ptlsend(p, s.data(), static_cast<int>(s.size())); }
-};
 
 Bytes B(std::initializer_list<int> v) {
     return Bytes(v.begin(), v.end());
