@@ -237,6 +237,7 @@ void select_chunk(int from, int to, std::vector<double>& buf, std::vector<uint8_
 int countcmd(int) {
     vable = 3;
     opable = 3;
+    byable = 0;
     if (int rc = parse()) return rc;
     initialize_xeq();
     int64_t count = 0;
@@ -258,6 +259,7 @@ int countcmd(int) {
 int assertcmd(int) {
     pfixeq();
     vable = 3;
+    byable = 0;
     wable = 1;
     opable = 0;
     if (int rc = parse()) return rc;

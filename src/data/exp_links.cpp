@@ -10,8 +10,10 @@
 #include "data/expr.h"
 #include "data/formats.h"
 #include "data/label.h"
+#include "data/missing.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/loop.h"
@@ -50,14 +52,16 @@ static double rcp_value(int id, int obs) {
     return rcpxeq(o.recipe, o.var, obs);
 }
 
-static double by_value(int which, int obs) {
+static double by_value(int which, int) {
+    int32_t n1, n2;
     switch (which) {
-    case 0: return byvar ? 1 : 0;
-    case 1: return lastby ? 1 : 0;
-    case 3: return nobs1;
-    case 4: return nobs2;
+    case 0: return by_fcn();
+    case 1: return by_lastcall();
+    case 2: return by_call();
+    case 3: by_fromto(&n1, &n2); return n1;
+    case 4: by_fromto(&n1, &n2); return n2;
     }
-    return byvar;
+    return misval;
 }
 
 // Temporary variables made since a frame began go when it ends.

@@ -8,6 +8,7 @@
 
 #include "data/dataarea.h"
 #include "data/expr.h"
+#include "data/sort.h"
 #include "data/storage.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
@@ -55,15 +56,6 @@ int doupnum(int v, int* type, double x) {
     if (int rc = change_vartype(v, t)) return error(rc);
     *type = t;
     return 0;
-}
-
-// The sort order no longer holds once a key variable changes.
-static void chksort(int v) {
-    for (int k = 0; srtlist && srtlist[k]; k++)
-        if (srtlist[k] == v) {
-            srtlist[k] = 0;
-            return;
-        }
 }
 
 static void storestr(int v, int i, const char* s) {
@@ -266,7 +258,7 @@ int replacecmd(int) {
     }
     if (changes) {
         updata = 1;
-        chksort(v);
+        chksort_var(v);
     }
     uint8_t old = c_outlev;
     c_outlev = 1;
@@ -287,25 +279,35 @@ int stdelete(int keep) {
     if (!ifclause && !orange) return error(198);
     if (nobs == 0) return 0;
     // decide first, then compact the observation pointers in order
+    // under by only the observations of the group are in question
     std::vector<char> gone(static_cast<size_t>(nobs) + 1, 0);
     int64_t n = 0;
-    for (int i = 1; i <= nobs; i++) {
+    int32_t from = byvar ? nobss1 : 1, to = byvar ? nobss2 : nobs;
+    for (int i = from; i <= to; i++) {
         bool in = i >= nobs1 && i <= nobs2 && selobs(i);
         gone[i] = keep ? !in : in;
         n += gone[i];
     }
-    if (!n) return 0;
-    std::vector<int32_t> kept, dropped;
-    kept.reserve(static_cast<size_t>(nobs - n));
-    for (int i = 1; i <= nobs; i++) (gone[i] ? dropped : kept).push_back(mapj[i - 1]);
-    std::copy(kept.begin(), kept.end(), mapj);
-    std::copy(dropped.begin(), dropped.end(), mapj + kept.size());
-    nobs -= static_cast<int32_t>(n);
-    updata = 1;
-    uint8_t old = c_outlev;
-    c_outlev = 1;
-    spoutf("(%lld observation%s deleted)\n", static_cast<long long>(n), n == 1 ? "" : "s");
-    c_outlev = old;
+    if (n) {
+        std::vector<int32_t> kept, dropped;
+        kept.reserve(static_cast<size_t>(nobs - n));
+        for (int i = 1; i <= nobs; i++) (gone[i] ? dropped : kept).push_back(mapj[i - 1]);
+        std::copy(kept.begin(), kept.end(), mapj);
+        std::copy(dropped.begin(), dropped.end(), mapj + kept.size());
+        nobs -= static_cast<int32_t>(n);
+        updata = 1;
+    }
+    // under by the count covers every group and shows after the last
+    static int64_t total = 0;
+    if (byvar != 2) total = 0;
+    total += n;
+    if ((!byvar || lastby) && total) {
+        uint8_t old = c_outlev;
+        c_outlev = 1;
+        spoutf("(%lld observation%s deleted)\n", static_cast<long long>(total),
+               total == 1 ? "" : "s");
+        c_outlev = old;
+    }
     return 0;
 }
 

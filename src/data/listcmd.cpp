@@ -85,6 +85,7 @@ void emit(std::string& line) {
 } // namespace
 
 int listcmd(int) {
+    byable = 0;
     ifable = 0;
     oable = 0;
     opable = 0;

@@ -18,6 +18,7 @@
 #include "kernel/argparse.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
@@ -371,11 +372,18 @@ int confirm(int) {
 
 // The marker from the present parse: 1 where an observation is in range, its
 // if-expression true and its weight usable, 0 elsewhere.
-static int markdata(const char* name, int zeroweight) {
+static int markdata(const char* name, int zeroweight, int by) {
     if (int rc = addvar(name, 251)) return rc;
     int v = nvar;
+    // a program called once per by-group marks its group only
+    int32_t lo = nobs1, hi = nobs2;
+    ByContext c = bycontext(pbs_sys);
+    if (by && (c.kind == 2 || c.kind == 3)) {
+        if (c.first > lo) lo = c.first;
+        if (c.last < hi) hi = c.last;
+    }
     for (int i = 1; i <= nobs; i++) {
-        bool on = i >= nobs1 && i <= nobs2;
+        bool on = i >= lo && i <= hi;
         if (on && ifclause) on = xeq(&ifpgm, i) != 0;
         if (on && weclause) {
             double w = xeq(&wepgm, i);
@@ -416,22 +424,22 @@ int markcmd(int) {
     if (int rc = parse()) return rc;
     if (lnvar != 1) return error(lnvar ? 103 : 102);
     int zero = findopt("zeroweight", 4, 0);
-    findopt("by", 2, 1);
+    int by = findopt("by", 2, 1);
     if (int rc = chkopt()) return rc;
     std::string name = newvarname[0];
     if (varlist_vr[0]) return error2(3, name.c_str());
-    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), zero) : markdata(name.c_str(), zero);
+    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), zero) : markdata(name.c_str(), zero, by);
 }
 
 int markin(int) {
     vable = 1, vexists = 0, ifable = 0, oable = 0, opable = 0;
     if (int rc = parse()) return rc;
     if (lnvar != 1) return error(lnvar ? 103 : 102);
-    findopt("by", 2, 1);
+    int by = findopt("by", 2, 1);
     if (int rc = chkopt()) return rc;
     std::string name = newvarname[0];
     if (varlist_vr[0]) return error2(3, name.c_str());
-    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), 0) : markdata(name.c_str(), 0);
+    return arg_hooks.mark ? arg_hooks.mark(name.c_str(), 0) : markdata(name.c_str(), 0, by);
 }
 
 int markout(int) {

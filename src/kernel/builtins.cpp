@@ -8,6 +8,7 @@
 #include "data/expr.h"
 #include "data/generate.h"
 #include "data/label.h"
+#include "data/sort.h"
 #include "data/varcmds.h"
 #include "kernel/argparse.h"
 #include "kernel/flow.h"
@@ -261,7 +262,7 @@ static constexpr Builtin builtin_table[] = {
     {"score_cmd8", 10, 's', 0, 0, 0, nullptr, 0},
     {"showpoint", 8, 's', 0, 0, 0, nullptr, 0},
     {"shell", 2, 's', 0, 0, 0, shellcmd, 0},
-    {"sort", 2, 's', 0, 0, 0, nullptr, 0},
+    {"sort", 2, 's', 0, 0, 0, sortcmd, 0},
     {"sleep", 5, 's', 0, 0, 0, sleepcmd, 0},
     {"sortmapj", 8, 's', 0, 0, 0, nullptr, 0},
     {"sreturn", 4, 's', 0, 0, 0, nullptr, 0},

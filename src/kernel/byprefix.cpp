@@ -10,18 +10,74 @@
 #include "data/varlist.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/program.h"
 #include "output/spout.h"
 
 namespace korvu {
 
 int32_t bynvaronexit = -1;
+int32_t by_index = 0;
+char pbs_msg[16];
+static std::string pending_byvars; // "1 a b" or "0 a b" for a one-call program
+
+ByContext bycontext(const char* pbs) {
+    ByContext c;
+    memcpy(&c, pbs, sizeof c);
+    return c;
+}
+
+int set_by_env() {
+    ByContext c = bycontext(pbs_msg);
+    memcpy(pbs_sys, pbs_msg, sizeof pbs_sys);
+    memset(pbs_msg, 0, sizeof pbs_msg);
+    in_byable_ado = c.kind != 0;
+    if (c.kind != 1) return 0;
+    std::string v = pending_byvars;
+    pending_byvars.clear();
+    bool rc0 = !v.empty() && v[0] == '1';
+    v = v.size() > 2 ? v.substr(2) : "";
+    if (int rc = macresave("__byvars", v.c_str())) return rc;
+    return macresave("__byrc0", rc0 ? ", rc0" : "");
+}
+
+int korvu_adobycontext() {
+    ByContext c = bycontext(pbs_sys);
+    return c.kind == 2 || c.kind == 3;
+}
+
+int by_fcn() {
+    if (byvar) return byvar;
+    ByContext c = bycontext(pbs_sys);
+    if (!c.kind) return 0;
+    return c.index > 1 ? 2 : 1;
+}
+int by_call() {
+    if (byvar) return by_index;
+    return bycontext(pbs_sys).index;
+}
+int by_lastcall() {
+    if (byvar) return lastby ? 1 : 0;
+    ByContext c = bycontext(pbs_sys);
+    return c.kind ? c.lastgroup : 1;
+}
+void by_fromto(int32_t* n1, int32_t* n2) {
+    ByContext c = bycontext(pbs_sys);
+    if (!byvar && c.kind) {
+        *n1 = c.first;
+        *n2 = c.last;
+    } else {
+        *n1 = nobs1;
+        *n2 = nobs2;
+    }
+}
 int (*syssort_hook)(const int32_t* vars, int n) = nullptr;
-int (*byability_hook)(const char* name) = nullptr;
 
 // Reads a list of existing variables from text into `out`.
 static int readvars(char* text, std::vector<int32_t>& out) {
@@ -85,12 +141,32 @@ static void groupheader(const std::vector<int32_t>& vars, int obs) {
     c_outlev = old;
 }
 
-// Runs the rest of the line once per group.
-static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* word, char* rest) {
+// A command run per group gets its own copy of the line, from the command
+// word on: what it runs may overwrite the command buffer.
+static void startline(std::vector<char>& line, const std::string& rest, const char* word) {
+    line.assign(rest.begin(), rest.end());
+    line.push_back(0);
+    settok(line.data());
+    gettok(prsestd);
+    strcpy(cmd, word);
+}
+
+static void reportrc(int rc) {
+    uint8_t old = c_outlev;
+    c_outlev = 1;
+    spoutf("(return code was %d)\n", rc);
+    c_outlev = old;
+}
+
+// Runs a built-in command, the rest of the line, once per group.
+static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* word,
+                     const std::string& rest) {
     bool silent = silent_under_by(word);
+    std::vector<char> line;
     int rc = 0;
     int32_t start = 1;
     bynvaronexit = -1;
+    by_index = 0;
     for (byvar = 1; start <= nobs; byvar = 2) {
         int32_t end = start;
         while (end < nobs && sameobs(vars, start, end + 1)) end++;
@@ -98,21 +174,19 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
             rc = 1;
             break;
         }
+        by_index++;
         if (!silent) groupheader(vars, start);
         nobs1 = nobss1 = start;
         nobs2 = nobss2 = end;
         lastby = end == nobs;
-        settok(rest);
-        gettok(prsestd);
-        strcpy(cmd, word);
+        startline(line, rest, word);
+        int32_t before = nobs;
         rc = selreq();
+        end -= before - nobs; // observations the command dropped from the group
         if (nvar != i_nvar && bynvaronexit < 0) bynvaronexit = nvar;
         nvar = bynvaronexit >= 0 ? bynvaronexit : i_nvar;
-        if (rc > 1 && (rc0 || silent)) {
-            uint8_t old = c_outlev;
-            c_outlev = 1;
-            spoutf("(return code was %d)\n", rc);
-            c_outlev = old;
+        if (rc > 1 && rc0 && !silent) {
+            reportrc(rc);
             rc = 0;
         }
         if (rc) break;
@@ -122,6 +196,65 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
     if (bynvaronexit >= 0) i_nvar = bynvaronexit;
     return rc;
 }
+
+// Calls a program declared byable(recall) once per group; the groups are all
+// found first, so what the program does to the data does not move them.
+static int recall(const std::vector<int32_t>& vars, bool rc0, int kind, const char* word,
+                  const std::string& rest) {
+    std::vector<std::pair<int32_t, int32_t>> groups;
+    for (int32_t start = 1; start <= nobs;) {
+        int32_t end = start;
+        while (end < nobs && sameobs(vars, start, end + 1)) end++;
+        groups.emplace_back(start, end);
+        start = end + 1;
+    }
+    std::vector<char> line;
+    int rc = 0;
+    for (size_t g = 0; g < groups.size(); g++) {
+        if (kvpollstd()) return 1;
+        auto [first, last] = groups[g];
+        if (kind == 2) groupheader(vars, first);
+        ByContext c{};
+        c.index = static_cast<int32_t>(g + 1);
+        c.first = first;
+        c.last = last;
+        c.kind = static_cast<uint8_t>(kind);
+        c.lastgroup = g + 1 == groups.size();
+        memcpy(pbs_msg, &c, sizeof c);
+        byvar = 0;
+        startline(line, rest, word);
+        rc = selreq();
+        memset(pbs_msg, 0, sizeof pbs_msg);
+        if (rc > 1 && rc0) {
+            reportrc(rc);
+            rc = 0;
+        }
+        if (rc) break;
+    }
+    return rc;
+}
+
+// Calls a program declared byable(onecall) once; it does its own grouping.
+static int onecall(const std::vector<int32_t>& vars, bool rc0, const char* word,
+                   const std::string& rest) {
+    pending_byvars = rc0 ? "1" : "0";
+    for (int32_t v : vars) pending_byvars += std::string(" ") + varname(v);
+    ByContext c{};
+    c.first = 1;
+    c.last = nobs;
+    c.kind = 1;
+    c.lastgroup = 1;
+    memcpy(pbs_msg, &c, sizeof c);
+    byvar = 0;
+    std::vector<char> line;
+    startline(line, rest, word);
+    int rc = selreq();
+    memset(pbs_msg, 0, sizeof pbs_msg);
+    pending_byvars.clear();
+    return rc;
+}
+
+static int by_depth = 0;
 
 int byprefix(int sort) {
     if (byvar) return error(7198);
@@ -188,16 +321,21 @@ int byprefix(int sort) {
         if (int rc = syssort_hook(keys.data(), static_cast<int>(keys.size()))) return rc;
     }
     // the command word
+    // the groups run the line from the command word on
     settok(rest);
+    char* after = wheretok();
     gettok(prsestd);
-    if (tokis(token, ":")) gettok(prsestd);
+    if (tokis(token, ":")) {
+        after = wheretok();
+        gettok(prsestd);
+    }
     char word[33];
     snprintf(word, sizeof word, "%s", token);
-    char* after = wheretok();
+    if (cmdcmp(word, "by", 2) || cmdcmp(word, "bysort", 3)) return error(7198);
     if (const char* full = findbyablebuiltin(word)) {
-        (void)full;
+        if (silent_under_by(full)) snprintf(word, sizeof word, "%s", full);
         if (nobs == 0) return 0;
-        return grouploop(vars, rc0, word, after);
+        return grouploop(vars, rc0, word, std::string(after));
     }
     if (const char* full = findbuiltin(word)) {
         uint8_t old = c_outlev;
@@ -207,8 +345,13 @@ int byprefix(int sort) {
         return 190;
     }
     // programs declare whether they are by-able
-    int mode = byability_hook ? byability_hook(word) : 9;
-    if (mode == 9) return error(9733);
+    int mode = byability(word);
+    if (mode == 9) {
+        snprintf(cmd, sizeof cmd, "%s", word);
+        if (int rc = autoload("ado", 1)) return rc;
+        mode = byability(word);
+        if (mode == 9) return error(9733);
+    }
     if (mode == 0) {
         uint8_t old = c_outlev;
         c_outlev = 3;
@@ -216,7 +359,18 @@ int byprefix(int sort) {
         c_outlev = old;
         return 190;
     }
-    return notyet("by with a program");
+    if (by_depth >= 99) {
+        uint8_t old = c_outlev;
+        c_outlev = 3;
+        spout21("too many nested by's\n");
+        c_outlev = old;
+        return 920;
+    }
+    by_depth++;
+    std::string line(after);
+    int rc = mode == 1 ? onecall(vars, rc0, word, line) : recall(vars, rc0, mode, word, line);
+    by_depth--;
+    return rc;
 }
 
 } // namespace korvu

@@ -173,7 +173,7 @@ int parse1() {
     c_outlev = 3;
     if (ifable == 2) ifable = 0;
     if (byvar == 0) {
-        nobs1 = 1, nobs2 = nobs, orange = 0;
+        nobs1 = nobss1 = 1, nobs2 = nobss2 = nobs, orange = 0;
     } else {
         if (byable == 3) return error(190);
         orange = 1;

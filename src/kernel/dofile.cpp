@@ -426,6 +426,7 @@ static void keeprc(int (*step)()) {
 void doepilog(Frame* f, int mode, int keep) {
     if (frame_hooks.profiler_addtime) frame_hooks.profiler_addtime(sys_pgmname, 0);
     int retcls = mode == DO_PROGRAM ? pgm_retcls(f->pgm) : 0;
+    uint8_t resort = resort_on_exit; // the program's own, before its fields go back
     if (mode == DO_PROGRAM) {
         korvu_rmsg = f->rmsg;
         pgm_epilog(f->pgm);
@@ -466,7 +467,10 @@ void doepilog(Frame* f, int mode, int keep) {
         if (estrestore && frame_hooks.estirestore) keeprc(frame_hooks.estirestore);
         estrestore = f->estrestore;
         if (frame_hooks.cleanesti) keeprc(frame_hooks.cleanesti);
-        if (resort_on_exit && frame_hooks.sort_restore) frame_hooks.sort_restore(1);
+        if (resort && frame_hooks.sort_restore) {
+            int rc = frame_hooks.sort_restore(1);
+            if (rc && !globalrc) globalrc = rc;
+        }
         resort_on_exit = f->resort_on_exit;
         if (hastmp_hreturn && frame_hooks.cleanhret) keeprc(frame_hooks.cleanhret);
         psvfctr = f->psvfctr;

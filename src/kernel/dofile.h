@@ -73,6 +73,7 @@ struct FrameHooks {
     int (*restore)(int automatic);        // preserve: bring the data back
     int (*estirestore)();                 // held estimates back
     int (*cleanesti)();                   // drop estimates made for the frame
+    int (*sort_preserve)();               // sortpreserve: remember the order
     int (*sort_restore)(int automatic);   // sortpreserve order back
     int (*cleanhret)();                   // held returns of the frame
     int (*rmtmpclass)();                  // temporary class objects

@@ -11,6 +11,7 @@
 #include "data/vartab.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/dofile.h"
@@ -503,6 +504,7 @@ int pgm_prolog(PgmFrame* f) {
     f->is_cls = sys_is_cls;
     f->pclass = program_class;
     f->resort = resort_on_exit;
+    f->byable_ado = in_byable_ado;
     f->mvmodern = mvmodern;
     f->caller_vernum = caller_vernum;
     memcpy(f->pgmclass, sys_pgmclass, sizeof f->pgmclass);
@@ -521,6 +523,13 @@ int pgm_prolog(PgmFrame* f) {
     sys_pgmloc = p;
     sys_upline = 0;
     runprog = 1;
+    if (int rc = set_by_env()) return rc;
+    if (resort_on_exit && frame_hooks.sort_preserve) {
+        if (int rc = frame_hooks.sort_preserve()) {
+            resort_on_exit = 0;
+            return rc;
+        }
+    }
     return 0;
 }
 
@@ -539,6 +548,7 @@ void pgm_epilog(const PgmFrame* f) {
     sys_is_cls = f->is_cls;
     program_class = f->pclass;
     resort_on_exit = f->resort;
+    in_byable_ado = f->byable_ado;
     mvmodern = f->mvmodern;
     caller_vernum = f->caller_vernum;
     memcpy(sys_pgmclass, f->pgmclass, sizeof sys_pgmclass);

@@ -66,6 +66,7 @@ static int ninitlines = 0;
 
 void console_close();
 void link_expressions();
+void link_sorting();
 void link_macro_functions();
 extern const char* (*fkey_lookup)(const char* name);
 
@@ -415,6 +416,7 @@ int sinit0(int argc, char** argv) {
     labels_install();
     link_labels_to_variables();
     link_expressions();
+    link_sorting();
     link_macro_functions();
     sinit_state = 13;
     if (shownotes) {

@@ -21,6 +21,7 @@
 #include "data/formats.h"
 #include "data/varcmds.h"
 #include "data/missing.h"
+#include "data/sort.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -162,6 +163,7 @@ static constexpr SetRow set_table[] = {
     {"tracehilite", 11, set_tracehilite},
     {"obs", 3, set_obs},
     {"varabbrev", 9, set_varabbrev},
+    {"sortseed", 8, set_sortseed},
 };
 
 int setcmd(int) {

@@ -1,0 +1,305 @@
+// Orders recorded in an index variable: the `sort` command itself, restoring
+// an order (`sort ..., index()`, sortpreserve), and ranking one variable
+// through an index without moving the data.
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "data/char.h"
+#include "data/dataarea.h"
+#include "data/sort.h"
+#include "data/storage.h"
+#include "data/vartab.h"
+#include "kernel/brk.h"
+#include "kernel/cmdparse.h"
+#include "kernel/dict.h"
+#include "kernel/dofile.h"
+#include "kernel/errors.h"
+#include "kernel/gettok.h"
+#include "kernel/macro.h"
+#include "kernel/options.h"
+#include "output/spout.h"
+
+namespace korvu {
+
+inline constexpr int DM_SORTPRESERVE = 34;
+
+int mkidxvar(char* buf) {
+    int v = addwrkvar(KV_LONG, 0);
+    if (v < 0) return v;
+    std::strcpy(buf, varname(v));
+    int off = mapi[v - 1];
+    for (int32_t i = 1; i <= nobs; i++) std::memcpy(obsptr(i) + off, &i, 4);
+    i_nvar = nvar;
+    return v;
+}
+
+// Drops one variable by number.
+static int dropvar(int v) {
+    char_dropvar(varname(v));
+    if (v == nvar) {
+        nvar--;
+        i_nvar = nvar;
+        return 0;
+    }
+    if (int rc = markrow_open()) return rc;
+    for (int k = 1; k <= nvar; k++) markrow_set(k, k == v);
+    remvar();
+    i_nvar = nvar;
+    return 0;
+}
+
+static void declare(int n) {
+    int k = 0;
+    for (; k < n && k < maxmaxvar; k++) srtlist[k] = static_cast<int16_t>(varlist_vr[k]);
+    srtlist[k] = 0;
+}
+
+int sysidxsort(const char* name, int report) {
+    int x = sysfindvar(name);
+    if (!x) return report ? varnotfound(name) : 111;
+    int n = lnvar;
+    int off = mapi[x - 1];
+    bool islong = typlist[x - 1] == KV_LONG;
+    auto index = [&](int32_t i) {
+        if (islong) {
+            int32_t r;
+            std::memcpy(&r, obsptr(i) + off, 4);
+            return static_cast<int64_t>(r);
+        }
+        double d = korvu_data(x, i);
+        return d == static_cast<double>(static_cast<int64_t>(d)) ? static_cast<int64_t>(d)
+                                                                 : int64_t{-1};
+    };
+    // already in that order?
+    bool listed = true;
+    for (int k = 0; k < n && listed; k++) listed = srtlist[k] == varlist_vr[k];
+    if (listed && srtlist[n] == x && islong) {
+        bool same = true;
+        for (int32_t i = 1; i <= nobs && same; i++) same = index(i) == i;
+        if (same) {
+            reset_sort(n);
+            return 0;
+        }
+    }
+    // cycle following: every swap puts one observation in its place
+    bool ok = true;
+    for (int32_t i = 1; i <= nobs && ok; i++) {
+        if (report && kvpollstd()) return 1;
+        for (int64_t t = index(i); t != i; t = index(i)) {
+            if (t < 1 || t > nobs || index(static_cast<int32_t>(t)) == t) {
+                ok = false;
+                break;
+            }
+            exch(i, static_cast<int32_t>(t));
+        }
+    }
+    if (ok) {
+        declare(n);
+        return 0;
+    }
+    // not a permutation: a general sort with the index as the last key
+    varlist_vr[n] = x;
+    lnvar = n + 1;
+    nobs1 = 1;
+    nobs2 = nobs;
+    int rc = syssort(0);
+    lnvar = n;
+    if (!rc) reset_sort(n);
+    return rc;
+}
+
+// --- sortpreserve ---------------------------------------------------------------
+
+static int32_t preserve_depth = 0;
+
+int sort_preserve() {
+    preserve_depth++;
+    char idx[NAMELEN1];
+    int v = mkidxvar(idx);
+    if (v < 0) {
+        preserve_depth--;
+        return -v;
+    }
+    if (int rc = macresave("__sortindex", idx)) return rc;
+    std::vector<char> rec;
+    for (int k = 0; srtlist[k]; k++) {
+        char name[NAMELEN1] = {};
+        std::snprintf(name, sizeof name, "%s", varname(srtlist[k]));
+        rec.insert(rec.end(), name, name + NAMELEN1);
+    }
+    char last[NAMELEN1] = {};
+    std::snprintf(last, sizeof last, "%s", idx);
+    rec.insert(rec.end(), last, last + NAMELEN1);
+    std::string key = std::to_string(preserve_depth);
+    if (!dmsave(key.c_str(), DM_SORTPRESERVE, 0, rec.data(), rec.size())) return error(950);
+    return 0;
+}
+
+int sort_restore(int flag) {
+    std::string key = std::to_string(preserve_depth);
+    void* item = dmfind0(key.c_str(), DM_SORTPRESERVE);
+    if (!item) {
+        c_outlev = 3;
+        spout21("could not restore sort index -- system header not found\n");
+        return 9196;
+    }
+    const char* rec = static_cast<const char*>(item);
+    int nnames = static_cast<int>(dmsize(item) / NAMELEN1);
+    std::string idx(rec + (nnames - 1) * NAMELEN1);
+    int rc = 0;
+    if (flag) {
+        int n = 0;
+        for (int k = 0; k + 1 < nnames && !rc; k++) {
+            int v = sysfindvar(rec + k * NAMELEN1);
+            if (!v) {
+                c_outlev = 3;
+                spout21("could not restore sort order because variables were dropped\n");
+                rc = 196;
+            } else {
+                varlist_vr[n++] = v;
+            }
+        }
+        if (!rc) {
+            lnvar = n;
+            int old = setbreak(0);
+            rc = sysidxsort(idx.c_str(), 0);
+            setbreak(old);
+        }
+    }
+    if (int x = sysfindvar(idx.c_str())) dropvar(x);
+    dmrm(item);
+    preserve_depth--;
+    return rc;
+}
+
+// --- ranking through an index -----------------------------------------------------
+
+namespace {
+inline int32_t idata(int idx, int32_t i) {
+    int32_t r;
+    std::memcpy(&r, dtaptr(idx, i), 4);
+    return r;
+}
+inline void istore(int idx, int32_t i, int32_t r) {
+    std::memcpy(dtaptr(idx, i), &r, 4);
+}
+// Compares the observations two index cells name, over one or two keys.
+struct IdxCmp {
+    int v, w;
+    int operator()(int32_t a, int32_t b) const {
+        for (int key : {v, w}) {
+            if (!key) break;
+            int d;
+            if (isstrtype(typlist[key - 1])) {
+                d = std::strncmp(reinterpret_cast<const char*>(dtaptr(key, a)),
+                                 reinterpret_cast<const char*>(dtaptr(key, b)), typlist[key - 1]);
+            } else {
+                double x = korvu_data(key, a), y = korvu_data(key, b);
+                d = x < y ? -1 : (x > y ? 1 : 0);
+            }
+            if (d) return d < 0 ? -1 : 1;
+        }
+        return 0;
+    }
+};
+} // namespace
+
+static void sortvar_n(int v, int w, int idx, int32_t n) {
+    IdxCmp cmp{v, w};
+    if (!w && srtlist[0] == v) return; // the data are in this order already
+    bool ordered = true;
+    for (int32_t i = 1; i < n && ordered; i++) ordered = cmp(idata(idx, i), idata(idx, i + 1)) <= 0;
+    if (ordered) return;
+    // the quicksort of the sort itself, on the index cells
+    std::vector<std::pair<int32_t, int32_t>> todo{{1, n}};
+    while (!todo.empty()) {
+        auto [lo, hi] = todo.back();
+        todo.pop_back();
+        if (lo >= hi) continue;
+        int32_t pv = idata(idx, hi), i = lo - 1, j = hi;
+        int last;
+        for (;;) {
+            do last = cmp(idata(idx, ++i), pv);
+            while (last < 0);
+            do --j;
+            while (j > i && cmp(idata(idx, j), pv) > 0);
+            if (i >= j) break;
+            int32_t t = idata(idx, i);
+            istore(idx, i, idata(idx, j));
+            istore(idx, j, t);
+        }
+        int32_t t = idata(idx, i);
+        istore(idx, i, idata(idx, hi));
+        istore(idx, hi, t);
+        todo.emplace_back(lo, i - 1);
+        todo.emplace_back(i + 1, hi);
+    }
+}
+
+void sortvar0(int v, int idx, int32_t n) {
+    sortvar_n(v, 0, idx, n);
+}
+void sortvar1(int v, int w, int idx, int32_t n) {
+    sortvar_n(v, w, idx, n);
+}
+
+int32_t sortvar(int v, int idx, int32_t n1, int32_t n2, const uint8_t* sel) {
+    if (typlist[idx - 1] != KV_LONG) return -109;
+    std::vector<int32_t> front, back;
+    bool str = isstrtype(typlist[v - 1]);
+    for (int32_t i = 1; i <= nobs; i++) {
+        bool on = i >= n1 && i <= n2 && (!sel || sel[i - 1]);
+        if (on && !str) on = korvu_data(v, i) < misval;
+        (on ? front : back).push_back(i);
+    }
+    int32_t k = 1;
+    for (int32_t i : front) istore(idx, k++, i);
+    for (int32_t i : back) istore(idx, k++, i);
+    int32_t n = static_cast<int32_t>(front.size());
+    sortvar0(v, idx, n);
+    return n;
+}
+
+// --- the command ------------------------------------------------------------------
+
+int sortcmd(int) {
+    vable = 1;
+    ifable = 3;
+    oable = 0;
+    opable = 0;
+    if (int rc = parse()) return rc;
+    int stable = findopt("stable", 5, 0);
+    char idx[200];
+    findargn("index", 5, idx, sizeof idx, 1);
+    if (int rc = chkopt()) return rc;
+    if (idx[0]) {
+        if (orange || stable || std::strlen(idx) > 32) return error(198);
+        return sysidxsort(idx, 1);
+    }
+    return syssort(stable);
+}
+
+int set_sortseed() {
+    gettok(prsestd);
+    double x;
+    if (!token[0] || cnvstoz(token, &x) || x != static_cast<double>(static_cast<int64_t>(x)) ||
+        x < 0 || x > 2147483647.0)
+        return error(198);
+    gettok(prsestd);
+    if (token[0]) return error(198);
+    setsortseed(static_cast<uint32_t>(x));
+    return 0;
+}
+
+extern int (*syssort_hook)(const int32_t* vars, int n);
+
+void link_sorting() {
+    syssort_hook = syssort_vars;
+    frame_hooks.sort_preserve = sort_preserve;
+    frame_hooks.sort_restore = sort_restore;
+}
+
+} // namespace korvu
