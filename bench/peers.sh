@@ -277,7 +277,8 @@ One dataset of N observations of 12 doubles made by numpy with a fixed seed
 by Korvu from a format-113 file and by R and pandas from the raw columns;
 loading is not timed. Each figure is the best of 3 runs of the workload alone.
 Korvu: its own timing of each command (\`set rmsg on\`, in hundredths of a
-second cut down, so 0.03 means 0.03 to 0.04; every sort after a fresh \`use\`). R: \`dt[, y := x*2 + log(z)]\`,
+second cut down, so 0.03 means 0.03 to 0.04; every sort after a fresh \`use\`).
+R: \`dt[, y := x*2 + log(z)]\`,
 \`dt[, v5 := v5*3 + 1]\`, \`dt[x > 0.5 & z < 1 | k == 3, .N]\`,
 \`setorder(dt, x)\` (always a stable radix sort; each from a copy of the
 original order). pandas: \`df["y"] = df["x"]*2 + np.log(df["z"])\`,
