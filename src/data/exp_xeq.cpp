@@ -474,8 +474,22 @@ bool blockable(const ExpObj* o, int* depth) {
     return true;
 }
 
+// Records are read through mapj at a stride the hardware does not follow
+// well: the cells are asked for some records ahead.
 template <int T> void gather(double* c, int v, int i0, int m) {
     const int off = mapi[v - 1];
+    if (i0 >= 1 && i0 + m - 1 <= nobs) {
+        constexpr int AHEAD = 64;
+        const int32_t* map = mapj + i0 - 1;
+        const uint8_t* base = xtraptr + off;
+        const ptrdiff_t w = syslrecl;
+        const int reach = nobs - i0 + 1; // entries of map that are observations
+        for (int j = 0; j < m; j++) {
+            if (j + AHEAD < reach) __builtin_prefetch(base + map[j + AHEAD] * w);
+            c[j] = decode_cell(base + map[j] * w, T);
+        }
+        return;
+    }
     for (int j = 0; j < m; j++) {
         int i = i0 + j;
         c[j] = static_cast<unsigned>(i - 1) < static_cast<unsigned>(nobs)

@@ -62,6 +62,49 @@ static void storestr(int v, int i, const char* s) {
     sstore(v, i, s);
 }
 
+// Stores x into cells of one type through a record pointer: the type is
+// decided once per loop, not per observation.
+template <int T> static int64_t storeblock(int v, int from, int to, const double* x, bool count) {
+    const int off = mapi[v - 1];
+    int64_t missing = 0;
+    constexpr int AHEAD = 64; // cells asked for ahead of the stores
+    const int reach = nobs;
+    for (int i = from; i <= to; i++) {
+        if (i + AHEAD <= reach) __builtin_prefetch(obsptr(i + AHEAD) + off, 1);
+        double y = x[i - from];
+        if (count && ismissing(y)) missing++;
+        encode_cell(obsptr(i) + off, T, y);
+    }
+    return missing;
+}
+
+static int64_t storeblock_any(int v, int from, int to, const double* x, bool count) {
+    switch (typlist[v - 1]) {
+    case KV_DOUBLE: return storeblock<KV_DOUBLE>(v, from, to, x, count);
+    case KV_FLOAT: return storeblock<KV_FLOAT>(v, from, to, x, count);
+    case KV_LONG: return storeblock<KV_LONG>(v, from, to, x, count);
+    case KV_INT: return storeblock<KV_INT>(v, from, to, x, count);
+    default: return storeblock<KV_BYTE>(v, from, to, x, count);
+    }
+}
+
+// The numeric loop of generate over nobs1..nobs2, by blocks of the
+// evaluator; with Count the missing results are counted into *missing.
+template <bool Count> static int genblocks(int v, int64_t* missing) {
+    constexpr int B = 1024;
+    double out[B];
+    for (int from = nobs1; from <= nobs2; from += B) {
+        if (kvpollstd()) return 1;
+        int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
+        xeqblock(&wepgm, from, to, out);
+        if (ifclause)
+            for (int i = from; i <= to; i++)
+                if (!selobs(i)) out[i - from] = misval;
+        *missing += storeblock_any(v, from, to, out, Count);
+    }
+    return 0;
+}
+
 int gen(int) {
     // generate [type] newvar [= exp] [if] [in]
     gettok(prsestd);
@@ -150,19 +193,10 @@ int gen(int) {
         // whole blocks at once unless the program reads other observations
         // of the variable it writes (it cannot: the variable is new), or the
         // result depends on order through an if
-        constexpr int B = 1024;
-        double out[B];
-        for (int from = nobs1; from <= nobs2; from += B) {
-            if (kvpollstd()) return 1;
-            int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
-            xeqblock(&wepgm, from, to, out);
-            for (int i = from; i <= to; i++) {
-                double x = out[i - from];
-                if (ifclause && !selobs(i)) x = misval;
-                if (ismissing(x)) missing++;
-                store(v, i, x);
-            }
-        }
+        // at quietly level nobody sees the count: that loop does not keep it
+        bool quiet = s_outlev > 1 && !byvar;
+        if (int rc = quiet ? genblocks<false>(v, &missing) : genblocks<true>(v, &missing))
+            return rc;
     }
     gen_count += missing;
     updata = 1;
@@ -236,7 +270,27 @@ int replacecmd(int) {
             if (memcmp(&old, &now, sizeof now)) changes++;
             return 0;
         };
-        if (reads_self) {
+        if (type == KV_DOUBLE && !reads_self) {
+            // a double holds every value: no promotion, no loss, only changes
+            constexpr int B = 1024;
+            double out[B];
+            const int off = mapi[v - 1];
+            for (int from = nobs1; from <= nobs2; from += B) {
+                if (kvpollstd()) break;
+                int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
+                xeqblock(&wepgm, from, to, out);
+                for (int i = from; i <= to; i++) {
+                    if (ifclause && !selobs(i)) continue;
+                    uint8_t* p = obsptr(i) + off;
+                    double old, x = out[i - from];
+                    memcpy(&old, p, 8);
+                    if (memcmp(&old, &x, 8) == 0) continue;
+                    memcpy(p, &x, 8);
+                    changes++;
+                    if (ismissing(x) && !ismissing(old)) tomissing++;
+                }
+            }
+        } else if (reads_self) {
             for (int i = nobs1; i <= nobs2; i++) {
                 if (kvpollstd()) break;
                 if (!selobs(i)) continue;
