@@ -228,7 +228,8 @@ int replacecmd(int) {
     int type = typlist[v - 1];
     bool isstr = wepgm.result_kind == 1;
     if (isstrtype(type) != isstr) return error(109);
-    int64_t changes = 0, tomissing = 0, lost = 0;
+    // lost: cut by the storage type; lostmiss: made missing by its range
+    int64_t changes = 0, tomissing = 0, lost = 0, lostmiss = 0;
     bool reads_self = exp_reads_other_obs(&wepgm, v);
     if (isstr) {
         char buf[EXP_STRMAX + 1], cur[KV_STRMAX + 1];
@@ -261,7 +262,7 @@ int replacecmd(int) {
             double now = korvu_data(v, i);
             if (!promote && now != x && !(ismissing(now) && ismissing(x) && now == x)) {
                 if (ismissing(now) && !ismissing(x))
-                    tomissing++;
+                    lostmiss++;
                 else
                     lost++;
             } else if (ismissing(x) && !ismissing(old)) {
@@ -318,7 +319,9 @@ int replacecmd(int) {
     c_outlev = 1;
     spoutf("(%lld real change%s made", static_cast<long long>(changes), changes == 1 ? "" : "s");
     if (tomissing) spoutf(", %lld to missing", static_cast<long long>(tomissing));
-    if (lost) spoutf(", %lld truncated due to storage type", static_cast<long long>(lost));
+    if (lost) spoutf(", %lld truncated", static_cast<long long>(lost));
+    if (lostmiss) spoutf(", %lld changed to missing", static_cast<long long>(lostmiss));
+    if (lost || lostmiss) spout21(" due to storage type");
     spout21(")\n");
     c_outlev = old;
     return stopflag ? 1 : 0;

@@ -255,6 +255,27 @@ static int onecall(const std::vector<int32_t>& vars, bool rc0, const char* word,
 }
 
 static int by_depth = 0;
+int32_t nsysbylist = 0;
+
+int byoptp() {
+    char buf[40];
+    findargn("by", 2, buf, sizeof buf, 33);
+    nsysbylist = 0;
+    if (!buf[0]) return 0;
+    std::vector<int32_t> vars;
+    if (int rc = readvars(buf, vars)) return rc;
+    if (static_cast<int>(vars.size()) > maxmaxvar) return error(1002);
+    for (int32_t v : vars) sysbylist[nsysbylist++] = static_cast<int16_t>(v);
+    sysbylist[nsysbylist] = 0;
+    return 0;
+}
+
+int byoptc() {
+    if (int rc = byoptp()) return rc;
+    for (int k = 0; k < nsysbylist; k++)
+        if (srtlist[k] != sysbylist[k]) return error(5);
+    return 0;
+}
 
 int byprefix(int sort) {
     if (byvar) return error(7198);

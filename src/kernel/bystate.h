@@ -29,6 +29,13 @@ int set_by_env();
 // A program is being run once per by-group.
 int korvu_adobycontext();
 
+// The by() option of commands that take one: the variables go into
+// sysbylist (nsysbylist of them); byoptc also requires the data sorted on
+// them (5 otherwise).
+extern int32_t nsysbylist;
+int byoptp();
+int byoptc();
+
 // The evaluator's by functions: 0 outside a by, else 1 or 2 (first or later
 // group); the group number; 1 on the last group; the group's range.
 int by_fcn();
