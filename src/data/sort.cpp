@@ -360,11 +360,13 @@ int sortrange(Elems<E> a, int32_t lo, int32_t hi, Cmp cmp, bool unique) {
         }
     }
     if (monotone) {
-        if (s > 0)
-            for (int64_t k = 0; k < n / 2; k++)
-                exch(lo + static_cast<int32_t>(k), hi - static_cast<int32_t>(k));
+        if (s < 0) return 0; // ascending already: nothing moves
+        updata = 1;
+        for (int64_t k = 0; k < n / 2; k++)
+            exch(lo + static_cast<int32_t>(k), hi - static_cast<int32_t>(k));
         return 0;
     }
+    updata = 1;
     if (unique || !sample_ties(a, cmp)) {
         bool sorted;
         if constexpr (std::is_same_v<E, NumE> && !std::is_same_v<Cmp, NumMore>) {

@@ -19,7 +19,8 @@ TEST(SortGenerator, RecurrenceFromTheInitialSeed) {
     setsortseed(1001);
     srndobs(1, 10);
     // s' = ((s*3433) & M) + ((s*65536) & M), & M; draw = trunc(s'/(M-1) * 9 + .5) + 1
-    const uint32_t states[] = {69037969u, 508436345u, 85790113u, 540853257u, 317316273u, 2127659417u};
+    const uint32_t states[] = {69037969u,  508436345u, 85790113u,
+                               540853257u, 317316273u, 2127659417u};
     const int32_t draws[] = {1, 3, 1, 3, 2, 10};
     for (int k = 0; k < 6; k++) {
         EXPECT_EQ(rndobs(), draws[k]) << k;
