@@ -119,9 +119,19 @@ struct NumE {
     int32_t pos;
 };
 struct StrE {
+    uint64_t pre; // the first 8 bytes, big-endian, zero after the end of the text
     const char* k;
     int32_t pos;
 };
+
+// The prefix key of a string cell: unsigned comparison of prefixes is strcmp
+// over the first 8 bytes.
+inline uint64_t strprefix(const char* p, int w) {
+    uint64_t r = 0;
+    int k = 0;
+    for (; k < 8 && k < w && p[k]; k++) r = (r << 8) | static_cast<unsigned char>(p[k]);
+    return r << (8 * (8 - k));
+}
 
 struct NumOnly {
     int operator()(const NumE& a, const NumE& b) const { return cmpnum(a.k, b.k); }
@@ -143,7 +153,13 @@ struct StrMore {
     const Rest* r;
     int width;
     int operator()(const StrE& a, const StrE& b) const {
-        int d = cmpcell(a.k, b.k, width);
+        int d;
+        if (a.pre != b.pre)
+            d = a.pre < b.pre ? -1 : 1;
+        else if (width <= 8 || (a.pre & 0xff) == 0)
+            d = 0; // both texts end within the prefix
+        else
+            d = cmpcell(a.k + 8, b.k + 8, width - 8);
         return d ? d : cmprest(*r, a.pos, b.pos);
     }
 };
@@ -423,8 +439,10 @@ static int sortkeys(const int32_t* keys, int nk, bool stable, int32_t lo, int32_
     int t = typlist[v - 1];
     if (isstrtype(t)) {
         Elems<StrE> a{arena<StrE>(A_ELEMS, n), static_cast<int64_t>(n)};
-        for (int32_t i = lo; i <= hi; i++)
-            a[i - lo] = {reinterpret_cast<const char*>(dtaptr(v, i)), i - lo};
+        for (int32_t i = lo; i <= hi; i++) {
+            const char* p = reinterpret_cast<const char*>(dtaptr(v, i));
+            a[i - lo] = {strprefix(p, t), p, i - lo};
+        }
         return sortrange(a, lo, hi, StrMore{&rest, t}, stable);
     }
     Elems<NumE> a{arena<NumE>(A_ELEMS, n), static_cast<int64_t>(n)};

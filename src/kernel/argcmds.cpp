@@ -409,7 +409,7 @@ static int markoutdata(const char* marker, const int* vars, int n, int strok, in
             if (typlist[v - 1] > 244) {
                 double x = korvu_data(v, i);
                 drop = sysmissok ? x == misval : x >= misval;
-            } else if (!strok) {
+            } else {
                 drop = skorvu_data(v, i, buf.data())[0] == 0;
             }
         }
@@ -450,14 +450,17 @@ int markout(int) {
     if (int rc = chkopt()) return rc;
     if (typlist[varlist_vr[0] - 1] != 251) {
         c_outlev = 3;
-        spout21("not byte\n");
+        spoutf("%s not byte\n", varname(varlist_vr[0]));
         return 198;
     }
     std::vector<int> vars;
     for (int k = 2; k <= lnvar; k++) {
         const Recipe* r = realrcp(k);
         if (r && !rcpiszero(r)) return error(6101);
-        vars.push_back(realvarlist(k));
+        int v = realvarlist(k);
+        // a string variable marks out its empty cells, and only when asked
+        if (isstrtype(typlist[v - 1]) && !strok) return error(109);
+        vars.push_back(v);
     }
     auto fn = arg_hooks.markout ? arg_hooks.markout : markoutdata;
     return fn(varname(varlist_vr[0]), vars.data(), static_cast<int>(vars.size()), strok, sysmissok);

@@ -43,7 +43,8 @@ mk2 x y in 2/3
 * the temporary marker goes with the program that made it
 describe, short
 mark m1 in 1/3
-markout m1 s
+capture noisily markout m1 s
+markout m1 s, strok
 list
 mark m2
 markout m2 s, strok

@@ -50,6 +50,23 @@ input str5 s
 end
 sort s
 assert s[1] == "" & s[2] == "B" & s[3] == "a" & s[4] == "ab" & s[5] == "b"
+* texts longer than 8 bytes that share their start
+drop _all
+input str12 s
+"abcdefghij"
+"abcdefghi"
+"abcdefgh"
+"abcdefghia"
+"abcdefgz"
+"b"
+"abcdefghij"
+end
+gen id = _n
+sort s
+assert s[1] == "abcdefgh" & s[2] == "abcdefghi" & s[3] == "abcdefghia"
+assert s[4] == "abcdefghij" & s[5] == "abcdefghij" & s[6] == "abcdefgz" & s[7] == "b"
+sort s id
+assert id[4] == 1 & id[5] == 7
 * one observation and the empty dataset declare their order
 drop _all
 set obs 1
