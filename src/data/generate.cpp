@@ -315,6 +315,12 @@ int replacecmd(int) {
         updata = 1;
         chksort_var(v);
     }
+    // under by the counts cover every group and show after the last
+    static int64_t by_changes, by_tomissing, by_lost, by_lostmiss;
+    if (byvar != 2) by_changes = by_tomissing = by_lost = by_lostmiss = 0;
+    by_changes += changes, by_tomissing += tomissing, by_lost += lost, by_lostmiss += lostmiss;
+    if (byvar && !lastby) return stopflag ? 1 : 0;
+    changes = by_changes, tomissing = by_tomissing, lost = by_lost, lostmiss = by_lostmiss;
     uint8_t old = c_outlev;
     c_outlev = 1;
     spoutf("(%lld real change%s made", static_cast<long long>(changes), changes == 1 ? "" : "s");

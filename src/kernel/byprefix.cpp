@@ -167,7 +167,11 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
     int32_t start = 1;
     bynvaronexit = -1;
     by_index = 0;
-    for (byvar = 1; start <= nobs; byvar = 2) {
+    // a group whose command failed leaves nothing to reuse: the next group
+    // reads the line again, as the first did
+    bool failed = false;
+    for (byvar = 1; start <= nobs; byvar = failed ? 1 : 2) {
+        failed = false;
         int32_t end = start;
         while (end < nobs && sameobs(vars, start, end + 1)) end++;
         if (kvpollstd()) {
@@ -188,6 +192,7 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
         if (rc > 1 && rc0 && !silent) {
             reportrc(rc);
             rc = 0;
+            failed = true;
         }
         if (rc) break;
         start = end + 1;
