@@ -333,6 +333,42 @@ int replacecmd(int) {
     return stopflag ? 1 : 0;
 }
 
+bool chkint(int code) {
+    return code == KV_BYTE || code == KV_INT || code == KV_LONG;
+}
+
+int64_t lclcmprs(const char* gone) {
+    // kept pointers move forward in order; the removed ones go behind them
+    int32_t k = 0;
+    std::vector<int32_t> dropped;
+    for (int32_t i = 1; i <= nobs; i++) {
+        if (gone[i])
+            dropped.push_back(mapj[i - 1]);
+        else
+            mapj[k++] = mapj[i - 1];
+    }
+    if (dropped.empty()) return 0;
+    std::copy(dropped.begin(), dropped.end(), mapj + k);
+    nobs = k;
+    updata = 1;
+    return static_cast<int64_t>(dropped.size());
+}
+
+int64_t dropobsifmarked(int v) {
+    std::vector<char> gone(static_cast<size_t>(nobs) + 1, 0);
+    for (int32_t i = 1; i <= nobs; i++) gone[i] = korvu_data(v, i) != 0;
+    return lclcmprs(gone.data());
+}
+
+const char* wgtkeyword(int kind) {
+    switch (kind) {
+    case 1: return "aweight";
+    case 2: return "fweight";
+    case 8: return "iweight";
+    default: return "pweight";
+    }
+}
+
 int stdelete(int keep) {
     vable = 3;
     ifable = 0;
@@ -351,15 +387,7 @@ int stdelete(int keep) {
         gone[i] = keep ? !in : in;
         n += gone[i];
     }
-    if (n) {
-        std::vector<int32_t> kept, dropped;
-        kept.reserve(static_cast<size_t>(nobs - n));
-        for (int i = 1; i <= nobs; i++) (gone[i] ? dropped : kept).push_back(mapj[i - 1]);
-        std::copy(kept.begin(), kept.end(), mapj);
-        std::copy(dropped.begin(), dropped.end(), mapj + kept.size());
-        nobs -= static_cast<int32_t>(n);
-        updata = 1;
-    }
+    lclcmprs(gone.data());
     // under by the count covers every group and shows after the last
     static int64_t total = 0;
     if (byvar != 2) total = 0;

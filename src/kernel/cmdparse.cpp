@@ -5,6 +5,7 @@
 #include <string>
 
 #include "data/expr.h"
+#include "data/generate.h"
 #include "data/varlist.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
@@ -298,12 +299,11 @@ int parse_ifinopts() {
 int wgtdflt(int dflt) {
     if (byvar == 2 || wgttype) return 0;
     wgttype = dflt;
-    if (weclause && !runprog) {
-        static constexpr const char* names[] = {"", "aweight", "fweight", "",       "pweight",
-                                                "", "",        "",        "iweight"};
+    // a program running quietly says nothing
+    if (weclause && !wgtold && !(runprog && s_outlev > 1)) {
         uint8_t old = c_outlev;
         c_outlev = 1;
-        spoutf("(%s weights assumed)\n", dflt >= 0 && dflt <= 8 ? names[dflt] : "");
+        spoutf("(%s weights assumed)\n", wgtkeyword(dflt));
         c_outlev = old;
     }
     return 0;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "data/dataarea.h"
+#include "data/generate.h"
 #include "data/sort.h"
 #include "data/storage.h"
 #include "data/vartab.h"
@@ -96,6 +97,29 @@ TEST_F(Ranking, SecondKeyBreaksTies) {
     sortvar1(1, 2, 3, 5);
     const int32_t want[] = {5, 4, 2, 3, 1};
     for (int i = 1; i <= 5; i++) EXPECT_EQ(idx(i), want[i - 1]) << i;
+}
+
+TEST_F(Ranking, DroppingMarkedObservationsKeepsTheOthersInOrder) {
+    ASSERT_EQ(addvar("x", KV_DOUBLE), 0);
+    ASSERT_EQ(addvar("m", KV_LONG), 0);
+    ASSERT_EQ(repartobs(6), 0);
+    nobs = 6;
+    const double marks[] = {0, 1, 0, 0, 7, 0};
+    for (int i = 1; i <= 6; i++) {
+        store(1, i, i * 10);
+        store(2, i, marks[i - 1]);
+    }
+    updata = 0;
+    int32_t slot2 = mapj[1], slot5 = mapj[4];
+    EXPECT_EQ(dropobsifmarked(2), 2);
+    ASSERT_EQ(nobs, 4);
+    const double left[] = {10, 30, 40, 60};
+    for (int i = 1; i <= 4; i++) EXPECT_EQ(korvu_data(1, i), left[i - 1]);
+    // the records of the dropped observations are free slots behind
+    EXPECT_EQ(mapj[4], slot2);
+    EXPECT_EQ(mapj[5], slot5);
+    EXPECT_EQ(updata, 1);
+    EXPECT_EQ(dropobsifmarked(2), 0);
 }
 
 } // namespace
