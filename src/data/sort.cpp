@@ -130,7 +130,7 @@ inline uint64_t strprefix(const char* p, int w) {
     uint64_t r = 0;
     int k = 0;
     for (; k < 8 && k < w && p[k]; k++) r = (r << 8) | static_cast<unsigned char>(p[k]);
-    return r << (8 * (8 - k));
+    return k ? r << (8 * (8 - k)) : 0;
 }
 
 struct NumOnly {

@@ -70,3 +70,18 @@ assert $c1 == 250656373 & $c2 == 167229695435
 sort k
 run _cks
 assert $c1 == 250743002 & $c2 == 167395031512
+* two numeric keys with ties and missing values in a byte key, then a range
+drop _all
+set sortseed 1001
+set obs 3000
+gen id = _n
+gen byte a = mod(_n*_n, 7)
+replace a = . if mod(_n, 70) == 0
+replace a = .a if mod(_n, 50) == 0
+gen b = mod(_n*13, 5)
+sort a b
+run _cks
+assert $c1 == 6755165439 & $c2 == 13514051422975
+sort b in 1001/2500
+run _cks
+assert $c1 == 6752409875 & $c2 == 13507136153815
