@@ -88,21 +88,30 @@ static int64_t storeblock_any(int v, int from, int to, const double* x, bool cou
     }
 }
 
-// The numeric loop of generate over nobs1..nobs2, by blocks of the
-// evaluator; with Count the missing results are counted into *missing.
-template <bool Count> static int genblocks(int v, int64_t* missing) {
+// Evaluates =exp over nobs1..nobs2 a block at a time, handing each block of
+// results to fn(from, to, out); stops at a break (1) or at fn's code.
+template <class Fn> static int overblocks(Fn fn) {
     constexpr int B = 1024;
     double out[B];
     for (int from = nobs1; from <= nobs2; from += B) {
         if (kvpollstd()) return 1;
         int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
         xeqblock(&wepgm, from, to, out);
+        if (int rc = fn(from, to, out)) return rc;
+    }
+    return 0;
+}
+
+// The numeric loop of generate; with Count the missing results are counted
+// into *missing.
+template <bool Count> static int genblocks(int v, int64_t* missing) {
+    return overblocks([&](int from, int to, double* out) {
         if (ifclause)
             for (int i = from; i <= to; i++)
                 if (!selobs(i)) out[i - from] = misval;
         *missing += storeblock_any(v, from, to, out, Count);
-    }
-    return 0;
+        return 0;
+    });
 }
 
 int gen(int) {
@@ -273,13 +282,8 @@ int replacecmd(int) {
         };
         if (type == KV_DOUBLE && !reads_self) {
             // a double holds every value: no promotion, no loss, only changes
-            constexpr int B = 1024;
-            double out[B];
             const int off = mapi[v - 1];
-            for (int from = nobs1; from <= nobs2; from += B) {
-                if (kvpollstd()) break;
-                int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
-                xeqblock(&wepgm, from, to, out);
+            overblocks([&](int from, int to, const double* out) {
                 for (int i = from; i <= to; i++) {
                     if (ifclause && !selobs(i)) continue;
                     uint8_t* p = obsptr(i) + off;
@@ -290,7 +294,8 @@ int replacecmd(int) {
                     changes++;
                     if (ismissing(x) && !ismissing(old)) tomissing++;
                 }
-            }
+                return 0;
+            });
         } else if (reads_self) {
             for (int i = nobs1; i <= nobs2; i++) {
                 if (kvpollstd()) break;
@@ -298,17 +303,14 @@ int replacecmd(int) {
                 if (int rc = one(i, xeq(&wepgm, i))) return rc;
             }
         } else {
-            constexpr int B = 1024;
-            double out[B];
-            for (int from = nobs1; from <= nobs2; from += B) {
-                if (kvpollstd()) break;
-                int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
-                xeqblock(&wepgm, from, to, out);
+            int rc = overblocks([&](int from, int to, const double* out) {
                 for (int i = from; i <= to; i++) {
                     if (ifclause && !selobs(i)) continue;
                     if (int rc = one(i, out[i - from])) return rc;
                 }
-            }
+                return 0;
+            });
+            if (rc > 1) return rc; // 1 is a break: what was done is reported
         }
     }
     if (changes) {

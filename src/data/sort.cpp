@@ -456,6 +456,12 @@ static int sortkeys(const int32_t* keys, int nk, bool stable, int32_t lo, int32_
     return sortrange(a, lo, hi, NumOnly{}, false);
 }
 
+void setsrtlist(int n) {
+    int k = 0;
+    for (; k < n && k < maxmaxvar; k++) srtlist[k] = static_cast<int16_t>(varlist_vr[k]);
+    srtlist[k] = 0;
+}
+
 int syssort(int stable) {
     int32_t lo = nobs1, hi = nobs2;
     int nk = lnvar;
@@ -465,11 +471,7 @@ int syssort(int stable) {
     if (srtlist) srtlist[0] = 0;
     int rc = hi > lo && nk > 0 ? sortkeys(varlist_vr, nk, work, lo, hi) : 0;
     if (rc) return rc;
-    if (lo == 1 && hi == nobs && nk > 0) {
-        int k = 0;
-        for (; k < nk && k < maxmaxvar; k++) srtlist[k] = static_cast<int16_t>(varlist_vr[k]);
-        srtlist[k] = 0;
-    }
+    if (lo == 1 && hi == nobs && nk > 0) setsrtlist(nk);
     return 0;
 }
 
@@ -479,6 +481,72 @@ int syssort_vars(const int32_t* vars, int n) {
     nobs1 = 1;
     nobs2 = nobs;
     return syssort(0);
+}
+
+// --- ranking through an index -------------------------------------------------------
+
+namespace {
+inline int32_t idata(int idx, int32_t i) {
+    int32_t r;
+    std::memcpy(&r, dtaptr(idx, i), 4);
+    return r;
+}
+inline void istore(int idx, int32_t i, int32_t r) {
+    std::memcpy(dtaptr(idx, i), &r, 4);
+}
+// Compares the observations that two index cells name, over one or two keys.
+struct IdxCmp {
+    int v, w;
+    int operator()(int32_t a, int32_t b) const {
+        for (int key : {v, w}) {
+            if (!key) break;
+            int t = typlist[key - 1];
+            int d = isstrtype(t) ? cmpcell(reinterpret_cast<const char*>(dtaptr(key, a)),
+                                           reinterpret_cast<const char*>(dtaptr(key, b)), t)
+                                 : cmpnum(korvu_data(key, a), korvu_data(key, b));
+            if (d) return d;
+        }
+        return 0;
+    }
+};
+
+// Orders idx[1..n] by v, then w; ties free. The quicksort of the sort itself
+// runs on the observation numbers the index holds.
+void rank(int v, int w, int idx, int32_t n) {
+    if (!w && srtlist[0] == v) return; // the data are in this order already
+    IdxCmp cmp{v, w};
+    std::vector<int32_t> a(static_cast<size_t>(n));
+    for (int32_t i = 1; i <= n; i++) a[i - 1] = idata(idx, i);
+    bool ordered = true;
+    for (int32_t i = 1; i < n && ordered; i++) ordered = cmp(a[i - 1], a[i]) <= 0;
+    if (ordered) return;
+    quicksort(a.data(), 0, n - 1, cmp);
+    for (int32_t i = 1; i <= n; i++) istore(idx, i, a[i - 1]);
+}
+} // namespace
+
+void sortvar0(int v, int idx, int32_t n) {
+    rank(v, 0, idx, n);
+}
+void sortvar1(int v, int w, int idx, int32_t n) {
+    rank(v, w, idx, n);
+}
+
+int32_t sortvar(int v, int idx, int32_t n1, int32_t n2, const uint8_t* sel) {
+    if (typlist[idx - 1] != KV_LONG) return -109;
+    std::vector<int32_t> front, back;
+    bool str = isstrtype(typlist[v - 1]);
+    for (int32_t i = 1; i <= nobs; i++) {
+        bool on = i >= n1 && i <= n2 && (!sel || sel[i - 1]);
+        if (on && !str) on = korvu_data(v, i) < misval;
+        (on ? front : back).push_back(i);
+    }
+    int32_t k = 1;
+    for (int32_t i : front) istore(idx, k++, i);
+    for (int32_t i : back) istore(idx, k++, i);
+    int32_t n = static_cast<int32_t>(front.size());
+    sortvar0(v, idx, n);
+    return n;
 }
 
 } // namespace korvu

@@ -31,6 +31,7 @@ int sysidxsort(const char* name, int report);
 // bytes); its number, or a negated code.
 int mkidxvar(char* buf);
 
+void setsrtlist(int n);  // declare the order of varlist_vr[0..n-1]
 void chksort();          // varlist_vr's variables changed: cut srtlist at the first
 void chksort_var(int v); // variable v changed
 void reset_sort(int k);  // cut srtlist at position k

@@ -1,6 +1,5 @@
-// Orders recorded in an index variable: the `sort` command itself, restoring
-// an order (`sort ..., index()`, sortpreserve), and ranking one variable
-// through an index without moving the data.
+// Orders recorded in an index variable: the `sort` command itself and
+// restoring an order (`sort ..., index()`, sortpreserve).
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -51,12 +50,6 @@ static int dropvar(int v) {
     return 0;
 }
 
-static void declare(int n) {
-    int k = 0;
-    for (; k < n && k < maxmaxvar; k++) srtlist[k] = static_cast<int16_t>(varlist_vr[k]);
-    srtlist[k] = 0;
-}
-
 int sysidxsort(const char* name, int report) {
     int x = sysfindvar(name);
     if (!x) return report ? varnotfound(name) : 111;
@@ -97,7 +90,7 @@ int sysidxsort(const char* name, int report) {
         }
     }
     if (ok) {
-        declare(n);
+        setsrtlist(n);
         return 0;
     }
     // not a permutation: a general sort with the index as the last key
@@ -123,7 +116,13 @@ int sort_preserve() {
         preserve_depth--;
         return -v;
     }
-    if (int rc = macresave("__sortindex", idx)) return rc;
+    // on failure nothing stays behind: no index, no entry, the depth back
+    auto undo = [&](int rc) {
+        dropvar(v);
+        preserve_depth--;
+        return rc;
+    };
+    if (int rc = macresave("__sortindex", idx)) return undo(rc);
     std::vector<char> rec;
     for (int k = 0; srtlist[k]; k++) {
         char name[NAMELEN1] = {};
@@ -134,7 +133,7 @@ int sort_preserve() {
     std::snprintf(last, sizeof last, "%s", idx);
     rec.insert(rec.end(), last, last + NAMELEN1);
     std::string key = std::to_string(preserve_depth);
-    if (!dmsave(key.c_str(), DM_SORTPRESERVE, 0, rec.data(), rec.size())) return error(950);
+    if (!dmsave(key.c_str(), DM_SORTPRESERVE, 0, rec.data(), rec.size())) return undo(950);
     return 0;
 }
 
@@ -173,94 +172,6 @@ int sort_restore(int flag) {
     dmrm(item);
     preserve_depth--;
     return rc;
-}
-
-// --- ranking through an index -----------------------------------------------------
-
-namespace {
-inline int32_t idata(int idx, int32_t i) {
-    int32_t r;
-    std::memcpy(&r, dtaptr(idx, i), 4);
-    return r;
-}
-inline void istore(int idx, int32_t i, int32_t r) {
-    std::memcpy(dtaptr(idx, i), &r, 4);
-}
-// Compares the observations two index cells name, over one or two keys.
-struct IdxCmp {
-    int v, w;
-    int operator()(int32_t a, int32_t b) const {
-        for (int key : {v, w}) {
-            if (!key) break;
-            int d;
-            if (isstrtype(typlist[key - 1])) {
-                d = std::strncmp(reinterpret_cast<const char*>(dtaptr(key, a)),
-                                 reinterpret_cast<const char*>(dtaptr(key, b)), typlist[key - 1]);
-            } else {
-                double x = korvu_data(key, a), y = korvu_data(key, b);
-                d = x < y ? -1 : (x > y ? 1 : 0);
-            }
-            if (d) return d < 0 ? -1 : 1;
-        }
-        return 0;
-    }
-};
-} // namespace
-
-static void sortvar_n(int v, int w, int idx, int32_t n) {
-    IdxCmp cmp{v, w};
-    if (!w && srtlist[0] == v) return; // the data are in this order already
-    bool ordered = true;
-    for (int32_t i = 1; i < n && ordered; i++) ordered = cmp(idata(idx, i), idata(idx, i + 1)) <= 0;
-    if (ordered) return;
-    // the quicksort of the sort itself, on the index cells
-    std::vector<std::pair<int32_t, int32_t>> todo{{1, n}};
-    while (!todo.empty()) {
-        auto [lo, hi] = todo.back();
-        todo.pop_back();
-        if (lo >= hi) continue;
-        int32_t pv = idata(idx, hi), i = lo - 1, j = hi;
-        int last;
-        for (;;) {
-            do last = cmp(idata(idx, ++i), pv);
-            while (last < 0);
-            do --j;
-            while (j > i && cmp(idata(idx, j), pv) > 0);
-            if (i >= j) break;
-            int32_t t = idata(idx, i);
-            istore(idx, i, idata(idx, j));
-            istore(idx, j, t);
-        }
-        int32_t t = idata(idx, i);
-        istore(idx, i, idata(idx, hi));
-        istore(idx, hi, t);
-        todo.emplace_back(lo, i - 1);
-        todo.emplace_back(i + 1, hi);
-    }
-}
-
-void sortvar0(int v, int idx, int32_t n) {
-    sortvar_n(v, 0, idx, n);
-}
-void sortvar1(int v, int w, int idx, int32_t n) {
-    sortvar_n(v, w, idx, n);
-}
-
-int32_t sortvar(int v, int idx, int32_t n1, int32_t n2, const uint8_t* sel) {
-    if (typlist[idx - 1] != KV_LONG) return -109;
-    std::vector<int32_t> front, back;
-    bool str = isstrtype(typlist[v - 1]);
-    for (int32_t i = 1; i <= nobs; i++) {
-        bool on = i >= n1 && i <= n2 && (!sel || sel[i - 1]);
-        if (on && !str) on = korvu_data(v, i) < misval;
-        (on ? front : back).push_back(i);
-    }
-    int32_t k = 1;
-    for (int32_t i : front) istore(idx, k++, i);
-    for (int32_t i : back) istore(idx, k++, i);
-    int32_t n = static_cast<int32_t>(front.size());
-    sortvar0(v, idx, n);
-    return n;
 }
 
 // --- the command ------------------------------------------------------------------

@@ -151,6 +151,24 @@ static void startline(std::vector<char>& line, const std::string& rest, const ch
     strcpy(cmd, word);
 }
 
+// The last observation of the group that starts at `start`.
+static int32_t groupend(const std::vector<int32_t>& vars, int32_t start) {
+    int32_t end = start;
+    while (end < nobs && sameobs(vars, start, end + 1)) end++;
+    return end;
+}
+
+// Runs a program with a by context sent to it.
+static int callwith(const ByContext& c, std::vector<char>& line, const std::string& rest,
+                    const char* word) {
+    memcpy(pbs_msg, &c, sizeof c);
+    byvar = 0;
+    startline(line, rest, word);
+    int rc = selreq();
+    memset(pbs_msg, 0, sizeof pbs_msg);
+    return rc;
+}
+
 static void reportrc(int rc) {
     uint8_t old = c_outlev;
     c_outlev = 1;
@@ -172,8 +190,7 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
     bool failed = false;
     for (byvar = 1; start <= nobs; byvar = failed ? 1 : 2) {
         failed = false;
-        int32_t end = start;
-        while (end < nobs && sameobs(vars, start, end + 1)) end++;
+        int32_t end = groupend(vars, start);
         if (kvpollstd()) {
             rc = 1;
             break;
@@ -207,12 +224,8 @@ static int grouploop(const std::vector<int32_t>& vars, bool rc0, const char* wor
 static int recall(const std::vector<int32_t>& vars, bool rc0, int kind, const char* word,
                   const std::string& rest) {
     std::vector<std::pair<int32_t, int32_t>> groups;
-    for (int32_t start = 1; start <= nobs;) {
-        int32_t end = start;
-        while (end < nobs && sameobs(vars, start, end + 1)) end++;
-        groups.emplace_back(start, end);
-        start = end + 1;
-    }
+    for (int32_t start = 1; start <= nobs; start = groups.back().second + 1)
+        groups.emplace_back(start, groupend(vars, start));
     std::vector<char> line;
     int rc = 0;
     for (size_t g = 0; g < groups.size(); g++) {
@@ -225,11 +238,7 @@ static int recall(const std::vector<int32_t>& vars, bool rc0, int kind, const ch
         c.last = last;
         c.kind = static_cast<uint8_t>(kind);
         c.lastgroup = g + 1 == groups.size();
-        memcpy(pbs_msg, &c, sizeof c);
-        byvar = 0;
-        startline(line, rest, word);
-        rc = selreq();
-        memset(pbs_msg, 0, sizeof pbs_msg);
+        rc = callwith(c, line, rest, word);
         if (rc > 1 && rc0) {
             reportrc(rc);
             rc = 0;
@@ -249,12 +258,8 @@ static int onecall(const std::vector<int32_t>& vars, bool rc0, const char* word,
     c.last = nobs;
     c.kind = 1;
     c.lastgroup = 1;
-    memcpy(pbs_msg, &c, sizeof c);
-    byvar = 0;
     std::vector<char> line;
-    startline(line, rest, word);
-    int rc = selreq();
-    memset(pbs_msg, 0, sizeof pbs_msg);
+    int rc = callwith(c, line, rest, word);
     pending_byvars.clear();
     return rc;
 }

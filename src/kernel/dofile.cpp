@@ -396,6 +396,9 @@ int doprolog(Frame* f, int mode) {
             memcpy(sys_pgmclass, f->pgmclass, sizeof f->pgmclass);
             korvu_rmsg = f->rmsg;
             psvfctr = f->psvfctr;
+            resort_on_exit = f->resort_on_exit;
+            in_byable_ado = f->pgm->byable_ado;
+            memcpy(pbs_sys, f->pbs_sys, sizeof pbs_sys);
             loopsrc = f->loopsrc;
             status_hold = f->hold;
             dmzap(typelmac);
@@ -426,7 +429,6 @@ static void keeprc(int (*step)()) {
 void doepilog(Frame* f, int mode, int keep) {
     if (frame_hooks.profiler_addtime) frame_hooks.profiler_addtime(sys_pgmname, 0);
     int retcls = mode == DO_PROGRAM ? pgm_retcls(f->pgm) : 0;
-    uint8_t resort = resort_on_exit; // the program's own, before its fields go back
     if (mode == DO_PROGRAM) {
         korvu_rmsg = f->rmsg;
         pgm_epilog(f->pgm);
@@ -467,7 +469,7 @@ void doepilog(Frame* f, int mode, int keep) {
         if (estrestore && frame_hooks.estirestore) keeprc(frame_hooks.estirestore);
         estrestore = f->estrestore;
         if (frame_hooks.cleanesti) keeprc(frame_hooks.cleanesti);
-        if (resort && frame_hooks.sort_restore) {
+        if (resort_on_exit && frame_hooks.sort_restore) {
             int rc = frame_hooks.sort_restore(1);
             if (rc && !globalrc) globalrc = rc;
         }

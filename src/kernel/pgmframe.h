@@ -11,7 +11,7 @@ struct PgmRec;
 // What a program frame saves on entry and puts back on exit.
 struct PgmFrame {
     PgmRec* rec;
-    uint8_t running, rmsg, is_cls, pclass, resort, mvmodern, byable_ado;
+    uint8_t running, rmsg, is_cls, pclass, mvmodern, byable_ado;
     int32_t caller_vernum;
     char pgmclass[33];
 };

@@ -503,7 +503,6 @@ int pgm_prolog(PgmFrame* f) {
     f->rmsg = korvu_rmsg;
     f->is_cls = sys_is_cls;
     f->pclass = program_class;
-    f->resort = resort_on_exit;
     f->byable_ado = in_byable_ado;
     f->mvmodern = mvmodern;
     f->caller_vernum = caller_vernum;
@@ -547,7 +546,6 @@ void pgm_epilog(const PgmFrame* f) {
     korvu_rmsg = f->rmsg;
     sys_is_cls = f->is_cls;
     program_class = f->pclass;
-    resort_on_exit = f->resort;
     in_byable_ado = f->byable_ado;
     mvmodern = f->mvmodern;
     caller_vernum = f->caller_vernum;
