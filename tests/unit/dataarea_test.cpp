@@ -10,6 +10,7 @@
 
 #include "data/dataarea.h"
 #include "data/storage.h"
+#include "dataarea_fixture.h"
 
 using namespace korvu;
 
@@ -20,12 +21,7 @@ ptrdiff_t off(const void* p) {
 }
 
 void fresh(uint64_t mem) {
-    totalmemory = mem;
-    maxmaxvar = DEFAULT_MAXVAR;
-    matsize = DEFAULT_MATSIZE;
-    dahooks = {};
-    ASSERT_EQ(news_alloc(), 0);
-    sysflag = 0;
+    open_data_area(mem);
     virtualflg = 0;
     n_repart = n_shift = 0;
     n_bytes_moved = n_records_moved = 0;

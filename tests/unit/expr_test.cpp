@@ -16,6 +16,7 @@
 #include "data/expr.h"
 #include "data/storage.h"
 #include "data/vartab.h"
+#include "dataarea_fixture.h"
 #include "kernel/cmdparse.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
@@ -59,11 +60,7 @@ bool same(double a, double b) {
 class Expr : public ::testing::Test {
   protected:
     void SetUp() override {
-        totalmemory = 32u << 20;
-        maxmaxvar = DEFAULT_MAXVAR;
-        matsize = DEFAULT_MATSIZE;
-        dahooks = {};
-        ASSERT_EQ(news_alloc(), 0);
+        open_data_area(32u << 20);
         vernum = KORVU_VERSION;
         mvmodern = 1;
         exphooks = {};

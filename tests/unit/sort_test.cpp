@@ -3,6 +3,8 @@
 // generator's recurrence and from the values stored.
 #include <gtest/gtest.h>
 
+#include "dataarea_fixture.h"
+
 #include <cstring>
 #include <vector>
 
@@ -35,13 +37,7 @@ TEST(SortGenerator, RecurrenceFromTheInitialSeed) {
 
 class Ranking : public ::testing::Test {
   protected:
-    void SetUp() override {
-        totalmemory = 1 << 20;
-        maxmaxvar = DEFAULT_MAXVAR;
-        matsize = DEFAULT_MATSIZE;
-        ASSERT_EQ(news_alloc(), 0);
-        sysflag = 0;
-    }
+    void SetUp() override { open_data_area(1 << 20); }
     void TearDown() override { news_free(); }
     int32_t idx(int i) {
         int32_t r;

@@ -4,6 +4,8 @@
 // from the code under test.
 #include <gtest/gtest.h>
 
+#include "dataarea_fixture.h"
+
 #include <cstring>
 
 #include "data/dataarea.h"
@@ -46,11 +48,7 @@ double D(uint64_t b) {
 class Storage : public ::testing::Test {
   protected:
     void SetUp() override {
-        totalmemory = 1 << 20;
-        maxmaxvar = DEFAULT_MAXVAR;
-        matsize = DEFAULT_MATSIZE;
-        ASSERT_EQ(news_alloc(), 0);
-        sysflag = 0;
+        open_data_area(1 << 20);
         // byte first so that every later cell starts at an odd offset
         const int codes[] = {KV_BYTE,    KV_INT,    KV_LONG,    KV_FLOAT,    KV_DOUBLE,   5,
                              KV_OLDBYTE, KV_OLDINT, KV_OLDLONG, KV_OLDFLOAT, KV_OLDDOUBLE};

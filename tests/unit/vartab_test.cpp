@@ -11,6 +11,7 @@
 #include "data/storage.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
+#include "dataarea_fixture.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/gettok.h"
@@ -23,11 +24,7 @@ namespace {
 class Vars : public ::testing::Test {
   protected:
     void SetUp() override {
-        totalmemory = 1 << 20;
-        maxmaxvar = DEFAULT_MAXVAR;
-        matsize = DEFAULT_MATSIZE;
-        ASSERT_EQ(news_alloc(), 0);
-        sysflag = 0;
+        open_data_area(1 << 20);
         korvu_varabbrev = 1;
         esamplename[0] = 0;
         charget_hook = nullptr;
