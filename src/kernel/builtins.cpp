@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "class/clslang.h"
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/dta.h"
@@ -33,7 +34,7 @@ static constexpr Builtin builtin_table[] = {
     {"_byobs", 6, '_', 0, 0, 0, nullptr, 0},
     {"_clogit", 4, '_', 0, 0, 1, nullptr, 0},
     {"_clogit_lf", 10, '_', 0, 0, 0, nullptr, 0},
-    {"_cls", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_cls", 4, '_', 0, 0, 0, clscmd_direct, 0},
     {"_cluster", 8, '_', 0, 0, 0, nullptr, 0},
     {"_clustermat", 11, '_', 0, 0, 0, nullptr, 0},
     {"_cnreg", 6, '_', 0, 0, 1, nullptr, 0},
@@ -112,7 +113,7 @@ static constexpr Builtin builtin_table[] = {
     {"char", 4, 'c', 0, 0, 0, charcmd, 0},
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
-    {"class", 5, 'c', 0, 0, 0, nullptr, 0},
+    {"class", 5, 'c', 0, 0, 0, stclass, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
