@@ -259,8 +259,11 @@ static void inspect_value(const std::string& label, clskey v, int indent) {
            text.c_str());
     if (indent > 16) return;
     if (t == CLS_ARRAY) {
-        for (int32_t i = 0; i <= cls_arr_last(v); i++)
-            inspect_value("[" + std::to_string(i + 1) + "]", cls_array_valuekey(v, i), indent + 4);
+        for (int32_t i = 0; i <= cls_arr_last(v); i++) {
+            char lab[24];
+            snprintf(lab, sizeof lab, "[%d]", i + 1);
+            inspect_value(lab, cls_array_valuekey(v, i), indent + 4);
+        }
     } else if (t == CLS_CLASS) {
         ClsInstance* in = reinterpret_cast<ClsInstance*>(cls_ndata(cls_node(v)));
         ClsType* ct = reinterpret_cast<ClsType*>(cls_ndata(cls_node(in->classtype)));
@@ -269,11 +272,16 @@ static void inspect_value(const std::string& label, clskey v, int indent) {
             clskey a = cls_array_valuekey(pim, i);
             if (!a) continue;
             clskey* h = cls_find_name_in_class(cls_nname(cls_node(a)), v);
-            inspect_value("." + std::string(cls_nname(cls_node(a))), h ? *h : nullkey, indent + 4);
+            char lab[40];
+            snprintf(lab, sizeof lab, ".%s", cls_nname(cls_node(a)));
+            inspect_value(lab, h ? *h : nullkey, indent + 4);
         }
         for (int32_t i = 0; i <= cls_arr_last(in->dynamicmv); i++) {
             clskey a = cls_array_valuekey(in->dynamicmv, i);
-            if (a) inspect_value("." + std::string(cls_nname(cls_node(a))), a, indent + 4);
+            if (!a) continue;
+            char lab[40];
+            snprintf(lab, sizeof lab, ".%s", cls_nname(cls_node(a)));
+            inspect_value(lab, a, indent + 4);
         }
     }
 }

@@ -27,6 +27,8 @@
 namespace korvu {
 
 clskey korvu_clsrtn = nullkey;
+// Set when a call ran a member program: its value is for expansion only.
+static bool ran_program = false;
 
 void clsrtn_clear() {
     clskey k = korvu_clsrtn;
@@ -566,6 +568,7 @@ static int creator(const std::string& full, clskey base, const std::string& word
     }
     // a member program, whose `class exit` value is the result
     clsrtn_clear();
+    ran_program = true;
     int found = 0;
     int rc = cls_run_member(base, word.c_str(), args.c_str(), &found);
     if (!found) return report(full, 4023);
@@ -719,7 +722,10 @@ static int builtin_member(const std::string& full, const ClsRef& b, const std::s
     if (word == "isofclass") {
         std::string nm = trim(args);
         clskey ct = classtype_of(v);
-        return *out = ct && cls_type_is_of_type(ct, nm.c_str()) ? "1" : "0", 0;
+        bool yes = ct && cls_type_is_of_type(ct, nm.c_str());
+        out->clear();
+        out->push_back(yes ? '1' : '0');
+        return 0;
     }
     if (word == "ref_n") {
         std::string a = trim(args);
@@ -839,6 +845,7 @@ static int runcmd(const std::string& tok, const std::string& args, std::string* 
                     clskey where = cls_searchpgm(s, word.c_str());
                     if (!where) continue;
                     clsrtn_clear();
+                    ran_program = true;
                     int rc = run_member_at(active_class_key, where, word.c_str(), args.c_str());
                     *hasout = true;
                     *out = valuetext(korvu_clsrtn);
@@ -901,9 +908,10 @@ int cls_clscmd() {
     }
     std::string out;
     bool hasout = false;
+    ran_program = false;
     int rc = runcmd(name, after, &out, &hasout);
     clsrtn_clear();
-    if (!rc && hasout && !out.empty()) {
+    if (!rc && hasout && !ran_program && !out.empty()) {
         uint8_t old = c_outlev;
         c_outlev = 1;
         spout21(out.c_str());
