@@ -111,10 +111,11 @@ static int read_block(const std::string& name) {
         return error2(1, name.c_str());
     }
     clskey ct = cls_findclasstype_loaded(name.c_str());
-    bool skip = false;
+    bool skip = false, taken = false;
     if (ct) {
-        if (!autoload_level) return error2(3, name.c_str());
-        skip = true; // a file read again: the definition stands
+        // a file read again: the definition stands; typed again: taken
+        skip = true;
+        taken = !autoload_level;
     } else if (int rc = cls_newclasstype(name.c_str(), &ct)) {
         return rc;
     }
@@ -172,7 +173,7 @@ static int read_block(const std::string& name) {
     }
     active_class_key = saved_active;
     active_clstype_key = saved_ct;
-    if (skip) return rc;
+    if (skip) return rc ? rc : taken ? error2(3, name.c_str()) : 0;
     if (!rc) rc = class_options(ct, opts);
     if (rc) cls_dynrem(ct); // a class that fails is removed
     return rc;

@@ -220,6 +220,12 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
                     if (scope == 0 && active_class_key) return 4012;
                     if (!cls_chkname(c.name.c_str())) return 4003;
                     if (int rc = cls_make_global(g.c_str(), &n)) return rc;
+                    if (c.index) {
+                        // `.name[i] = ...` on a new name makes it an array
+                        clskey arr;
+                        if (int rc = cls_newarray(&arr)) return rc;
+                        *reinterpret_cast<clskey*>(cls_ndata(cls_node(n))) = arr;
+                    }
                     if (scope == 2) {
                         locals.push_back({korvu_level, g});
                         hastmp_class = 1;
@@ -618,7 +624,9 @@ int cls_rvalue(const std::string& text, clskey* out) {
                 if (!r.value) return report(tok, 4002);
                 return cls_newvalue(out, r.value, 0);
             }
-            if (rc != 4012 && rc != 4003) return report(tok, rc);
+            // `.a` to `.z` alone are missing values
+            bool misscode = tok.size() == 2 && tok[1] >= 'a' && tok[1] <= 'z';
+            if (!misscode) return report(tok, rc);
         }
     }
     return eval_expression(t, out);
@@ -827,11 +835,6 @@ static int runcmd(const std::string& tok, const std::string& args, std::string* 
     }
     ClsRef b{};
     if (split) {
-        if (word == "ref_n" || word == "objkey" || is_member_word(word)) {
-            if (int rc = cls_find_report(base.c_str(), false, &b)) return rc;
-            *hasout = true;
-            return builtin_member(tok, b, word, args, out);
-        }
         std::vector<Comp> comps;
         if (!splitname(base.c_str(), comps) && !comps.empty()) {
             // .Super.method: the superclasses of the running method's class
@@ -851,8 +854,14 @@ static int runcmd(const std::string& tok, const std::string& args, std::string* 
                     *out = valuetext(korvu_clsrtn);
                     return rc;
                 }
+                if (word == "new" || word == "oncopy" || word == "destructor") return 0;
                 return report(tok, 4023);
             }
+        }
+        if (word == "ref_n" || word == "objkey" || is_member_word(word)) {
+            if (int rc = cls_find_report(base.c_str(), false, &b)) return rc;
+            *hasout = true;
+            return builtin_member(tok, b, word, args, out);
         }
         int rc = cls_find(base.c_str(), false, &b);
         if (!rc && b.value) {
