@@ -55,6 +55,8 @@ static int _read_style(clskey inst, const std::string& name) {
     ClsType* ct = reinterpret_cast<ClsType*>(cls_ndata(cls_node(in->classtype)));
     clskey pim = reinterpret_cast<ClsInstance*>(cls_ndata(cls_node(ct->prototype)))->instancemv;
     auto copyone = [&](const char* nm, clskey value) -> int {
+        // the style's own bookkeeping stays the object's
+        if (!strcmp(nm, "stylename") || !strcmp(nm, "stylenames")) return 0;
         clskey* dst = member(inst, nm);
         if (!dst) return 0; // not an attribute of this object: left alone
         clskey v;
