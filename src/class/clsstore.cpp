@@ -317,8 +317,8 @@ int cls_unlink0(clskey k) {
     }
     case CLS_CLASSTYPE: {
         ClsType ct = *reinterpret_cast<ClsType*>(cls_ndata(n));
+        cls_unlink0(ct.prototype); // it reads the class type, so first
         freenode(n);
-        cls_unlink0(ct.prototype);
         cls_unlink(ct.superclass);
         cls_unlink(ct.classmv);
         return 0;
@@ -877,10 +877,11 @@ int cls_discard() {
                 cls_dynrem(reinterpret_cast<clskey>(n));
                 continue;
             }
-            // a class type: out of the hash, then released with its members
+            // a class type: out of the hash; it goes when its subclasses and
+            // instances have let it go, or in the sweep below
             hash_remove(n);
             list_add(n);
-            cls_unlink0(reinterpret_cast<clskey>(n));
+            cls_unlink(reinterpret_cast<clskey>(n));
         }
     }
     // whatever cycles of references kept alive

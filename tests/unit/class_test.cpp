@@ -193,6 +193,41 @@ TEST_F(ClassStore, SubclassesTakeTheMembersOfTheirSuperclass) {
     cls_unlink(i);
 }
 
+// 100,000 instances made and released, each with a member that is an
+// instance, an array with holes and a string written: the store ends as it began.
+TEST_F(ClassStore, ManyObjectsLeaveTheStoreAsItWas) {
+    clskey inner, outer;
+    ASSERT_EQ(cls_newclasstype("inner", &inner), 0);
+    ASSERT_EQ(cls_addattrib(inner, num(1), "v", 0), 0);
+    ASSERT_EQ(cls_newclasstype("outer", &outer), 0);
+    clskey proto;
+    ASSERT_EQ(cls_newinstance(inner, &proto), 0);
+    ASSERT_EQ(cls_addattrib(outer, proto, "in", 0), 0);
+    clskey a, s;
+    ASSERT_EQ(cls_newarray(&a), 0);
+    ASSERT_EQ(cls_addattrib(outer, a, "list", 0), 0);
+    ASSERT_EQ(cls_newstring("", &s), 0);
+    ASSERT_EQ(cls_addattrib(outer, s, "name", 0), 0);
+    int64_t base = cls_nnodes, bytes = cls_nbytes;
+    for (int i = 0; i < 100000; i++) {
+        clskey o;
+        ASSERT_EQ(cls_newinstance(outer, &o), 0);
+        clskey* in = cls_find_name_in_class("in", o);
+        ASSERT_EQ(cls_hold_num(cls_find_name_in_class("v", cls_drill(*in)), i), 0);
+        clskey list = cls_drill(*cls_find_name_in_class("list", o));
+        ASSERT_EQ(cls_add_to_array(list, i % 37, num(i)), 0);
+        ASSERT_EQ(cls_hold_str(cls_find_name_in_class("name", o), "a name of some length"), 0);
+        if (i % 2) {
+            clskey c;
+            ASSERT_EQ(cls_newvalue(&c, o, 0), 0);
+            cls_unlink(c);
+        }
+        cls_unlink(o);
+    }
+    EXPECT_EQ(cls_nnodes, base);
+    EXPECT_EQ(cls_nbytes, bytes);
+}
+
 TEST_F(ClassStore, KeysTravelAsText) {
     clskey k = num(1);
     char buf[48];
