@@ -207,8 +207,11 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
     dst[n] = 0;
     return n;
 toolong:
+    // the echo so far ends its line, so the message stands on its own
+    if (echo.midline || r->necho) echo.emit(true);
     c_outlev = 3;
     spout21("input too long\n");
+    r->toolong = true;
     *eofout = 1;
     dst[0] = 0;
     return 0;
@@ -526,6 +529,8 @@ int godo(int mode, int keep) {
         }
         if (getreq(1)) {
             globalrc = f.stop ? 0 : last;
+            // a command too long for the buffer ended the file: the run failed
+            if (mode != DO_PROGRAM && dofilep && dofilep->toolong) globalrc = 1004;
             break;
         }
         if (stopflag) {

@@ -14,6 +14,7 @@ struct DoFile {
     char echo[512];  // the raw line as read, for the echo
     int necho = 0;
     bool newline_pending = false;
+    bool toolong = false; // a command outgrew the buffer: the file ended there
 };
 
 DoFile* dofopen(const char* path, int* rcout);
