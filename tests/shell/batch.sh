@@ -50,6 +50,20 @@ st=$?
 grep -qx 'input too long' long.log || fail "no message for the long line"
 grep -qx 'after the long line' long.log && fail "ran past the long line"
 
+# the batch log is the unnamed log: query shows it, a second one is refused,
+# and nothing is written twice
+printf 'log query\ncapture noisily log using twice, text replace\ndisplay _rc\ndisplay "once"\n' > twice.do
+"$exe" -q -b do twice.do </dev/null || fail "batch log run status"
+grep -q 'log:  .*/twice.log, on' twice.log || fail "log query did not show the batch log: $(cat twice.log)"
+grep -qx 604 twice.log || fail "a second unnamed log was not refused"
+[ "$(grep -cx once twice.log)" -eq 1 ] || fail "lines written twice: $(cat twice.log)"
+
+# outside batch the unnamed log opens, pauses, resumes and closes
+printf 'log using u, text replace\ndisplay "one"\nlog off\ndisplay "two"\nlog on\ndisplay "three"\nlog close\n' |
+  "$exe" -q >/dev/null
+grep -qx one u.log && grep -qx three u.log || fail "unnamed log: $(cat u.log)"
+grep -qx two u.log && fail "paused log took a line"
+
 # the console edition's usage names -b; the exit status of -h stays 0
 err=$("$exe" -h 2>&1 >/dev/null </dev/null)
 [ $? -eq 0 ] || fail "-h status"
