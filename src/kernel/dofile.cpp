@@ -372,7 +372,6 @@ int doprolog(Frame* f, int mode) {
             return rc;
         }
     }
-    if (trace_shown()) tracepgmdiv(0, sys_pgmclass, mode == DO_PROGRAM ? cmd : "do-file");
     save(f);
     sys_pgmloc = nullptr;
     sys_upline = 0;
@@ -415,6 +414,10 @@ int doprolog(Frame* f, int mode) {
         if (mode == DO_RUN) s_outlev = 3;
     }
     korvu_level++;
+    // the divider stands at the depth of the frame it opens, as its end does,
+    // and names the program by its owner once that is known
+    snprintf(f->traceowner, sizeof f->traceowner, "%s", mode == DO_PROGRAM ? sys_pgmclass : "");
+    if (trace_shown()) tracepgmdiv(0, f->traceowner, mode == DO_PROGRAM ? sys_pgmname : "do-file");
     if (mode != DO_INCLUDE) {
         caller_vernum = vernum;
         estrestore = breakallowed = breakdetail = 0;
@@ -489,7 +492,7 @@ void doepilog(Frame* f, int mode, int keep) {
         hastmp_class = f->hastmp_class;
         hastmp_vars = f->hastmp_vars;
     }
-    if (trace_shown()) tracepgmdiv(1, sys_pgmclass, mode == DO_PROGRAM ? sys_pgmname : "do-file");
+    if (trace_shown()) tracepgmdiv(1, f->traceowner, mode == DO_PROGRAM ? sys_pgmname : "do-file");
     memcpy(sys_pgmname, f->pgmname, sizeof f->pgmname);
     sys_pgmloc = nullptr;
     memcpy(sys_pgmclass, f->pgmclass, sizeof f->pgmclass);

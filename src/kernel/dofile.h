@@ -45,6 +45,7 @@ struct Frame {
     uint8_t hold; // status-line hold of the enclosing level
     char pbs_sys[16];
     char pgmname[33], pgmclass[33];
+    char traceowner[33]; // the owner shown on the trace dividers of this frame
 };
 
 int godo(int mode, int keep);

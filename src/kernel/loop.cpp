@@ -163,6 +163,7 @@ int getreq(int fromprog) {
     for (;;) {
         if (fromprog && runprog) {
             if (int rc = pgmgetline()) return rc;
+            if (korvu_trace_flg) tracepgm(0); // each line as read, blocks too
         } else {
             if (dofilep && stopflag) return 1;
             int16_t busy = korvu_busy;
