@@ -262,7 +262,8 @@ void tstop() {
     log_closeall();
     if (sinit_state > 8) tstop();
     console_close();
-    if (sinit_state >= 12) news_free();
+    // the data area is left to the operating system: handing back a large
+    // block page by page would only delay leaving
     fflush(stdout);
     exit(status);
 }
