@@ -523,6 +523,11 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
         for (size_t j = 0; j < keep.size(); ++j)
             if (isnumtype(codes[j]) && bytlenc(codes[j]) > 1)
                 swaps.emplace_back(mapi[j], bytlenc(codes[j]));
+    // a string cell keeps its text and zeros behind it, whatever the file
+    // held after the terminator
+    std::vector<std::pair<int32_t, int32_t>> strs; // offset, width
+    for (size_t j = 0; j < keep.size(); ++j)
+        if (isstrtype(codes[j])) strs.emplace_back(mapi[j], bytlenc(codes[j]));
     const int64_t W = P.width;
     if (W > 0 && nwant > 0) {
         const int64_t per = std::max<int64_t>(2, 24000 / W);
@@ -550,6 +555,11 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
                 uint8_t* dst = obsptr(nobs + 1);
                 for (const Run& ru : runs) std::memcpy(dst + ru.dst, rec + ru.src, ru.len);
                 for (auto& s : swaps) swapcell(dst + s.first, s.second);
+                for (auto& s : strs) {
+                    uint8_t* c = dst + s.first;
+                    if (auto* z = static_cast<uint8_t*>(std::memchr(c, 0, s.second)))
+                        std::memset(z, 0, s.second - (z - c));
+                }
                 ++nobs;
                 if (o.useif && xeq(&ifpgm, nobs) == 0) --nobs;
             }
