@@ -128,6 +128,23 @@ void copyfield(char* dst, size_t dstsize, const uint8_t* p, size_t n) {
     dst[l] = 0;
 }
 
+// A variable name as a file may hold it: a letter or underscore, then
+// letters, digits and underscores (and dots in formats up to 106, which the
+// reader renames), not a reserved word.
+bool filename_ok(const char* name, int fmt) {
+    const auto alpha = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    };
+    if (!alpha(name[0])) return false;
+    for (const char* p = name + 1; *p; ++p)
+        if (!alpha(*p) && !(*p >= '0' && *p <= '9') && !(*p == '.' && fmt <= 106)) return false;
+    const uint8_t lev = s_outlev;
+    s_outlev = 5; // the check speaks; the reader reports the file instead
+    const int reserved = chkreserved(name);
+    s_outlev = lev;
+    return reserved == 0;
+}
+
 // The sections before the data. 0 or a code.
 int parse_front(int fd, Parsed& P) {
     if (int rc = rdhdr(fd, &P.h)) return rc;
@@ -158,11 +175,22 @@ int parse_front(int fd, Parsed& P) {
     P.width = off;
     if (!R.get(b.data(), nv * nl)) return R.err ? R.err : 688;
     for (int i = 0; i < nv; ++i) copyfield(P.v[i].name, 33, b.data() + i * nl, nl);
+    {
+        std::set<std::string> seen;
+        for (int i = 0; i < nv; ++i)
+            if (!filename_ok(P.v[i].name, P.fmt) || !seen.insert(P.v[i].name).second) return 688;
+    }
     if (!R.get(b.data(), 2 * (nv + 1))) return R.err ? R.err : 688;
-    for (int i = 0; i < nv; ++i) {
-        int k = rd16(b.data() + 2 * i, P.swap);
-        if (k < 1 || k > nv) break;
-        P.srt.push_back(static_cast<int16_t>(k));
+    {
+        // keys up to the terminator: variables of the file, each once
+        std::vector<bool> used(static_cast<size_t>(nv) + 1, false);
+        for (int i = 0; i < nv; ++i) {
+            int k = rd16(b.data() + 2 * i, P.swap);
+            if (k == 0) break;
+            if (k < 0 || k > nv || used[k]) return 688;
+            used[k] = true;
+            P.srt.push_back(static_cast<int16_t>(k));
+        }
     }
     if (!R.get(b.data(), nv * fl)) return R.err ? R.err : 688;
     for (int i = 0; i < nv; ++i) copyfield(P.v[i].fmt, 13, b.data() + i * fl, fl);
