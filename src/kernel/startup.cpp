@@ -29,6 +29,7 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "kernel/testbreak.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -426,6 +427,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_test_break();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
