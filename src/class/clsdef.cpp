@@ -332,9 +332,23 @@ static int class_pgmdir() {
     return 0;
 }
 
+// A block passed over while lines are skipped: read to its closing brace.
+static int pass_block() {
+    for (;;) {
+        if (getreq(1)) return stopflag ? 1 : error(612);
+        std::string line = trim(console);
+        if (!line.empty() && line[0] == '}') return 0;
+    }
+}
+
 int stclass(int) {
     std::string rest = trim(wheretok());
     settok(nullptr);
+    if (!procflg) {
+        size_t brace = rest.find('{');
+        bool block = brace != std::string::npos && trim(rest.substr(brace + 1)).empty();
+        return block ? pass_block() : 0;
+    }
     if (!rest.empty() && rest[0] == '{') {
         if (!(autoload_level && reading_cls_pgm && sys_pgmclass[0])) {
             say("class command must be followed by a ", 198);

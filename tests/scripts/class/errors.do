@@ -52,4 +52,13 @@ capture noisily class orphan {
 assert _rc == 4018
 capture noisily .o = .orphan.new
 assert _rc == 4012
+* a class block inside a block that does not run is passed over whole
+if 0 {
+    class skipped {
+        double a = 1
+    }
+    display "not shown"
+}
+capture noisily .k = .skipped.new
+assert _rc == 4012
 display "test completed"
