@@ -121,8 +121,9 @@ bool cls_chkreserved(const char* name) {
 }
 
 bool cls_chkname(const char* name) {
+    // a node keeps 32 bytes of name with its terminator
     size_t n = strlen(name);
-    if (n == 0 || n > 32) return false;
+    if (n == 0 || n > CLS_NAMELEN - 1) return false;
     if (!(isalpha(static_cast<unsigned char>(name[0])) || name[0] == '_')) return false;
     for (size_t i = 0; i < n; i++)
         if (!namechar(name[i])) return false;

@@ -307,6 +307,10 @@ int cls_unlink0(clskey k) {
             int found = 0;
             n->refct = 1; // alive while its destructor runs
             cls_member_hook(k, "destructor", "", &found);
+            if (n->refct > 1) { // the destructor kept a reference to it
+                n->refct--;
+                return 0;
+            }
         }
         ClsInstance copy = *in;
         freenode(n);
