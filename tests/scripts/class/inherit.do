@@ -56,4 +56,11 @@ program point.scale
 end
 .p.scale 10
 assert `.p.x' == 40 & `.p.y' == 20
+* a named superclass: .Super(name)
+program point3.both
+    .Super(point).moveby 1 1
+    class exit "`.Super(point).describe'"
+end
+.t = .point3.new 1 2 3
+assert "`.t.both'" == "point origin3 at 2,3"
 display "test completed"
