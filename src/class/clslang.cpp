@@ -40,8 +40,9 @@ void clsrtn_clear() {
 
 struct Comp {
     std::string name;
-    std::string paren; // Super(name)
-    int index = 0;     // [i], from 1; 0 none
+    std::string paren;     // Super(name)
+    int index = 0;         // [i], from 1; 0 none
+    std::vector<int> more; // [i][j]...: the indexes after the first
     clskey key = nullkey;
 };
 
@@ -75,12 +76,15 @@ static int splitname(const char* text, std::vector<Comp>& out) {
                 p = e + 1;
             }
         }
-        if (*p == '[') {
+        while (*p == '[') {
             char* e = nullptr;
             long v = strtol(p + 1, &e, 10);
             while (e && *e == ' ') e++;
             if (!e || *e != ']' || v < 1 || v > 100000000) return 4029;
-            c.index = static_cast<int>(v);
+            if (c.index)
+                c.more.push_back(static_cast<int>(v));
+            else
+                c.index = static_cast<int>(v);
             p = e + 1;
         }
         out.push_back(c);
@@ -153,18 +157,37 @@ int cls_frame_end() {
     return rc;
 }
 
-static int apply_index(const Comp& c, bool create, clskey*& holder, clskey& cur) {
-    if (!c.index) return 0;
+static int index_one(int index, bool create, clskey*& holder, clskey& cur) {
     clskey arr = holder ? cls_drill(*holder) : cur;
-    if (!arr || cls_ntype(cls_node(arr)) != CLS_ARRAY) return 4020;
-    clskey* s = cls_array_slot(arr, c.index - 1, create);
-    if (s && create && c.index - 1 > cls_arr_last(arr))
-        reinterpret_cast<ClsArray*>(cls_ndata(cls_node(arr)))->last = c.index - 1;
-    if (s && !create && c.index - 1 > cls_arr_last(arr)) s = nullptr;
+    if (!arr) {
+        // a hole: an array is made there for an assignment, else nothing is
+        if (!create || !holder) {
+            holder = nullptr;
+            cur = nullkey;
+            return 0;
+        }
+        if (int rc = cls_newarray(&arr)) return rc;
+        if (int rc = cls_hold_key(holder, arr)) return rc;
+    }
+    if (cls_ntype(cls_node(arr)) != CLS_ARRAY) return 4020;
+    clskey* s = cls_array_slot(arr, index - 1, create);
+    if (s && create && index - 1 > cls_arr_last(arr))
+        reinterpret_cast<ClsArray*>(cls_ndata(cls_node(arr)))->last = index - 1;
+    if (s && !create && index - 1 > cls_arr_last(arr)) s = nullptr;
     holder = s;
     cur = nullkey;
     reference_key = arr;
-    reference_dex = c.index - 1;
+    reference_dex = index - 1;
+    return 0;
+}
+
+static int apply_index(const Comp& c, bool create, clskey*& holder, clskey& cur) {
+    if (!c.index) return 0;
+    if (int rc = index_one(c.index, create, holder, cur)) return rc;
+    for (int i : c.more) {
+        if (!holder && !cur) return 0;
+        if (int rc = index_one(i, create, holder, cur)) return rc;
+    }
     return 0;
 }
 

@@ -64,4 +64,13 @@ assert "`.w[1]'" == "changed"
 assert `.q.instancemv[2]' == 6
 capture .q.instancemv = 1
 assert _rc == 4029
+* arrays of arrays
+.m = {1, {2, 3}, {4, {5, 6}}}
+assert `.m[2][2]' == 3
+assert `.m[3][2][1]' == 5
+assert `.m[3].arrnels' == 2
+.m[2][5] = 7
+assert `.m[2].arrnels' == 5 & `.m[2][5]' == 7
+.m[6][2] = 8
+assert `.m.arrnels' == 6 & `.m[6][2]' == 8
 display "test completed"
