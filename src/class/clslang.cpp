@@ -358,6 +358,7 @@ static int run_member_at(clskey inst, clskey ct, const char* pgm, const char* ar
     memcpy(saved_pgmclass, sys_pgmclass, sizeof saved_pgmclass);
     clskey saved_active = active_class_key, saved_ct = active_clstype_key;
     int32_t saved_loc = cls_loc;
+    int32_t generation = cls_discards;
 
     active_class_key = inst;
     active_clstype_key = ct;
@@ -369,8 +370,10 @@ static int run_member_at(clskey inst, clskey ct, const char* pgm, const char* ar
     settok(argbuf.data());
     int rc = godo(DO_PROGRAM, 1);
 
-    active_class_key = saved_active;
-    active_clstype_key = saved_ct;
+    // a `discard` inside the program took every object with it
+    bool gone = generation != cls_discards;
+    active_class_key = gone ? nullkey : saved_active;
+    active_clstype_key = gone ? nullkey : saved_ct;
     cls_loc = saved_loc;
     memcpy(cmd, saved_cmd, sizeof saved_cmd);
     memcpy(sys_pgmclass, saved_pgmclass, sizeof saved_pgmclass);
@@ -378,7 +381,7 @@ static int run_member_at(clskey inst, clskey ct, const char* pgm, const char* ar
     if (offset >= 0) tok.pos = console + offset;
     if (loffset >= 0) tok.last = console + loffset;
     return_gettok(&tok);
-    cls_unlink(inst);
+    if (!gone) cls_unlink(inst);
     return rc;
 }
 
@@ -1089,6 +1092,8 @@ static int clsvalue_hook(const char* ref, char* dst, size_t n) {
 }
 
 int cls_discard_all() {
+    // the objects a running member program works on stay until it ends
+    if (cls_loc) return 0;
     clsrtn_clear();
     locals.clear();
     cls_discard();

@@ -26,6 +26,7 @@ int32_t cls_loc = 0;
 int32_t depth = 0;
 int64_t cls_nnodes = 0;
 int64_t cls_nbytes = 0;
+int32_t cls_discards = 0;
 int (*cls_member_hook)(clskey, const char*, const char*, int*) = nullptr;
 
 static ClsNode* hslots[CLS_NSLOTS];
@@ -873,6 +874,7 @@ int cls_dynrem(clskey named) {
 }
 
 int cls_discard() {
+    cls_discards++;
     discarding = true;
     // the names first, so that values go with their counts
     for (int i = 0; i < CLS_NSLOTS; i++) {

@@ -78,9 +78,10 @@ extern clskey reference_key;
 extern int32_t reference_dex;
 extern int32_t cls_rc;
 extern int32_t cls_loc;
-extern int32_t depth;      // nesting of cloning
-extern int64_t cls_nnodes; // nodes alive, for the leak checks
-extern int64_t cls_nbytes; // their data bytes
+extern int32_t depth;        // nesting of cloning
+extern int64_t cls_nnodes;   // nodes alive, for the leak checks
+extern int64_t cls_nbytes;   // their data bytes
+extern int32_t cls_discards; // counts `cls_discard`: keys held across it are gone
 
 // Runs a member program of an instance (set by the language side; null: none).
 // Returns the code; `found` out is 0 when the class has no such program.

@@ -12,7 +12,7 @@ global S_ADO "$S_ADO;cls"
 .log = ""
 class _dmm
 local before $S_CLSNODES
-forvalues i = 1/10000 {
+forvalues i = 1/5000 {
     .o = .point.new `i' 2
     .o.name = "n`i'"
     .o.tags[3] = `i'
@@ -24,7 +24,7 @@ forvalues i = 1/10000 {
 class _dmm
 assert $S_CLSNODES == `before'
 * arrays and references in a loop
-forvalues i = 1/2000 {
+forvalues i = 1/1000 {
     .a[`i'] = .point.new `i' `i'
     .r.ref = .a[`i'].ref
 }
