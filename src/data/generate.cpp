@@ -285,7 +285,9 @@ int replacecmd(int) {
             } else if (ismissing(x) && !ismissing(old)) {
                 tomissing++;
             }
-            if (memcmp(&old, &now, sizeof now)) changes++;
+            // a change is a result that differs from the cell as a double, bit
+            // for bit, whatever the storage type then makes of it
+            changes++;
             return 0;
         };
         if (type == KV_DOUBLE && !reads_self) {
