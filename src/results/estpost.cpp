@@ -39,6 +39,12 @@ int msg(const char* text, int rc) {
     return rc;
 }
 
+// "last estimates not found", with its own code 301.
+int noest() {
+    error(301);
+    return 301;
+}
+
 bool matrices_ready() {
     return matlink.load && matlink.save && matlink.drop;
 }
@@ -87,7 +93,7 @@ int take_esample(int v) {
 int epostcmd(int repost) {
     std::string names[3];
     if (repost) {
-        if (!lastest) return error(301);
+        if (!lastest) return noest();
         bool seen[2] = {false, false};
         for (;;) {
             TokPos at;
@@ -421,7 +427,7 @@ int holdcmd() {
         int v = korvu_findvar(var, 10, 1);
         if (v < 0) return -v;
     }
-    if (!nullok && !lastest) return error(301);
+    if (!nullok && !lastest) return noest();
     if (restore && estrestore)
         return msg("already exist held estimates for automatic restore\n", 621);
     int slot = -1;

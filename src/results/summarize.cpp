@@ -98,11 +98,13 @@ int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* w
     return 0;
 }
 
-// Sum of w * (x - mean)^2 over the same observations.
-int second_pass(int v, double mean, double* ss) {
+// Sums of w * (x - mean) and w * (x - mean)^2 over the same observations:
+// the first corrects the mean of the first pass, the second gives the
+// sum of squares about the corrected mean.
+int second_pass(int v, double mean, double sumw, double* meanout, double* ss) {
     std::vector<double> buf(CHUNK), w(CHUNK);
     std::vector<uint8_t> sel(CHUNK);
-    double s = 0, e = 0;
+    double s = 0, e = 0, s1 = 0, e1 = 0;
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
         int i1 = std::min(nobs2, i0 + CHUNK - 1);
         if (kvpollstd()) return 1;
@@ -111,11 +113,15 @@ int second_pass(int v, double mean, double* ss) {
             if (!sel[j]) continue;
             double x = korvu_data(v, i0 + j);
             if (x >= misval) continue;
-            double d = x - mean;
-            accumerr(&s, &e, w[j] * d * d);
+            double d = x - mean, wd = w[j] * d;
+            accumerr(&s1, &e1, wd);
+            accumerr(&s, &e, wd * d);
         }
     }
-    *ss = s + e;
+    double r = s1 + e1;
+    *meanout = mean + r / sumw;
+    *ss = (s + e) - r * r / sumw;
+    if (*ss < 0) *ss = 0;
     return 0;
 }
 
@@ -294,6 +300,12 @@ int detail_one(int v, Detail& d) {
     double sumw = p.sumw + p.sumw_e;
     double sum = p.sum + p.sum_e;
     double mean = p.n ? sum / sumw : misval;
+    double s1 = 0, e1 = 0;
+    for (size_t i = 0; i < vals.size(); ++i) {
+        if ((i & 0xffff) == 0 && kvpollstd()) return 1;
+        accumerr(&s1, &e1, (weclause ? wts[i] : 1.0) * (vals[i] - mean));
+    }
+    if (p.n) mean += (s1 + e1) / sumw;
     double s2 = 0, e2 = 0, s3 = 0, e3 = 0, s4 = 0, e4 = 0;
     for (size_t i = 0; i < vals.size(); ++i) {
         if ((i & 0xffff) == 0 && kvpollstd()) return 1;
@@ -475,7 +487,7 @@ int summariz(int) {
         }
         double ss = 0;
         if (p.n)
-            if (int rc = second_pass(v, mean, &ss)) {
+            if (int rc = second_pass(v, mean, sumw, &mean, &ss)) {
                 killus();
                 return rc;
             }
