@@ -12,8 +12,10 @@
 #include "data/formats.h"
 #include "kernel/brk.h"
 #include "kernel/errors.h"
+#include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/program.h"
 #include "output/spout.h"
@@ -147,6 +149,30 @@ CVal lookup(const char* k) {
     if (key == "logtype") return S("ptag");
     if (key == "searchdefault") return S("local");
     if (key == "httpproxypw") return S("");
+    if (key == "rmsg_time") return N(rmsgtime);
+    if (key == "tracecode") return S(korvu_trace_code ? "on" : "off");
+    if (key == "jitterseed") return N(0);
+    // settings of windows, graphics and the network that are kept elsewhere
+    // or not built: their values at start-up
+    if (key == "debug" || key == "checksum" || key == "di_g" || key == "loghelp" ||
+        key == "netdebug" || key == "profiling" || key == "tracetime" || key == "lumodebug" ||
+        key == "httpproxy" || key == "httpproxyauth" || key == "getsockopt")
+        return S("off");
+    if (key == "graphics" || key == "fastscroll") return S("on");
+    if (key == "scheme") return S("default");
+    if (key == "printcolor") return S("automatic");
+    if (key == "helpcolor" || key == "guixeqcmd" || key == "curscm" || key == "httpproxyhost" ||
+        key == "httpproxyuser")
+        return S("");
+    if (key == "linegap") return N(1);
+    if (key == "scrollbufsize") return N(32000);
+    if (key == "varlabelpos") return N(0);
+    if (key == "timeout1") return N(30);
+    if (key == "timeout2") return N(180);
+    if (key == "httpproxyport") return N(80);
+    if (key == "maxdb") return N(50);
+    if (key == "textsize") return N(100);
+    if (key == "update_oride") return N(0);
     if (key == "Months") return S(months);
     if (key == "Mons") return S("Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec");
     if (key == "Weekdays") return S("Sunday Monday Tuesday Wednesday Thursday Friday Saturday");
