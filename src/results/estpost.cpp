@@ -61,11 +61,11 @@ bool has_eqnames(const DenseMat& b) {
 
 // The esample() variable: values 0 and 1 only; 0 or 471.
 int check_esample(int v) {
-    bool isbyte = typlist[v - 1] == KV_BYTE;
     if (typlist[v - 1] <= 244) return error(471);
+    if (typlist[v - 1] != KV_BYTE) return 0; // any value but 0 counts as 1
     for (int i = 1; i <= nobs; ++i) {
         double x = korvu_data(v, i);
-        if (isbyte ? (x != 0 && x != 1) : (x >= misval)) return error(471);
+        if (x != 0 && x != 1) return error(471);
     }
     return 0;
 }
@@ -108,7 +108,7 @@ int epostcmd(int repost) {
                                                                  : -1;
             if (k < 0 || seen[k]) return error(198);
             seen[k] = true;
-            if (!gtokis('=') && !tokis(gettok(prsestd), "=")) return error(198);
+            if (gtokis('=')) return error(198);
             gettok(prsestd);
             if (!token[0]) return error(198);
             names[k] = token;
@@ -229,12 +229,13 @@ int epostcmd(int repost) {
         if (haveprops && estval_reset_local("properties", props)) return ab_est(1);
         return 0;
     }
+    std::string esvname = esv ? varname(esv) : "";
     if (clear)
         ab_est(1);
     else
         estval_partial_clear_for_post();
     if (esv) {
-        esv = sysfindvar(esname[0] ? varname(esv) : "");
+        esv = sysfindvar(esvname.c_str());
         if (esv && take_esample(esv)) return ab_est(1);
         reset_sort(0);
     }
@@ -423,7 +424,7 @@ int holdcmd() {
     if (int rc = chkopt()) return rc;
     if (!var[0]) snprintf(var, sizeof var, "%s", name.c_str());
     if (std::strlen(var) > 32) return error(198);
-    if (lastest && esample_var()) {
+    {
         int v = korvu_findvar(var, 10, 1);
         if (v < 0) return -v;
     }

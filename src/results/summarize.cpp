@@ -75,6 +75,28 @@ int chunk_select(int i0, int i1, std::vector<double>& buf, std::vector<uint8_t>&
 
 // The first pass, also gathering the used values (and weights) when asked.
 int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* wts) {
+    if (!ifclause && !weclause) {
+        // every observation in range, unit weights: the count is the weight sum
+        for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
+            int i1 = std::min(nobs2, i0 + CHUNK - 1);
+            if (kvpollstd()) return 1;
+            double s = p.sum, e = p.sum_e, mn = p.min, mx = p.max;
+            int64_t n = p.n;
+            for (int i = i0; i <= i1; ++i) {
+                double x = korvu_data(v, i);
+                if (x >= misval) continue;
+                accumerr(&s, &e, x);
+                mn = x < mn ? x : mn;
+                mx = x > mx ? x : mx;
+                ++n;
+                if (vals) vals->push_back(x);
+            }
+            p.sum = s, p.sum_e = e, p.min = mn, p.max = mx, p.n = n;
+        }
+        p.sumw = static_cast<double>(p.n);
+        p.sumw_e = 0;
+        return 0;
+    }
     std::vector<double> buf(CHUNK), w(CHUNK);
     std::vector<uint8_t> sel(CHUNK);
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
@@ -95,6 +117,36 @@ int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* w
             if (wts && weclause) wts->push_back(wj);
         }
     }
+    return 0;
+}
+
+// The same two sums over values gathered by the first pass (weights in w,
+// or unit weights when w is empty).
+int second_pass_buf(const std::vector<double>& x, const std::vector<double>& w, double mean,
+                    double sumw, double* meanout, double* ss) {
+    double s = 0, e = 0, s1 = 0, e1 = 0;
+    size_t n = x.size();
+    for (size_t i0 = 0; i0 < n; i0 += 65536) {
+        if (kvpollstd()) return 1;
+        size_t i1 = std::min(n, i0 + 65536);
+        if (w.empty()) {
+            for (size_t i = i0; i < i1; ++i) {
+                double d = x[i] - mean;
+                accumerr(&s1, &e1, d);
+                accumerr(&s, &e, d * d);
+            }
+        } else {
+            for (size_t i = i0; i < i1; ++i) {
+                double d = x[i] - mean, wd = w[i] * d;
+                accumerr(&s1, &e1, wd);
+                accumerr(&s, &e, wd * d);
+            }
+        }
+    }
+    double r = s1 + e1;
+    *meanout = mean + r / sumw;
+    *ss = (s + e) - r * r / sumw;
+    if (*ss < 0) *ss = 0;
     return 0;
 }
 
@@ -462,12 +514,24 @@ int summariz(int) {
     }
     if (show) header(wcol);
     int shown = 0;
+    // The used values of a variable are gathered once, in one buffer kept for
+    // all variables, so that the second pass reads them contiguously; above
+    // this many observations the second pass reads the data again.
+    constexpr int64_t maxbuf = 64 * 1024 * 1024;
+    bool buffered = !meanonly && static_cast<int64_t>(nobs2) - nobs1 + 1 <= maxbuf;
+    std::vector<double> vals, wts;
+    if (buffered) {
+        vals.reserve(static_cast<size_t>(std::max(0, nobs2 - nobs1 + 1)));
+        if (weclause) wts.reserve(vals.capacity());
+    }
     for (size_t k = 0; k < vars.size(); ++k) {
         int v = vars[k];
         Pass p;
         bool isstr = isstrtype(typlist[v - 1]);
+        vals.clear();
+        wts.clear();
         if (!isstr)
-            if (int rc = first_pass(v, p, nullptr, nullptr)) {
+            if (int rc = first_pass(v, p, buffered ? &vals : nullptr, buffered ? &wts : nullptr)) {
                 killus();
                 return rc;
             }
@@ -487,7 +551,8 @@ int summariz(int) {
         }
         double ss = 0;
         if (p.n)
-            if (int rc = second_pass(v, mean, sumw, &mean, &ss)) {
+            if (int rc = buffered ? second_pass_buf(vals, wts, mean, sumw, &mean, &ss)
+                                  : second_pass(v, mean, sumw, &mean, &ss)) {
                 killus();
                 return rc;
             }
