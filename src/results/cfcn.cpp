@@ -77,8 +77,8 @@ CVal lookup(const char* k) {
     if (key == "pi") return N(M_PI);
     if (key == "rc") return N(captrc);
     if (key == "N") return N(nobs);
-    if (key == "k") return N(nvar);
-    if (key == "width") return N(width_now());
+    if (key == "k") return N(nvar - (esample_var() ? 1 : 0));
+    if (key == "width") return N(width_now() - (esample_var() ? 1 : 0));
     if (key == "XE") return N(1);
     if (key == "PX") return N(0);
     if (key == "current_date") return S(timeordate(true));

@@ -10,6 +10,7 @@
 #include "kernel/dict.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "output/spout.h"
 
 namespace korvu {
 
@@ -300,6 +301,13 @@ void retval_get_as_string(char* buf, size_t size) {
 
 const char* retval_get_strptr() {
     return cur.kind == CK_DMACRO ? static_cast<const char*>(cur.item) : nullptr;
+}
+
+void retval_debug() {
+    c_outlev = 0;
+    spoutf("retval_flag = %d  local_retval_n = %d\n", retval_flag, local_retval_n);
+    for (int i = 0; i < local_retval_n; ++i)
+        spoutf("%d.  |%s| %.17g\n", i + 1, local_retval[i].name, local_retval[i].value);
 }
 
 // --- the return being built ------------------------------------------------------

@@ -71,6 +71,7 @@ int retval_get_as_double_any(double* out);
 void retval_get_as_string(char* buf, size_t size);
 const char* retval_get_strptr();
 void* retval_cursor_item(); // the dictionary item found, or null
+void retval_debug();        // the table and its flag, for debugging
 
 // --- the return being built --------------------------------------------------
 void myretval_clear();
