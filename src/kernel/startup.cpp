@@ -69,6 +69,7 @@ void console_close();
 void link_expressions();
 void link_sorting();
 void link_macro_functions();
+void link_results();
 void link_class();
 extern const char* (*fkey_lookup)(const char* name);
 
@@ -429,6 +430,8 @@ int sinit0(int argc, char** argv) {
     link_sorting();
     link_macro_functions();
     link_test_break();
+    link_more_macro_functions();
+    link_results();
     link_class();
     sinit_state = 13;
     if (shownotes) {
