@@ -63,4 +63,12 @@ program point3.both
 end
 .t = .point3.new 1 2 3
 assert "`.t.both'" == "point origin3 at 2,3"
+* an r-class member program leaves r() as other programs do
+program point.stats, rclass
+    return scalar sx = `.x' * 2
+    return local who "`.name'"
+end
+.u = .point.new 3 4
+.u.stats
+assert r(sx) == 6 & "`r(who)'" == "origin"
 display "test completed"
