@@ -29,6 +29,7 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "lumo/lumo.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -418,6 +419,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_lumo();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
@@ -451,6 +453,7 @@ int sinit0(int argc, char** argv) {
     sinit_state = 16;
     c_outlev = 0;
     sinit_state = 17;
+    lumoinit();
     sinit_state = 18;
     trouble_at_startup_msg();
     snprintf(console, conslen, "%s", argline.c_str());

@@ -19,9 +19,9 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
-#include "data/varcmds.h"
 #include "data/missing.h"
 #include "data/sort.h"
+#include "data/varcmds.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -32,6 +32,7 @@
 #include "kernel/loop.h"
 #include "kernel/options.h"
 #include "kernel/startup.h"
+#include "lumo/lumo.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -164,6 +165,10 @@ static constexpr SetRow set_table[] = {
     {"obs", 3, set_obs},
     {"varabbrev", 9, set_varabbrev},
     {"sortseed", 8, set_sortseed},
+    {"lumostrict", 10, set_lumostrict},
+    {"lumooptimize", 12, set_lumooptimize},
+    {"lumolnum", 8, set_lumolnum},
+    {"lumodebug", 9, set_lumodebug},
 };
 
 int setcmd(int) {
