@@ -452,7 +452,9 @@ static void compile_assign(int lo, int eq, int hi) {
             tpush(r);
             return;
         }
-        if (ob - lo == 1 && isliteral(lo)) cc_fail("invalid subscripted lval\n");
+        int blo = lo, bhi = ob;
+        while (T(blo) == '(' && M(blo) == bhi - 1 && blo + 1 < bhi - 1) blo++, bhi--;
+        if (bhi - blo == 1 && isliteral(blo)) cc_fail("invalid subscripted lval\n");
         cc_sub(lo, ob);
         tpop();
         if (range) {
@@ -639,7 +641,8 @@ static void cc_sub(int lo, int hi) {
             return;
         case 131: compile_name(lo); return;
         default:
-            if (isreserved(T(lo))) cc_fail("%s found where subexp expected\n", S(lo));
+            if (isreserved(T(lo)))
+                cc_fail("%s found where subexp expected\n", m_tokdesc(T(lo), S(lo)).c_str());
             cc_fail("expression invalid\n");
         }
     }
@@ -778,7 +781,8 @@ static void cc_sub(int lo, int hi) {
         tpush(mt);
         return;
     }
-    if (isreserved(T(lo))) cc_fail("%s found where subexp expected\n", S(lo));
+    if (isreserved(T(lo)))
+        cc_fail("%s found where subexp expected\n", m_tokdesc(T(lo), S(lo)).c_str());
     cc_fail("expression invalid\n");
 }
 

@@ -114,7 +114,8 @@ static int parse_type() {
 
 // Statements.
 
-static const int stop_stmt[] = {';', '}', 0};
+// an expression statement also ends before `else` and the `while` of a do
+static const int stop_stmt[] = {';', '}', 204, 215, 0};
 static const int stop_semi[] = {';', 0};
 static const int stop_paren[] = {')', 0};
 
@@ -740,7 +741,7 @@ int cc_compile(const char* text, std::string* rest) {
         if (w->pgm.len) rc = cc_stofunc();
         if (m_dbugflg && lastfcn) m_disasm(w->pgm.name, lastfcn->code, lastfcn->nwords);
     } catch (MCompileAbort&) {
-        rc = 3000;
+        rc = m_lex.eof ? 612 : 3000; // the source ran out: "unexpected end of file"
     }
     zapwork();
     lumo_state = -1;
