@@ -341,3 +341,15 @@ TEST_F(LumoCC, OptionalArgumentsAndLocalsByType) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(LumoCC, LookAheadDoesNotReadLines) {
+    // the label test looks one token ahead; an open comment there is the end
+    // of the line for the look ahead, and the statement reads on
+    EXPECT_EQ(cc("x /* open", {"*/ = 1"}),
+              (std::vector<uint32_t>{920, 920, 1, 9, 80, 5, 0, 2, 30, 34, 1, 1, w4("x"), 1, 4}));
+    EXPECT_TRUE(more_lines.empty());
+}
+
+} // namespace

@@ -17,6 +17,7 @@ int m_token = 10;
 std::string m_tokstr;
 double m_toknum = 0;
 MLexState m_lex;
+static bool peeking = false; // m_nexttok looks ahead without reading lines
 
 // Words and multi-character operators, `colvector` first.
 const MTokWord m_toktab[] = {
@@ -65,6 +66,7 @@ const char* m_tokword(int tok) {
 }
 
 void m_token0(const char* line) {
+    peeking = false;
     m_lex.line = line;
     m_lex.pos = 0;
     m_lex.prev = 0;
@@ -114,6 +116,10 @@ void m_gettok() {
         if (p + 1 < s.size() && s[p] == '/' && s[p + 1] == '*') {
             // a comment, across lines where further lines may be read
             size_t e = s.find("*/", p + 2);
+            if (e == std::string::npos && peeking) {
+                p = s.size(); // a look ahead sees the end of the line
+                continue;
+            }
             while (e == std::string::npos) {
                 if (nextline()) cc_fail("unexpected end of line\n");
                 e = s.find("*/");
@@ -228,11 +234,10 @@ int m_nexttok() {
     }
     MLexSave sv;
     m_savelex(&sv);
-    const uint8_t may = m_mayreadcons;
-    m_mayreadcons = 0; // a look ahead never reads a line
+    peeking = true; // a look ahead never reads a line
     m_gettok();
     const int t = m_token;
-    m_mayreadcons = may;
+    peeking = false;
     m_restorelex(&sv);
     return t;
 }
@@ -240,15 +245,14 @@ int m_nexttok() {
 int m_nextnexttok() {
     MLexSave sv;
     m_savelex(&sv);
-    const uint8_t may = m_mayreadcons;
-    m_mayreadcons = 0;
+    peeking = true;
     m_gettok();
     int t = m_token;
     if (t != 10) {
         m_gettok();
         t = m_token;
     }
-    m_mayreadcons = may;
+    peeking = false;
     m_restorelex(&sv);
     return t;
 }

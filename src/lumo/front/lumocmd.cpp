@@ -219,17 +219,19 @@ int lumocmd(int) {
 }
 
 int lumoxeq(const char* text) {
+    // the text stands behind ":" as a one-line block of the colon form
     std::string line = ":";
     line += text;
-    char* save = console;
-    std::string buf = "lumo" + line;
-    std::vector<char> tmp(buf.begin(), buf.end());
+    std::vector<char> tmp(line.begin(), line.end());
     tmp.push_back(0);
+    char* save = console;
+    TokState ts;
+    borrow_gettok(&ts);
     console = tmp.data();
     settok(console);
-    gettok(prsestd);
     const int rc = lumocmd(0);
     console = save;
+    return_gettok(&ts);
     return rc;
 }
 
