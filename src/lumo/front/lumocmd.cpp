@@ -5,12 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "data/dataarea.h"
 #include "kernel/builtins.h"
+#include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/flow.h"
 #include "kernel/gettok.h"
 #include "kernel/loop.h"
+#include "kernel/program.h"
 #include "lumo/front/lexer.h"
 #include "lumo/lumo.h"
 #include "output/spout.h"
@@ -150,6 +153,8 @@ int lumocmd(int) {
     LumoSaved sv{lumo_state, lumo_cmdtype, m_mayreadcons, m_abort_on_end,
                  delimit,    m_strict,     m_linesource};
     delimit = 0;
+    // a block inside an ado-file is not held to the strict setting
+    if (runprog && sys_pgmloc && static_cast<const PgmRec*>(sys_pgmloc)->loadtime) m_strict = 0;
     lumo_xeq_depth++;
     const char* rest = skipbl(wheretok() ? wheretok() : "");
     bool colon = false;
@@ -215,6 +220,7 @@ int lumocmd(int) {
     m_strict = sv.strict;
     m_linesource = sv.src;
     lumo_xeq_depth--;
+    i_nvar = nvar;
     return rc;
 }
 
