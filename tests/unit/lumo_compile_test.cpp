@@ -353,3 +353,32 @@ TEST_F(LumoCC, LookAheadDoesNotReadLines) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(LumoCC, LimitsOfExpressionsAndBranches) {
+    // "x = 1" and 998 times "+1" are 1999 tokens; one more "+1" makes 2001
+    std::string e = "x = 1";
+    for (int i = 0; i < 998; i++) e += "+1";
+    EXPECT_FALSE(cc(e.c_str()).empty());
+    e += "+1";
+    EXPECT_EQ(fails(e.c_str()), "too many tokens\n");
+    // 100 open brackets at once are allowed, 101 are not
+    const std::string d100 = "x = " + std::string(100, '(') + "1" + std::string(100, ')');
+    EXPECT_FALSE(cc(d100.c_str()).empty());
+    const std::string d101 = "x = " + std::string(101, '(') + "1" + std::string(101, ')');
+    EXPECT_EQ(fails(d101.c_str()), "too many '(', '[', or '['\n");
+    // a function has two tags of its own and each if one more: 498 ifs fit
+    // in the 500 entries, 499 do not
+    std::string f = "function f() {";
+    for (int i = 0; i < 498; i++) f += " if (x) y = 1;";
+    EXPECT_FALSE(cc((f + " }").c_str()).empty());
+    m_dropallfcns();
+    EXPECT_EQ(fails((f + " if (x) y = 1; }").c_str()), "too many branch points\n");
+    // more than 200 arguments in one call
+    std::string call = "x = g(1";
+    for (int i = 0; i < 201; i++) call += ",1";
+    EXPECT_EQ(fails((call + ")").c_str()), "too many list elements\n");
+}
+
+} // namespace
