@@ -684,9 +684,12 @@ int cc_compile(const char* text, std::string* rest) {
         cc_msg("insufficient memory\n");
         return 3000;
     }
-    memset(mem, 0, offsetof(MWork, code));
     m_work = static_cast<MWork*>(mem);
     MWork* w = m_work;
+    // the tables are used only up to their counts
+    w->nsym = w->nfix = w->ndlit = w->nslit = w->nsarea = w->ntag = w->ntyp = 0;
+    w->nsnames = w->ntstk = w->ntok = w->ntokstr = w->npost = 0;
+    memset(&w->pgm, 0, sizeof w->pgm);
     w->maxpgm = maxpgm;
     w->pgm.firstopt = -1;
     w->pgm.code = w->code;
