@@ -382,3 +382,33 @@ TEST_F(LumoCC, LimitsOfExpressionsAndBranches) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(LumoCC, OptimizerStoresThenPops) {
+    m_optimize = 1;
+    // a[2] = 3: 94 then 2 become 96; the block needs one filler word
+    std::vector<uint32_t> v = {920, 920, 1, 11, 31,      20, 31, 22, 96, 0,
+                               30,  34,  1, 1,  w4("a"), 1,  4,  82, 38, 2};
+    pushd(v, 3.0);
+    pushd(v, 2.0);
+    EXPECT_EQ(cc("a[2] = 3"), v);
+    // a[1,2] = 0: 92 then 2 become 95
+    std::vector<uint32_t> m = {920, 920, 1, 11, 79,      80, 31, 20, 95, 0,
+                               30,  34,  1, 1,  w4("a"), 1,  4,  82, 38, 1};
+    pushd(m, 2.0);
+    EXPECT_EQ(cc("a[1,2] = 0"), m);
+    // a[|1\1|] = 0: 24 then 2 become 44
+    EXPECT_EQ(cc("a[|1\\1|] = 0"), (std::vector<uint32_t>{920, 920, 1, 11, 79, 80, 80, 74, 44, 0,
+                                                          30, 34, 1, 1, w4("a"), 1, 4}));
+}
+
+TEST_F(LumoCC, LineNumbersTurnTheOptimizerOff) {
+    m_optimize = 1;
+    m_lnum = 1;
+    EXPECT_EQ(cc("x = 1"), (std::vector<uint32_t>{920, 920, 1, 11, 89, 1, 80, 5, 0, 2, 30, 34, 1, 1,
+                                                  w4("x"), 1, 4}));
+    m_lnum = 0;
+}
+
+} // namespace
