@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ int32_t sys_upline = 0;
 uint8_t sys_is_cls = 0, exitflg = 0, gexitflg = 0, mac_expanded = 0, realbusy = 0, korvu_rmsg = 0,
         nokbrd = 0;
 int32_t korvu_level = 0;
+const char* req_prompt = ". ";
 int32_t sysclock = 0;
 int16_t korvu_busy = 0;
 int32_t batchmode = 0;
@@ -45,8 +47,11 @@ uint8_t korvu_trace_flg = 0;
 int32_t cmdlog_on = 0;
 uint8_t in_byable_ado = 0;
 
-// Past lines typed by the user, newest last; `#review` lists them.
-static std::vector<std::string> review_ring;
+// Past lines typed by the user, newest last; `#review` lists them. A ring of
+// at most conslen bytes: a new line drops the oldest ones from its front, each
+// in constant time, so a long session read from a pipe costs no more per line
+// than a short one.
+static std::deque<std::string> review_ring;
 static size_t review_bytes = 0;
 
 static void review_add(const char* line) {
@@ -54,7 +59,7 @@ static void review_add(const char* line) {
     review_bytes += strlen(line) + 1;
     while (review_bytes > static_cast<size_t>(conslen) && !review_ring.empty()) {
         review_bytes -= review_ring.front().size() + 1;
-        review_ring.erase(review_ring.begin());
+        review_ring.pop_front();
     }
 }
 
@@ -105,9 +110,9 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             len = static_cast<int>(strlen(console));
         } else {
             bool tty = console_is_tty() && !nokbrd;
-            if (!tty && c_outlev >= s_outlev) spoutptl(". ");
+            if (!tty && c_outlev >= s_outlev) spoutptl(req_prompt);
             spoutflush();
-            if (console_readline(console, maxlen, ". ")) {
+            if (console_readline(console, maxlen, req_prompt)) {
                 doeof = 1;
                 console[0] = 0;
                 if (!tty && c_outlev >= s_outlev) newline();
@@ -163,6 +168,7 @@ int getreq(int fromprog) {
     for (;;) {
         if (fromprog && runprog) {
             if (int rc = pgmgetline()) return rc;
+            if (korvu_trace_flg) tracepgm(0); // each line as read, blocks too
         } else {
             if (dofilep && stopflag) return 1;
             int16_t busy = korvu_busy;

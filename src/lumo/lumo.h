@@ -9,7 +9,8 @@
 
 namespace korvu {
 
-// Settings (`set lumostrict`, `set lumooptimize`, `set lumolnum`, `set lumodebug`).
+// What the compiler reads: the command copies the first three from the kept
+// settings (`set lumostrict`, `set lumooptimize`, `set lumolnum`) as it starts.
 extern uint8_t m_strict;   // every variable of a function must be declared
 extern uint8_t m_optimize; // run the optimizer (default on)
 extern uint8_t m_lnum;     // emit line-number instructions (turns the optimizer off)
@@ -67,9 +68,6 @@ int lumocmd(int);
 int lumoxeq(const char* text);
 void lumoinit();
 void link_lumo();
-int set_lumostrict();
-int set_lumooptimize();
-int set_lumolnum();
-int set_lumodebug();
+int set_lumodebug(); // `set lumodebug on|off`
 
 } // namespace korvu

@@ -17,6 +17,7 @@
 #include "lumo/front/lexer.h"
 #include "lumo/lumo.h"
 #include "output/spout.h"
+#include "results/settings.h"
 
 namespace korvu {
 
@@ -153,6 +154,9 @@ int lumocmd(int) {
     LumoSaved sv{lumo_state, lumo_cmdtype, m_mayreadcons, m_abort_on_end,
                  delimit,    m_strict,     m_linesource};
     delimit = 0;
+    m_strict = kset.lumostrict;
+    m_optimize = kset.lumooptimize;
+    m_lnum = kset.lumolnum;
     // a block inside an ado-file is not held to the strict setting
     if (runprog && sys_pgmloc && static_cast<const PgmRec*>(sys_pgmloc)->loadtime) m_strict = 0;
     lumo_xeq_depth++;
@@ -258,15 +262,6 @@ static int onoff(uint8_t* flag) {
     return 0;
 }
 
-int set_lumostrict() {
-    return onoff(&m_strict);
-}
-int set_lumooptimize() {
-    return onoff(&m_optimize);
-}
-int set_lumolnum() {
-    return onoff(&m_lnum);
-}
 int set_lumodebug() {
     return onoff(&m_dbugflg);
 }
