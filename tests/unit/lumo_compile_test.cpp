@@ -78,7 +78,8 @@ void pushd(std::vector<uint32_t>& v, double x) {
     v.push_back(w[1]);
 }
 
-// The function of the worked example, before and after optimizing.
+// A small function with a declared local and a return, before and after
+// optimizing.
 TEST_F(LumoCC, WorkedFunctionLaysOutAsTheEmittersSay) {
     const char* src = "real scalar f(real scalar x) { real scalar y; y = x + 1; return(y) }";
     std::vector<uint32_t> want = {920, 920, 1,  24, 1,  8, 1,   20, 7,       0,  80, 32, 5,
