@@ -18,6 +18,7 @@
 #include "kernel/macro.h"
 #include "kernel/program.h"
 #include "kernel/syscmds.h"
+#include "lumo/lumo.h"
 #include "output/log.h"
 #include "output/spout.h"
 #include "results/settings.h"
@@ -198,8 +199,8 @@ static constexpr Builtin builtin_table[] = {
     {"markout", 7, 'm', 0, 0, 0, markout, 0},
     {"marksample", 10, 'm', 0, 0, 0, markscmd, 0},
     {"markin", 6, 'm', 0, 0, 0, markin, 0},
-    {"m", 1, 'm', 0, 0, 0, nullptr, 0},
-    {"lumo", 4, 'l', 0, 0, 0, nullptr, 0},
+    {"m", 1, 'm', 0, 0, 0, lumocmd, 0},
+    {"lumo", 4, 'l', 0, 0, 0, lumocmd, 0},
     {"lumo_clear", 10, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_describe", 13, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_drop", 9, 'l', 0, 0, 0, nullptr, 0},
