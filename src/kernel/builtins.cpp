@@ -24,6 +24,7 @@
 #include "results/settings.h"
 #include "results/stores.h"
 #include "results/summarize.h"
+#include "ui/help.h"
 
 namespace korvu {
 
@@ -46,7 +47,7 @@ static constexpr Builtin builtin_table[] = {
     {"_dialog", 7, '_', 0, 0, 0, nullptr, 0},
     {"_estimates", 4, '_', 800, 0, 0, _estimatescmd, 0},
     {"_test", 5, '_', 0, 0, 0, nullptr, 0},
-    {"_findhlpalias", 12, '_', 0, 0, 0, nullptr, 0},
+    {"_findhlpalias", 12, '_', 0, 0, 0, usfindhlpalias, 0},
     {"_GEEBT", 5, '_', 0, 0, 0, nullptr, 0},
     {"_GEEUC", 5, '_', 0, 0, 0, nullptr, 0},
     {"_GEERC", 5, '_', 0, 0, 0, nullptr, 0},
@@ -116,7 +117,7 @@ static constexpr Builtin builtin_table[] = {
     {"cd", 2, 'c', 0, 0, 0, cdcmd, 0},
     {"char", 4, 'c', 0, 0, 0, charcmd, 0},
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
-    {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
+    {"chelp", 2, 'c', 0, 0, 0, helpcmd, 0},
     {"class", 5, 'c', 0, 0, 0, stclass, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
@@ -188,11 +189,11 @@ static constexpr Builtin builtin_table[] = {
     {"ls", 2, 'l', 0, 0, 0, dircmd, 0},
     {"label", 2, 'l', 0, 0, 0, labelcmd, 0},
     {"labeldefine_dlg", 15, 'l', 0, 0, 0, nullptr, 0},
-    {"lookup", 2, 'l', 0, 0, 0, nullptr, 0},
+    {"lookup", 2, 'l', 0, 0, 0, searchcmd, 0},
     {"log", 3, 'l', 0, 0, 0, logcmd, 0},
     {"log_dlg", 7, 'l', 0, 0, 0, nullptr, 0},
     {"macro", 2, 'm', 0, 0, 0, macro, 0},
-    {"man", 3, 'm', 0, 0, 0, nullptr, 0},
+    {"man", 3, 'm', 0, 0, 0, helpcmd, 0},
     {"manova", 4, 'm', 0, 0, 1, nullptr, 0},
     {"manovatest", 10, 'm', 0, 0, 0, nullptr, 0},
     {"mark", 4, 'm', 0, 0, 0, markcmd, 0},
@@ -261,7 +262,7 @@ static constexpr Builtin builtin_table[] = {
     {"save", 2, 's', 0, 0, 0, savecmd, 0},
     {"save_dlg", 8, 's', 0, 0, 0, nullptr, 0},
     {"scalar", 3, 's', 0, 0, 0, nullptr, 0},
-    {"search", 6, 's', 0, 0, 0, nullptr, 0},
+    {"search", 6, 's', 0, 0, 0, searchcmd, 0},
     {"search_dlg", 10, 's', 0, 0, 0, nullptr, 0},
     {"set", 2, 's', 0, 0, 0, setcmd, 0},
     {"score_cmd8", 10, 's', 0, 0, 0, nullptr, 0},
