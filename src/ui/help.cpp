@@ -60,7 +60,8 @@ static bool readfile(const std::string& path, std::string* out, size_t limit) {
 // --- aliases --------------------------------------------------------------------
 
 std::string helpalias(const std::string& name) {
-    if (name.empty() || (!isalnum(static_cast<unsigned char>(name[0])) && name[0] != '_')) return "";
+    if (name.empty() || (!isalnum(static_cast<unsigned char>(name[0])) && name[0] != '_'))
+        return "";
     std::string file = std::string(1, name[0]) + "help_alias";
     char path[1024];
     if (!srchado(file.c_str(), "maint", 1, path, sizeof path)) return "";
@@ -114,6 +115,13 @@ static std::string resolve(const std::string& name, std::string* path) {
 
 static int showfile(const std::string& path, int depth);
 
+// A line that holds nothing but a comment tag "{* ...}".
+static bool iscommentline(const std::string& line) {
+    std::string t = trim(line);
+    return t.size() >= 3 && t.compare(0, 2, "{*") == 0 && t.back() == '}' &&
+           t.find('}') == t.size() - 1;
+}
+
 // Sends one file through the engine; lines "INCLUDE help topic" bring in
 // another topic at that place.
 static int showtext(const std::string& text, int depth) {
@@ -142,6 +150,7 @@ static int showtext(const std::string& text, int depth) {
             }
             continue;
         }
+        if (iscommentline(line)) continue; // keywords and notes for the reader of the file
         ptlsend_genascii(&state, ptl_cur, line.data(), static_cast<int>(line.size()));
         if (kvpollstd()) return 1;
     }
