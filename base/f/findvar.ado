@@ -19,7 +19,8 @@ program define findvar, rclass
     }
     foreach v of local found {
         local lab : variable label `v'
-        display as result %-16s "`v'" as text `" `lab'"'
+        if `"`lab'"' == "" display as result "`v'"
+        else display as result %-16s "`v'" as text `" `lab'"'
     }
     if "`found'" == "" display as text "(no variable found)"
     return local varlist `found'

@@ -168,7 +168,7 @@ static int showfile(const std::string& path, int depth) {
     return showtext(text, depth);
 }
 
-static void notfound(const std::string& name) {
+static void notfound(const std::string& name, bool rform) {
     c_outlev = 3;
     spout_setcoloroflev();
     spoutptl("help for {hilite:");
@@ -176,7 +176,7 @@ static void notfound(const std::string& name) {
     spoutptl("} not found\n");
     c_outlev = 1;
     spout_setcoloroflev();
-    if (topicok(name)) {
+    if (!rform && topicok(name)) {
         std::string line =
             "try {help contents:help contents} or {search " + name + ":search " + name + "}\n";
         spoutptl(line.c_str());
@@ -189,8 +189,10 @@ int ashelp(const char* given, int quiet) {
     std::string name = lower(trim(given ? given : ""));
     if (name.empty()) name = "contents";
     std::string path, topic;
+    bool rform = false;
     // r(x): the topic x when there is one, else the name as it stands
     if (name.size() > 3 && name.compare(0, 2, "r(") == 0 && name.back() == ')') {
+        rform = true;
         topic = resolve(name.substr(2, name.size() - 3), &path);
         if (topic.empty() && findhelpfile(name, &path)) topic = name;
     } else {
@@ -204,7 +206,7 @@ int ashelp(const char* given, int quiet) {
         topic = resolve(next, &path);
     }
     if (topic.empty()) {
-        if (!quiet) notfound(name);
+        if (!quiet) notfound(name, rform);
         return 111;
     }
     c_outlev = 1;
@@ -367,7 +369,11 @@ int searchcmd(int) {
         int pad = 2 + std::max(0, 18 - static_cast<int>(h->topic.size()));
         line += std::string(static_cast<size_t>(pad), ' ');
         spoutptl(line.c_str());
-        spout21(h->title.c_str());
+        // a title "topic -- text" shows only its text beside the topic
+        std::string t = h->title;
+        if (t.compare(0, h->topic.size() + 4, h->topic + " -- ") == 0)
+            t = t.substr(h->topic.size() + 4);
+        spout21(t.c_str());
         spoutptl("\n");
         if (stopflag) return 1;
     }
