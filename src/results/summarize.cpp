@@ -532,7 +532,7 @@ int summariz(int) {
         }
         return 0;
     }
-    if (show) header(wcol);
+    if (show && !vars.empty()) header(wcol);
     int shown = 0;
     for (size_t k = 0; k < vars.size(); ++k) {
         int v = vars[k];
