@@ -429,6 +429,7 @@ int sinit0(int argc, char** argv) {
     link_sorting();
     link_macro_functions();
     link_test_break();
+    link_more_macro_functions();
     link_results();
     sinit_state = 13;
     if (shownotes) {
