@@ -199,9 +199,14 @@ int ashelp(const char* given, int quiet) {
         topic = resolve(name, &path);
     }
     // a file whose head is ".h other" sends the reader on to another topic
-    for (int hop = 0; !topic.empty() && hop < 3; hop++) {
+    // three times at most: a chain longer than that counts as not found
+    for (int hop = 0; !topic.empty(); hop++) {
         std::string head;
         if (!readfile(path, &head, 80) || head.compare(0, 3, ".h ") != 0) break;
+        if (hop == 3) {
+            topic.clear();
+            break;
+        }
         std::string next = lower(trim(head.substr(3, head.find('\n') - 3)));
         topic = resolve(next, &path);
     }
