@@ -371,8 +371,10 @@ int searchcmd(int) {
     spoutptl("}\n\n");
     for (const HelpEntry* h : hits) {
         std::string line = "{help " + h->topic + ":" + h->topic + "}";
-        int pad = 2 + std::max(0, 18 - static_cast<int>(h->topic.size()));
-        line += std::string(static_cast<size_t>(pad), ' ');
+        if (!h->title.empty()) {
+            int pad = 2 + std::max(0, 18 - static_cast<int>(h->topic.size()));
+            line += std::string(static_cast<size_t>(pad), ' ');
+        }
         spoutptl(line.c_str());
         // a title "topic -- text" shows only its text beside the topic
         std::string t = h->title;

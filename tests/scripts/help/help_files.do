@@ -4,7 +4,7 @@ help hredir
 help hold
 help hinc
 help hx
-capture noisily help hloopa
+capture noisily help hcyca
 if _rc != 111 error 9
 search zebra
 set linesize 40
