@@ -10,6 +10,7 @@
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
+#include "kernel/depth.h"
 #include "kernel/dofile.h"
 #include "kernel/errors.h"
 #include "kernel/flow.h"
@@ -309,7 +310,17 @@ static int unrecognized() {
     return 199;
 }
 
+static int selreq_body();
+
 int selreq() {
+    if (reqdepth >= reqdepth_limit()) return reqtoodeep();
+    reqdepth++;
+    int rc = selreq_body();
+    reqdepth--;
+    return rc;
+}
+
+static int selreq_body() {
     cmdinit();
     i_nvar = nvar;
     sysclock = sysclock >= 2147483646 ? 1 : sysclock + 1;

@@ -21,6 +21,7 @@
 #include "data/varlist.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
+#include "kernel/depth.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
@@ -543,6 +544,7 @@ static void profile_step() {
 }
 
 int korvu_main(int argc, char** argv) {
+    depth_stack_raise(argv);
     if (argc > 0 && argv[0]) {
         const char* slash = strrchr(argv[0], '/');
         const char* base = slash ? slash + 1 : argv[0];
