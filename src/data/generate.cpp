@@ -130,6 +130,12 @@ int gen(int) {
     gettok(prsestd);
     if (!token[0] || tokisstr(token) || iskeyorb(token)) return error(102);
     std::string name = token;
+    // exactly one new name: a second one is too many variables
+    gettok(prsestd);
+    const bool another = token[0] && !tokisstr(token) && strcmp(token, "if") &&
+                         strcmp(token, "in") && !chkname(token, 0);
+    ungettok();
+    if (another) return error(103);
     if (byvar == 2) {
         // the variable was made in the first group
     } else {
@@ -166,15 +172,17 @@ int gen(int) {
     static int64_t gen_count = 0;
     if (byvar != 2) gen_count = 0;
     int64_t missing = 0;
-    if (!byvar) {
+    if (byvar != 2) {
+        // every cell of the new variable starts missing (or empty), so that
+        // a break, an error or a later by-group never leaves a cell unset;
+        // without by the cells outside the range count as missing now
         for (int i = 1; i <= nobs; i++) {
-            if (i >= nobs1 && i <= nobs2) continue;
             if (isstr)
                 storestr(v, i, "");
             else
                 store(v, i, misval);
-            missing++;
         }
+        if (!byvar) missing = nobs - (nobs2 >= nobs1 ? nobs2 - nobs1 + 1 : 0);
     }
     bool truncated = false;
     if (isstr) {
@@ -277,7 +285,9 @@ int replacecmd(int) {
             } else if (ismissing(x) && !ismissing(old)) {
                 tomissing++;
             }
-            if (memcmp(&old, &now, sizeof now)) changes++;
+            // a change is a result that differs from the cell as a double, bit
+            // for bit, whatever the storage type then makes of it
+            changes++;
             return 0;
         };
         if (type == KV_DOUBLE && !reads_self) {

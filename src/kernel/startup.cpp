@@ -30,6 +30,7 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "kernel/testbreak.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -69,6 +70,7 @@ void console_close();
 void link_expressions();
 void link_sorting();
 void link_macro_functions();
+void link_results();
 extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
@@ -427,7 +429,9 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_test_break();
     link_more_macro_functions();
+    link_results();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
