@@ -39,7 +39,8 @@ case "$mode" in
     exec build/bin/korvu-xe "$@"
     ;;
   test)
-    build build
+    # warnings fail the build here, so that none creeps in
+    build build -DKORVU_WERROR=ON
     ctest --test-dir build --output-on-failure -j "$(nproc)"
     ;;
   asan)

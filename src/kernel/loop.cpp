@@ -244,7 +244,8 @@ void statusline() {
 int doreq() {
     int16_t busy = korvu_busy;
     korvu_busy = 1;
-    altstopflag = stopflag = 0;
+    altstopflag = 0;
+    stopflag = 0;
     byvar = 0;
     exitflg = 0;
     lastby = 1;
@@ -383,7 +384,8 @@ int prefix_capture(int) {
     nvar = i_nvar;
     if (!procflg) return 0;
     captrc = rc;
-    stopflag = altstopflag = 0;
+    stopflag = 0;
+    altstopflag = 0;
     return 0;
 }
 
