@@ -265,7 +265,8 @@ int creturncmd(int) {
             char val[21];
             CVal v = lookup(k.c_str());
             cfcnstr(k.c_str(), val, sizeof val);
-            std::string lab = "c(" + k + ")";
+            std::string lab = "c(";
+            lab.append(k).append(")");
             c_outlev = 1;
             spoutf("%20s = ", lab.c_str());
             c_outlev = 0;

@@ -553,9 +553,9 @@ int holdwords(const char* word) {
             c_outlev = 0;
             spoutf("%s\n", holds[i].name);
             if (names.size() + 34 < static_cast<size_t>(macrolen))
-                names += (names.empty() ? "" : " ") + std::string(holds[i].name);
+                names.append(names.empty() ? "" : " ").append(holds[i].name);
             if (vars.size() + 34 < static_cast<size_t>(macrolen))
-                vars += (vars.empty() ? "" : " ") + std::string(holds[i].var);
+                vars.append(vars.empty() ? "" : " ").append(holds[i].var);
         }
         retval_set_local("names", names.c_str());
         retval_set_local("varnames", vars.c_str());

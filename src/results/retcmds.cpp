@@ -122,7 +122,7 @@ void label(char letter, const std::string& name, char punct) {
         s += n.substr(0, 16);
         s += "\n";
         spout21(s.c_str());
-        n = "  " + n.substr(16);
+        n = std::string("  ").append(n, 16, std::string::npos);
         s.assign(n.size() < 20 ? 20 - n.size() : 0, ' ');
         s += n;
     } else {
@@ -225,7 +225,8 @@ int listnames(int cls) {
     }
     for (auto& n : names) {
         int kind = gretval_find(cls, n.c_str());
-        std::string full = std::string(1, t.letter) + "(" + n + ")";
+        std::string full(1, t.letter);
+        full.append("(").append(n).append(")");
         c_outlev = 1;
         if (kind == RF_SCALAR) {
             spoutf("scalar %-10s", full.c_str());

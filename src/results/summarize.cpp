@@ -120,43 +120,31 @@ int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* w
     return 0;
 }
 
-// The same two sums over values gathered by the first pass (weights in w,
-// or unit weights when w is empty).
-int second_pass_buf(const std::vector<double>& x, const std::vector<double>& w, double mean,
-                    double sumw, double* meanout, double* ss) {
-    double s = 0, e = 0, s1 = 0, e1 = 0;
-    size_t n = x.size();
-    for (size_t i0 = 0; i0 < n; i0 += 65536) {
-        if (kvpollstd()) return 1;
-        size_t i1 = std::min(n, i0 + 65536);
-        if (w.empty()) {
-            for (size_t i = i0; i < i1; ++i) {
-                double d = x[i] - mean;
-                accumerr(&s1, &e1, d);
-                accumerr(&s, &e, d * d);
-            }
-        } else {
-            for (size_t i = i0; i < i1; ++i) {
-                double d = x[i] - mean, wd = w[i] * d;
-                accumerr(&s1, &e1, wd);
-                accumerr(&s, &e, wd * d);
-            }
-        }
-    }
-    double r = s1 + e1;
-    *meanout = mean + r / sumw;
-    *ss = (s + e) - r * r / sumw;
-    if (*ss < 0) *ss = 0;
-    return 0;
-}
-
 // Sums of w * (x - mean) and w * (x - mean)^2 over the same observations:
 // the first corrects the mean of the first pass, the second gives the
 // sum of squares about the corrected mean.
 int second_pass(int v, double mean, double sumw, double* meanout, double* ss) {
+    double s = 0, e = 0, s1 = 0, e1 = 0;
+    if (!ifclause && !weclause) {
+        for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
+            int i1 = std::min(nobs2, i0 + CHUNK - 1);
+            if (kvpollstd()) return 1;
+            for (int i = i0; i <= i1; ++i) {
+                double x = korvu_data(v, i);
+                if (x >= misval) continue;
+                double d = x - mean;
+                accumerr(&s1, &e1, d);
+                accumerr(&s, &e, d * d);
+            }
+        }
+        double r = s1 + e1;
+        *meanout = mean + r / sumw;
+        *ss = (s + e) - r * r / sumw;
+        if (*ss < 0) *ss = 0;
+        return 0;
+    }
     std::vector<double> buf(CHUNK), w(CHUNK);
     std::vector<uint8_t> sel(CHUNK);
-    double s = 0, e = 0, s1 = 0, e1 = 0;
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
         int i1 = std::min(nobs2, i0 + CHUNK - 1);
         if (kvpollstd()) return 1;
@@ -309,22 +297,53 @@ const double pcts[9] = {1, 5, 10, 25, 50, 75, 90, 95, 99};
 
 } // namespace
 
-double pctile_unweighted(double* v, size_t n, double p) {
-    if (!n) return misval;
+// The order statistics (1-based) that percentile p needs: k and k + 1 when
+// n*p/100 is a whole k below n, else the next one alone (second is 0).
+static void pctile_ranks(size_t n, double p, size_t* first, size_t* second) {
     double P = static_cast<double>(n) * p / 100.0;
     double fl = std::floor(P);
+    *second = 0;
     if (fl == P && fl >= 1 && fl < static_cast<double>(n)) {
-        size_t k = static_cast<size_t>(fl); // order statistics k and k+1 (1-based)
-        std::nth_element(v, v + k - 1, v + n);
-        double a = v[k - 1];
-        double b = *std::min_element(v + k, v + n);
-        return (a + b) / 2;
+        *first = static_cast<size_t>(fl);
+        *second = *first + 1;
+        return;
     }
     size_t k = fl == P ? static_cast<size_t>(fl) : static_cast<size_t>(fl) + 1;
-    if (k < 1) k = 1;
-    if (k > n) k = n;
-    std::nth_element(v, v + k - 1, v + n);
-    return v[k - 1];
+    *first = k < 1 ? 1 : k > n ? n : k;
+}
+
+void pctiles_unweighted(double* v, size_t n, const double* p, int np, double* out) {
+    if (!n) {
+        for (int j = 0; j < np; ++j) out[j] = misval;
+        return;
+    }
+    // every rank wanted, in ascending order; each selection works only on
+    // what lies above the one before it
+    std::vector<size_t> ranks;
+    for (int j = 0; j < np; ++j) {
+        size_t a, b;
+        pctile_ranks(n, p[j], &a, &b);
+        ranks.push_back(a);
+        if (b) ranks.push_back(b);
+    }
+    std::sort(ranks.begin(), ranks.end());
+    ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
+    size_t lo = 0;
+    for (size_t r : ranks) {
+        std::nth_element(v + lo, v + (r - 1), v + n);
+        lo = r;
+    }
+    for (int j = 0; j < np; ++j) {
+        size_t a, b;
+        pctile_ranks(n, p[j], &a, &b);
+        out[j] = b ? (v[a - 1] + v[b - 1]) / 2 : v[a - 1];
+    }
+}
+
+double pctile_unweighted(double* v, size_t n, double p) {
+    double out;
+    pctiles_unweighted(v, n, &p, 1, &out);
+    return out;
 }
 
 double pctile_weighted(const double* x, const double* w, size_t n, double p) {
@@ -379,9 +398,10 @@ int detail_one(int v, Detail& d) {
     d.min = p.n ? p.min : misval;
     d.max = p.n ? p.max : misval;
     size_t n = vals.size();
-    for (int k = 0; k < 9; ++k)
-        d.p[k] = weclause ? pctile_weighted(vals.data(), wts.data(), n, pcts[k])
-                          : pctile_unweighted(vals.data(), n, pcts[k]);
+    if (weclause)
+        for (int k = 0; k < 9; ++k) d.p[k] = pctile_weighted(vals.data(), wts.data(), n, pcts[k]);
+    else
+        pctiles_unweighted(vals.data(), n, pcts, 9, d.p);
     d.nsmall = static_cast<int>(std::min<size_t>(4, n));
     if (n) {
         size_t k = std::min<size_t>(4, n);
@@ -512,26 +532,14 @@ int summariz(int) {
         }
         return 0;
     }
-    if (show) header(wcol);
+    if (show && !vars.empty()) header(wcol);
     int shown = 0;
-    // The used values of a variable are gathered once, in one buffer kept for
-    // all variables, so that the second pass reads them contiguously; above
-    // this many observations the second pass reads the data again.
-    constexpr int64_t maxbuf = 64 * 1024 * 1024;
-    bool buffered = !meanonly && static_cast<int64_t>(nobs2) - nobs1 + 1 <= maxbuf;
-    std::vector<double> vals, wts;
-    if (buffered) {
-        vals.reserve(static_cast<size_t>(std::max(0, nobs2 - nobs1 + 1)));
-        if (weclause) wts.reserve(vals.capacity());
-    }
     for (size_t k = 0; k < vars.size(); ++k) {
         int v = vars[k];
         Pass p;
         bool isstr = isstrtype(typlist[v - 1]);
-        vals.clear();
-        wts.clear();
         if (!isstr)
-            if (int rc = first_pass(v, p, buffered ? &vals : nullptr, buffered ? &wts : nullptr)) {
+            if (int rc = first_pass(v, p, nullptr, nullptr)) {
                 killus();
                 return rc;
             }
@@ -551,8 +559,7 @@ int summariz(int) {
         }
         double ss = 0;
         if (p.n)
-            if (int rc = buffered ? second_pass_buf(vals, wts, mean, sumw, &mean, &ss)
-                                  : second_pass(v, mean, sumw, &mean, &ss)) {
+            if (int rc = second_pass(v, mean, sumw, &mean, &ss)) {
                 killus();
                 return rc;
             }

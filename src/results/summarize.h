@@ -23,6 +23,8 @@ inline void accumerr(double* sum, double* err, double x) {
 // unweighted, the mean of the two neighbouring order statistics where n*p/100
 // is whole, the next one otherwise. Selection, not a full sort.
 double pctile_unweighted(double* v, size_t n, double p);
+// Several at once, p ascending or not; each selection works above the last.
+void pctiles_unweighted(double* v, size_t n, const double* p, int np, double* out);
 // The same with weights w: the first value whose cumulative weight reaches
 // n*p/100 of the total, averaged with the next value when it meets it exactly.
 double pctile_weighted(const double* x, const double* w, size_t n, double p);

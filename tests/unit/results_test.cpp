@@ -192,6 +192,13 @@ TEST(Percentiles, UnweightedByHand) {
         std::vector<double> v = base;
         EXPECT_EQ(pctile_unweighted(v.data(), v.size(), p[k]), want[k]) << p[k];
     }
+    // all nine at once, asked for out of order
+    const double shuffled[9] = {50, 1, 99, 25, 5, 95, 10, 90, 75};
+    const double wantsh[9] = {4.5, 1, 9, 3, 1, 9, 1, 9, 7};
+    std::vector<double> v = base;
+    double got[9];
+    pctiles_unweighted(v.data(), v.size(), shuffled, 9, got);
+    for (int k = 0; k < 9; ++k) EXPECT_EQ(got[k], wantsh[k]) << shuffled[k];
     double one = 7;
     EXPECT_EQ(pctile_unweighted(&one, 1, 50), 7);
     std::vector<double> two = {4, 2};

@@ -67,6 +67,41 @@ assert r(N) == 0
 capture confirm variable third
 assert _rc == 0
 
+* an automatic restore at the end of the program that held them
+drop third
+program define holder
+    _estimates hold mine, restore
+    assert "`e(cmd)'" == ""
+    capture _estimates hold again, restore nullok
+    assert _rc == 621
+end
+holder
+assert "`e(cmd)'" == "fakeest"
+count if e(sample)
+assert r(N) == 0
+_estimates dir
+assert "`r(names)'" == ""
+* held under a temporary name: gone when the program ends
+program define tmpholder
+    tempname h
+    _estimates hold `h', copy
+    _estimates dir
+    assert "`r(names)'" == "`h'"
+end
+tmpholder
+_estimates dir
+assert "`r(names)'" == ""
+assert "`e(cmd)'" == "fakeest"
+* unhold, not: the held results stay and are no longer restored
+program define keepheld
+    _estimates hold kept, restore
+    _estimates unhold kept, not
+end
+keepheld
+assert "`e(cmd)'" == ""
+_estimates unhold kept
+assert "`e(cmd)'" == "fakeest"
+
 * the checks of hold and unhold
 capture _estimates unhold nosuch
 assert _rc == 111

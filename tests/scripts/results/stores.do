@@ -109,6 +109,16 @@ _return drop _all
 capture _return restore keep2
 assert _rc == 111
 
+* a held return under a temporary name goes with its program
+program define tmpret
+    tempname h
+    _return hold `h'
+    c_local hname `h'
+end
+tmpret
+capture _return restore `hname'
+assert _rc == 111
+
 * c()
 assert c(pi) == _pi
 assert c(N) == 4
