@@ -174,7 +174,7 @@ int listcmd(int) {
             line.append(lead, ' ');
             line += "{c TLC}{hline " + std::to_string(w) + "}{c TRC}";
             emit(line);
-            snprintf(obslab, sizeof obslab, "%*d. ", ndig + 2, i - first + 1);
+            snprintf(obslab, sizeof obslab, "%*d. ", ndig < 10 ? ndig + 2 : 12, i - first + 1);
             std::string body; // one line of the box, plain text
             bool first = true;
             auto flush = [&]() {
@@ -240,7 +240,7 @@ int listcmd(int) {
         if (stopflag) return 1;
         if (shown && sep && shown % sep == 0) rule("{c LT}", "{c RT}");
         if (obs) {
-            snprintf(obslab, sizeof obslab, "%*d. ", ndig + 2, i - first + 1);
+            snprintf(obslab, sizeof obslab, "%*d. ", ndig < 10 ? ndig + 2 : 12, i - first + 1);
             line += obslab;
         }
         row(false, i);
