@@ -81,6 +81,9 @@ int xeqmat_mat(ExpObj* obj, const char* name, int namelen);
 // observations other than the current one: subscripts and time-series
 // operators.
 bool exp_reads_other_obs(const ExpObj* obj, int v);
+// True when the program draws random numbers: it must then run only for the
+// observations selected, in order, so the stream is one draw per observation.
+bool exp_draws_random(const ExpObj* obj);
 
 // Date literal text [start, end) by kind 'd', 'w', 'm', 'q', 'h', 'y'; `.`
 // when invalid.

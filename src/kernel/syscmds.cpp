@@ -19,9 +19,9 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
-#include "data/varcmds.h"
 #include "data/missing.h"
 #include "data/sort.h"
+#include "data/varcmds.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -33,6 +33,7 @@
 #include "kernel/options.h"
 #include "kernel/startup.h"
 #include "output/spout.h"
+#include "results/rng/rng.h"
 
 namespace korvu {
 
@@ -164,6 +165,8 @@ static constexpr SetRow set_table[] = {
     {"obs", 3, set_obs},
     {"varabbrev", 9, set_varabbrev},
     {"sortseed", 8, set_sortseed},
+    {"seed0", 5, setseed0},
+    {"seed", 2, setseed},
 };
 
 int setcmd(int) {
