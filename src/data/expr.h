@@ -102,6 +102,10 @@ struct ExpHooks {
     int (*matrix_find)(const char* name);
     // Matrix element name[r, c]: 0 and the value, or a code (message printed).
     int (*matrix_element)(const char* name, double r, double c, double* out);
+    // A number-valued matrix expression (el(), matrix(), A[i,j], trace() and
+    // kin) given as the text [b, e): 0 and the value, or a code (message
+    // printed). Called while compiling; it may compile expressions itself.
+    int (*matrix_value)(const char* b, const char* e, double* out);
     // Runs a compiled matrix program: 0 or a code.
     int (*matrix_xeq)(ExpObj* obj, const char* name, int namelen, double* out);
     // _b[name] (se 0) and _se[name] (se 1): 0 and the value, or a code.

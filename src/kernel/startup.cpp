@@ -68,6 +68,7 @@ void console_close();
 void link_expressions();
 void link_sorting();
 void link_macro_functions();
+void link_matrix();
 extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
@@ -418,6 +419,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_matrix();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;

@@ -33,6 +33,7 @@
 #include "kernel/options.h"
 #include "kernel/startup.h"
 #include "output/spout.h"
+#include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
 
 namespace korvu {
@@ -167,6 +168,10 @@ static constexpr SetRow set_table[] = {
     {"sortseed", 8, set_sortseed},
     {"seed0", 5, setseed0},
     {"seed", 2, setseed},
+    {"tol_0", 5, set_tol0},
+    {"tol_1", 5, set_tol1},
+    {"tol_2", 5, set_tol2},
+    {"tol_r", 5, set_tolr},
 };
 
 int setcmd(int) {
