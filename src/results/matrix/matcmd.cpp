@@ -174,16 +174,17 @@ int listone(const char* shown, const char* name, int type, const ListOpts& o) {
         if (j0 > 0) newline();
         if (o.names) {
             if (anyeq) {
-                c_outlev = 1;
-                snprintf(buf, sizeof buf, "%*s", static_cast<int>(lw), "");
-                spout21(buf);
+                std::string line(lw, ' ');
                 for (int j = j0; j < j1; j++) {
                     const char* e = cs.data() + static_cast<size_t>(j) * STRIPE_ENTRY;
                     std::string eq(e, strnlen(e, STRIPE_EQ));
                     if (j > j0 && !std::strncmp(e, e - STRIPE_ENTRY, STRIPE_EQ)) eq = "";
                     snprintf(buf, sizeof buf, "  %*s", w, eq.c_str());
-                    spout21(buf);
+                    line += buf;
                 }
+                while (!line.empty() && line.back() == ' ') line.pop_back();
+                c_outlev = 1;
+                spout21(line.c_str());
                 newline();
             }
             c_outlev = 1;
@@ -696,6 +697,28 @@ static int cfcn(const char* name, double* num, char* str) {
     return matrix_cvalue(name, num, str, EXP_STRMAX + 1);
 }
 
+// `c(seed)' and the other keys of this store in macros, until the result
+// stores take over c(): anything else is not there yet.
+static int macro_cvalue(int which, const char* name, char* dst, size_t n) {
+    double num;
+    char str[EXP_STRMAX + 1];
+    int k = which == 'c' ? matrix_cvalue(name, &num, str, sizeof str) : 0;
+    if (k == 2) {
+        snprintf(dst, n, "%s", str);
+        return 0;
+    }
+    if (k == 1) {
+        fmtnum(str, "%18.0g", num);
+        const char* p = str;
+        while (*p == ' ') p++;
+        snprintf(dst, n, "%s", p);
+        return 0;
+    }
+    char w = static_cast<char>(which == 'R' ? 'r' : which);
+    char t[2] = {w, 0};
+    return level3(199, "%s() not available yet\n", which == 'R' ? "return" : t);
+}
+
 // `: rownames A` and kin; `: rowsof A`, `: rownumb A name`.
 static int matnames(const char* word, char* dst) {
     std::string w = word;
@@ -768,6 +791,7 @@ void link_matrix() {
     exphooks.matrix_find = matrix_find;
     exphooks.matrix_value = matrix_value;
     if (!exphooks.cfcn) exphooks.cfcn = cfcn;
+    if (!mac_hooks.resultvalue) mac_hooks.resultvalue = macro_cvalue;
     mac_fcn_hooks[MXF_MATNAMES] = matnames;
 }
 

@@ -260,54 +260,60 @@ int stripefind(const std::string& stripe, int n, const std::string& want) {
     return -1;
 }
 
-// One subscript: a range [lo, hi] of positions.
-int subrange(const char* b, const char* e, int n, const std::string& stripe, int* lo, int* hi) {
+// One end of a subscript range: a number or a quoted stripe name; for an
+// equation ("eq:") the first or last of its entries.
+int subend(const char* b, const char* e, int n, const std::string& stripe, bool last, int* k) {
     while (b < e && *b == ' ') b++;
     while (e > b && e[-1] == ' ') e--;
     if (b < e && *b == '"') {
         std::string nm = namearg(b, e);
         if (!nm.empty() && nm.back() == ':') {
-            // a whole equation
             std::string eq = nm.substr(0, nm.size() - 1);
-            int f = -1, l = -1;
-            for (int k = 0; k < n; k++) {
-                const char* ent = stripe.data() + static_cast<size_t>(k) * STRIPE_ENTRY;
-                if (eq == std::string(ent, strnlen(ent, STRIPE_EQ))) {
-                    if (f < 0) f = k;
-                    l = k;
-                }
+            int found = -1;
+            for (int j = 0; j < n; j++) {
+                const char* ent = stripe.data() + static_cast<size_t>(j) * STRIPE_ENTRY;
+                if (eq == std::string(ent, strnlen(ent, STRIPE_EQ)) && (found < 0 || last))
+                    found = j;
             }
-            if (f < 0) return error(111);
-            *lo = f, *hi = l;
+            if (found < 0) return say(111, "%s not found\n", nm.c_str());
+            *k = found;
             return 0;
         }
-        int k = stripefind(stripe, n, nm);
-        if (k < 0) return error(111);
-        *lo = *hi = k;
+        int j = stripefind(stripe, n, nm);
+        if (j < 0) return say(111, "%s not found\n", nm.c_str());
+        *k = j;
         return 0;
     }
-    // i, i..j, i...
+    double x;
+    if (int rc = scalararg(b, e, &x)) return rc;
+    if (x >= misval || x < 1 || x > n || x != std::floor(x)) return error(503);
+    *k = static_cast<int>(x) - 1;
+    return 0;
+}
+
+// One subscript: i, i..j, i... where each end is a number or a name.
+int subrange(const char* b, const char* e, int n, const std::string& stripe, int* lo, int* hi) {
     const char* dots = nullptr;
     int depth = 0;
     for (const char* p = b; p + 1 < e; p++) {
+        if (*p == '"') {
+            const char* q = static_cast<const char*>(memchr(p + 1, '"', e - p - 1));
+            if (!q) return error(198);
+            p = q;
+            continue;
+        }
         if (*p == '(' || *p == '[') depth++;
         if (*p == ')' || *p == ']') depth--;
-        if (depth == 0 && p[0] == '.' && p[1] == '.' &&
-            (p == b || !std::isdigit(static_cast<unsigned char>(p[-1])) || true)) {
+        if (depth == 0 && p[0] == '.' && p[1] == '.') {
             dots = p;
             break;
         }
     }
-    double x;
     if (!dots) {
-        if (int rc = scalararg(b, e, &x)) return rc;
-        if (x >= misval || x < 1 || x > n || x != std::floor(x)) return error(503);
-        *lo = *hi = static_cast<int>(x) - 1;
-        return 0;
+        if (int rc = subend(b, e, n, stripe, false, lo)) return rc;
+        return subend(b, e, n, stripe, true, hi);
     }
-    if (int rc = scalararg(b, dots, &x)) return rc;
-    if (x >= misval || x < 1 || x > n || x != std::floor(x)) return error(503);
-    *lo = static_cast<int>(x) - 1;
+    if (int rc = subend(b, dots, n, stripe, false, lo)) return rc;
     const char* q = dots + 2;
     if (q < e && *q == '.') {
         q++;
@@ -316,9 +322,8 @@ int subrange(const char* b, const char* e, int n, const std::string& stripe, int
         *hi = n - 1;
         return 0;
     }
-    if (int rc = scalararg(q, e, &x)) return rc;
-    if (x >= misval || x < 1 || x > n || x != std::floor(x) || x - 1 < *lo) return error(503);
-    *hi = static_cast<int>(x) - 1;
+    if (int rc = subend(q, e, n, stripe, true, hi)) return rc;
+    if (*hi < *lo) return error(503);
     return 0;
 }
 
@@ -330,7 +335,10 @@ int subscript(MVal* m, const char* b, const char* e) {
     int r0, r1, c0, c1;
     if (int rc = subrange(args[0].first, args[0].second, a.r, rs, &r0, &r1)) return rc;
     if (int rc = subrange(args[1].first, args[1].second, a.c, cs, &c0, &c1)) return rc;
-    if (r0 == r1 && c0 == c1 && std::memchr(b, '.', e - b) == nullptr) {
+    bool ranged = false;
+    for (const char* p = b; p + 1 < e; p++)
+        if (p[0] == '.' && p[1] == '.') ranged = true;
+    if (r0 == r1 && c0 == c1 && !ranged) {
         *m = num(a.at(r0, c0));
         return 0;
     }
