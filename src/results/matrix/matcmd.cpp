@@ -380,6 +380,17 @@ int matrcnam(int which, int col) {
         bool haseq = t.find(':') != std::string::npos;
         matputfullname(out.data(), k, haseq ? eq : oldeq.c_str(), nm, op);
     }
+    // the entries of one equation must stand together
+    for (int k = 1; k < n; k++) {
+        const char* cur = out.data() + static_cast<size_t>(k) * STRIPE_ENTRY;
+        if (!std::strncmp(cur, cur - STRIPE_ENTRY, STRIPE_EQ)) continue;
+        for (int j = 0; j < k - 1; j++)
+            if (!std::strncmp(cur, out.data() + static_cast<size_t>(j) * STRIPE_ENTRY, STRIPE_EQ)) {
+                std::string eq(cur, strnlen(cur, STRIPE_EQ));
+                return level3(507, "equation %s is not together in one run\n",
+                              eq.empty() ? "_" : eq.c_str());
+            }
+    }
     // build the new stripe, then put it in place
     int type = col ? DM_MATCOL : DM_MATROW;
     void* made = dmadd("<mat2>", DM_MATRIX, n, out.size());

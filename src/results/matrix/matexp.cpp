@@ -9,10 +9,12 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/missing.h"
+#include "kernel/brk.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
@@ -150,6 +152,16 @@ double mmul(double a, double b) {
 
 int expr(Parser& ps, MVal* out);
 
+// Nesting of the evaluator: deep enough for any real expression, shallow
+// enough for the native stack.
+int nesting = 0;
+constexpr int MAXNEST = 400;
+struct Nest {
+    bool over;
+    Nest() : over(++nesting > MAXNEST) {}
+    ~Nest() { nesting--; }
+};
+
 // A number by the compiler: the text [b, e) run for the first observation.
 int fallback(const char* b, const char* e, MVal* out) {
     static ExpObj obj;
@@ -213,6 +225,8 @@ std::vector<std::pair<const char*, const char*>> splitargs(const char* b, const 
 }
 
 int evalspan(const char* b, const char* e, MVal* out) {
+    Nest n;
+    if (n.over) return error(130);
     Parser ps{b, b, e};
     if (int rc = expr(ps, out)) return rc;
     skipws(ps);
@@ -787,6 +801,8 @@ int power(Parser& ps, MVal* out) {
 }
 
 int unary(Parser& ps, MVal* out) {
+    Nest n;
+    if (n.over) return error(130);
     if (peek(ps, '-')) {
         ps.p++;
         if (int rc = unary(ps, out)) return rc;
@@ -855,12 +871,15 @@ int product(Parser& ps, MVal* out) {
             continue;
         }
         if (a.c != b.r) return error(503);
+        if (int rc = checksize(a.r, b.c)) return rc;
         MVal m = dense(a.r, b.c);
-        for (int i = 0; i < a.r; i++)
+        for (int i = 0; i < a.r; i++) {
+            if (kvpollrare()) return 1;
             for (int k = 0; k < a.c; k++) {
                 double x = a.at(i, k);
                 for (int j = 0; j < b.c; j++) m.at(i, j) = madd(m.at(i, j), mmul(x, b.at(k, j)));
             }
+        }
         m.rs = a.rs;
         m.cs = b.cs;
         *out = m;
@@ -891,7 +910,11 @@ int expr(Parser& ps, MVal* out) {
 } // namespace
 
 int matexpeval(const char* b, const char* e, MVal* out) {
-    return evalspan(b, e, out);
+    try {
+        return evalspan(b, e, out);
+    } catch (const std::bad_alloc&) {
+        return error(909);
+    }
 }
 
 } // namespace korvu

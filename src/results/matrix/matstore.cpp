@@ -250,6 +250,7 @@ int matfullnameparse(const char* tok, char* eq, char* nm, char* op) {
         rest = colon + 1;
         if (!*rest) return 1; // an equation alone
     }
+    if (std::strchr(rest, ':')) return 198;
     const char* dot = std::strrchr(rest, '.');
     if (dot) {
         size_t n = dot - rest;

@@ -47,6 +47,20 @@ capture matrix _n = A
 assert _rc == 198
 capture matrix rownames A = a b c
 assert _rc == 503
+* stripes: an equation must stand in one run; names must be names
+matrix E = J(1, 3, 0)
+capture noisily matrix colnames E = e1:a e2:b e1:c
+assert _rc == 507
+capture matrix colnames E = e1:a e1:b e2:c
+assert _rc == 0
+capture matrix colnames E = a:b:c
+assert _rc == 198
+capture matrix colnames E = abcdefghijklmnopqrstuvwxyzabcdefghij
+assert _rc == 198
+capture matrix coleq E = a.b
+assert _rc == 198
+local c : colfullnames E
+assert "`c'" == "e1:a e1:b e2:c"
 capture matrix frobnicate A
 assert _rc == 501
 capture matrix accum X = y
