@@ -499,6 +499,22 @@ int mateigenvalues() {
 
 // ---- the command -------------------------------------------------------------------
 
+int (*matrix_accum_hooks[4])(const char* target) = {nullptr, nullptr, nullptr, nullptr};
+
+// The accumulating subcommands: `matrix accum A = varlist ...`. The target
+// name and "=" are read here; the rest belongs to the accumulator.
+static int accumhook(const char* word) {
+    static constexpr const char* words[] = {"accum", "glsaccum", "opaccum", "vecaccum"};
+    int k = 0;
+    while (k < 3 && std::strcmp(words[k], word)) k++;
+    std::string name = gettok(prsestd);
+    if (name.empty() || tokisstr(name.c_str())) return error(198);
+    if (int rc = checkname(name)) return rc;
+    if (gtokis('=')) return error(198);
+    if (!matrix_accum_hooks[k]) return notyetsub(word);
+    return matrix_accum_hooks[k](name.c_str());
+}
+
 int matrixcmd(int) {
     const char* p = peektok_chr();
     const char* q = p;
@@ -527,7 +543,7 @@ int matrixcmd(int) {
         settok(const_cast<char*>(e));
         return *after == '[' ? assignel(name) : assign(name);
     }
-    if (cmdcmp(w, "accum", 2)) return notyetsub("accum");
+    if (cmdcmp(w, "accum", 2)) return accumhook("accum");
     if (word == "cat") return notyetsub("cat");
     if (cmdcmp(w, "coleq", 4)) return matrcnam(1, 1);
     if (cmdcmp(w, "colnames", 4)) return matrcnam(0, 1);
@@ -537,8 +553,8 @@ int matrixcmd(int) {
     if (cmdcmp(w, "drop", 4)) return matdrop();
     if (cmdcmp(w, "eigenvalues", 8)) return mateigenvalues();
     if (cmdcmp(w, "list", 1)) return matlist();
-    if (cmdcmp(w, "glsaccum", 4)) return notyetsub("glsaccum");
-    if (cmdcmp(w, "opaccum", 7)) return notyetsub("opaccum");
+    if (cmdcmp(w, "glsaccum", 4)) return accumhook("glsaccum");
+    if (cmdcmp(w, "opaccum", 7)) return accumhook("opaccum");
     if (cmdcmp(w, "makeCns", 6)) return notyetsub("makeCns");
     if (cmdcmp(w, "mlout", 4)) return notyetsub("mlout");
     if (cmdcmp(w, "post", 4)) return notyetsub("post");
@@ -548,7 +564,7 @@ int matrixcmd(int) {
     if (cmdcmp(w, "substitute", 3)) return notyetsub("substitute");
     if (cmdcmp(w, "svd", 3)) return matsvd();
     if (cmdcmp(w, "symeigen", 4)) return matceigen();
-    if (cmdcmp(w, "vecaccum", 4)) return notyetsub("vecaccum");
+    if (cmdcmp(w, "vecaccum", 4)) return accumhook("vecaccum");
     if (cmdcmp(w, "repost", 6)) return notyetsub("repost");
     if (cmdcmp(w, "rename", 3)) return matrename();
     return error(501);

@@ -122,6 +122,10 @@ int scalarset(const char* name, double v);
 int scalarfind(const char* name, double* v); // 1 found, 0 not
 
 // ---- commands ----
+// `matrix accum`, `glsaccum`, `opaccum`, `vecaccum` (in that order): set by
+// the accumulators; each is called with the target name, the tokenizer behind
+// the "=". Null: the subcommand says it is not yet available.
+extern int (*matrix_accum_hooks[4])(const char* target);
 int matrixcmd(int);
 int scalarcmd(int);
 // `set` rows for the tolerances.
