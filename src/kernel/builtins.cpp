@@ -20,6 +20,9 @@
 #include "output/log.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
+#include "results/settings.h"
+#include "results/stores.h"
+#include "results/summarize.h"
 
 namespace korvu {
 
@@ -40,7 +43,7 @@ static constexpr Builtin builtin_table[] = {
     {"_cnreg", 6, '_', 0, 0, 1, nullptr, 0},
     {"_describe", 9, '_', 0, 0, 0, describecmd, 0},
     {"_dialog", 7, '_', 0, 0, 0, nullptr, 0},
-    {"_estimates", 4, '_', 800, 0, 0, nullptr, 0},
+    {"_estimates", 4, '_', 800, 0, 0, _estimatescmd, 0},
     {"_test", 5, '_', 0, 0, 0, nullptr, 0},
     {"_findhlpalias", 12, '_', 0, 0, 0, nullptr, 0},
     {"_GEEBT", 5, '_', 0, 0, 0, nullptr, 0},
@@ -65,7 +68,7 @@ static constexpr Builtin builtin_table[] = {
     {"_probit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_repart", 7, '_', 0, 0, 0, repartcmd, 0},
     {"_regress", 8, '_', 0, 0, 1, nullptr, 0},
-    {"_return", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_return", 4, '_', 0, 0, 0, _returncmd, 0},
     {"_robust", 7, '_', 0, 0, 0, nullptr, 0},
     {"_rotate_mat", 11, '_', 0, 0, 0, nullptr, 0},
     {"_rmcoll", 7, '_', 0, 0, 0, nullptr, 0},
@@ -125,7 +128,7 @@ static constexpr Builtin builtin_table[] = {
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
     {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
     {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
-    {"creturn", 4, 'c', 0, 0, 0, nullptr, 0},
+    {"creturn", 4, 'c', 0, 0, 0, creturncmd, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
     {"debug", 5, 'd', 0, 0, 0, nullptr, 0},
     {"decode", 3, 'd', 0, 0, 0, nullptr, 0},
@@ -145,8 +148,8 @@ static constexpr Builtin builtin_table[] = {
     {"encode", 2, 'e', 0, 0, 0, nullptr, 0},
     {"erase", 5, 'e', 0, 0, 0, erasecmd, 0},
     {"error", 3, 'e', 0, 0, 0, errcmd_handler, 0},
-    {"estimates", 3, 'e', 0, 800, 0, nullptr, 0},
-    {"ereturn", 4, 'e', 800, 0, 0, nullptr, 0},
+    {"estimates", 3, 'e', 0, 800, 0, estimatescmd, 0},
+    {"ereturn", 4, 'e', 800, 0, 0, ereturncmd, 0},
     {"exit", 1, 'e', 0, 0, 0, goexit, 0},
     {"expand", 6, 'e', 0, 0, 0, nullptr, 0},
     {"forvalues", 4, 'f', 0, 0, 0, forvals, 0},
@@ -249,7 +252,7 @@ static constexpr Builtin builtin_table[] = {
     {"rename", 3, 'r', 0, 0, 0, renamecmd, 0},
     {"replace", 7, 'r', 0, 0, 1, replacecmd, 0},
     {"restore", 7, 'r', 0, 0, 0, nullptr, 0},
-    {"return", 3, 'r', 0, 0, 0, nullptr, 0},
+    {"return", 3, 'r', 0, 0, 0, returncmd, 0},
     {"rotate_cmd8", 11, 'r', 0, 0, 0, nullptr, 0},
     {"rm", 2, 'r', 0, 0, 0, erasecmd, 0},
     {"rmdir", 5, 'r', 0, 0, 0, rmdircmd, 0},
@@ -266,8 +269,8 @@ static constexpr Builtin builtin_table[] = {
     {"sort", 2, 's', 0, 0, 0, sortcmd, 0},
     {"sleep", 5, 's', 0, 0, 0, sleepcmd, 0},
     {"sortmapj", 8, 's', 0, 0, 0, nullptr, 0},
-    {"sreturn", 4, 's', 0, 0, 0, nullptr, 0},
-    {"summarize", 2, 's', 0, 0, 1, nullptr, 0},
+    {"sreturn", 4, 's', 0, 0, 0, sreturncmd, 0},
+    {"summarize", 2, 's', 0, 0, 1, summariz, 0},
     {"syntax", 6, 's', 0, 0, 0, kvsyntax, 0},
     {"sysdir", 6, 's', 0, 0, 0, kvsysdir, 0},
     {"subwin", 6, 's', 0, 0, 0, nullptr, 0},

@@ -32,6 +32,7 @@ int32_t sys_upline = 0;
 uint8_t sys_is_cls = 0, exitflg = 0, gexitflg = 0, mac_expanded = 0, realbusy = 0, korvu_rmsg = 0,
         nokbrd = 0;
 int32_t korvu_level = 0;
+const char* req_prompt = ". ";
 int32_t sysclock = 0;
 int16_t korvu_busy = 0;
 int32_t batchmode = 0;
@@ -109,9 +110,9 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             len = static_cast<int>(strlen(console));
         } else {
             bool tty = console_is_tty() && !nokbrd;
-            if (!tty && c_outlev >= s_outlev) spoutptl(". ");
+            if (!tty && c_outlev >= s_outlev) spoutptl(req_prompt);
             spoutflush();
-            if (console_readline(console, maxlen, ". ")) {
+            if (console_readline(console, maxlen, req_prompt)) {
                 doeof = 1;
                 console[0] = 0;
                 if (!tty && c_outlev >= s_outlev) newline();

@@ -70,6 +70,7 @@ void link_expressions();
 void link_sorting();
 void link_macro_functions();
 void link_matrix();
+void link_results();
 extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
@@ -430,6 +431,8 @@ int sinit0(int argc, char** argv) {
     link_macro_functions();
     link_matrix();
     link_test_break();
+    link_more_macro_functions();
+    link_results();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;

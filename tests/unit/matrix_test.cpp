@@ -19,6 +19,7 @@
 #include "kernel/dict.h"
 #include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
+#include "results/settings.h"
 
 using namespace korvu;
 
@@ -69,15 +70,15 @@ double relerr(const std::vector<double>& got, const std::vector<double>& want) {
 }
 
 struct Store : ::testing::Test {
-    double saved[5];
+    MatTolerances saved;
     void SetUp() override {
         dminit();
         matsize = 400;
         dynmattype = DM_MATRIX;
-        std::memcpy(saved, matrind, sizeof saved);
+        saved = matrind;
     }
     void TearDown() override {
-        std::memcpy(matrind, saved, sizeof saved);
+        matrind = saved;
         dmshutdown();
     }
 };
@@ -124,11 +125,11 @@ TEST(Inverse, SweepDropsTheDependentColumnByTheOrderRule) {
     const double big[] = {5, 0, -3, 0, 0, 0, -3, 0, 2};
     for (int k = 0; k < 9; k++) EXPECT_NEAR(a[k], big[k], 1e-12) << k;
 
-    double saved = matrind[TOL_R];
-    matrind[TOL_R] = 0;
+    int32_t saved = matrind.tol_r;
+    matrind.tol_r = 0;
     a = x;
     ASSERT_EQ(matrinfs(a.data(), 3, 0, 2, nullptr, -1), 0);
-    matrind[TOL_R] = saved;
+    matrind.tol_r = saved;
     EXPECT_EQ(diag0cnt, 1);
     const double natural[] = {1, -1, 0, -1, 2, 0, 0, 0, 0};
     for (int k = 0; k < 9; k++) EXPECT_NEAR(a[k], natural[k], 1e-12) << k;

@@ -11,6 +11,7 @@
 #include "kernel/brk.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
+#include "results/settings.h"
 
 namespace korvu {
 
@@ -47,7 +48,7 @@ int matrinfs(double* a, int s, int first, int last, const int* order, int last_s
     };
     std::vector<double> tol(n);
     std::vector<uint8_t> state(n, 0);
-    const double tol0 = matrind[TOL_0], tol1 = matrind[TOL_1];
+    const double tol0 = matrind.tol_0, tol1 = matrind.tol_1;
     for (int i = first; i <= last; i++) {
         if (at(i, i) < 0) at(i, i) = 0;
         double dg = at(i, i);
@@ -62,7 +63,7 @@ int matrinfs(double* a, int s, int first, int last, const int* order, int last_s
     for (int step = 0; step < n; step++) {
         if (kvpollrare()) return 1;
         int p;
-        if (matrind[TOL_R] == 0) {
+        if (matrind.tol_r == 0) {
             p = first + step;
         } else if (step < nforced) {
             p = order[step];

@@ -20,9 +20,11 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "output/spout.h"
+#include "results/matlink.h"
 #include "results/matrix/matexp.h"
 #include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
+#include "results/settings.h"
 
 namespace korvu {
 
@@ -139,7 +141,7 @@ struct ListOpts {
 
 int listone(const char* shown, const char* name, int type, const ListOpts& o) {
     MVal m;
-    if (mvload(name, type, &m, false)) return 111;
+    if (mvload(name, type, &m, false) && (type != DM_EMATRIX || mvloadest(name, &m))) return 111;
     bool half = o.half && m.sym;
     FmtDesc fd;
     if (chkfmt(o.fmt.c_str(), 1, &fd)) return error(120);
@@ -557,7 +559,7 @@ int matrixcmd(int) {
     if (cmdcmp(w, "opaccum", 7)) return accumhook("opaccum");
     if (cmdcmp(w, "makeCns", 6)) return notyetsub("makeCns");
     if (cmdcmp(w, "mlout", 4)) return notyetsub("mlout");
-    if (cmdcmp(w, "post", 4)) return notyetsub("post");
+    if (cmdcmp(w, "post", 4)) return epostcmd(0);
     if (cmdcmp(w, "roweq", 4)) return matrcnam(1, 0);
     if (cmdcmp(w, "rownames", 4)) return matrcnam(0, 0);
     if (cmdcmp(w, "score", 3)) return notyetsub("score");
@@ -565,7 +567,7 @@ int matrixcmd(int) {
     if (cmdcmp(w, "svd", 3)) return matsvd();
     if (cmdcmp(w, "symeigen", 4)) return matceigen();
     if (cmdcmp(w, "vecaccum", 4)) return accumhook("vecaccum");
-    if (cmdcmp(w, "repost", 6)) return notyetsub("repost");
+    if (cmdcmp(w, "repost", 6)) return epostcmd(1);
     if (cmdcmp(w, "rename", 3)) return matrename();
     return error(501);
 }
@@ -649,43 +651,6 @@ int scalarcmd(int) {
     return scalarset(word.c_str(), v);
 }
 
-// ---- settings and c() ---------------------------------------------------------------
-
-static int settol(int which, double lo, double hi) {
-    char* t = gettok(prsenum);
-    double v;
-    if (!t[0] || cnvstoz(t, &v) || !(v >= lo && v <= hi)) return error(198);
-    if (gettok(prsestd)[0]) return error(198);
-    if (which == TOL_R) v = v != 0 ? 1 : 0;
-    matrind[which] = v;
-    return 0;
-}
-int set_tol0() {
-    return settol(TOL_0, 0, 1);
-}
-int set_tol1() {
-    return settol(TOL_1, 0, 1);
-}
-int set_tol2() {
-    return settol(TOL_2, 0, 1);
-}
-int set_tolr() {
-    return settol(TOL_R, 0, 1);
-}
-
-int matrix_cvalue(const char* key, double* num, char* str, size_t n) {
-    if (!std::strcmp(key, "tol_0")) return *num = matrind[TOL_0], 1;
-    if (!std::strcmp(key, "tol_1")) return *num = matrind[TOL_1], 1;
-    if (!std::strcmp(key, "tol_2")) return *num = matrind[TOL_2], 1;
-    if (!std::strcmp(key, "tol_r")) return *num = matrind[TOL_R], 1;
-    if (!std::strcmp(key, "matsize")) return *num = matsize, 1;
-    if (!std::strcmp(key, "seed")) {
-        geturnseed(str, n);
-        return 2;
-    }
-    return 0;
-}
-
 // ---- links ---------------------------------------------------------------------------
 
 static std::vector<std::string> scalar_ids;
@@ -718,32 +683,6 @@ static int matrix_value(const char* b, const char* e, double* out) {
     if (m.v.size() != 1 || m.null) return error(503);
     *out = m.v[0];
     return 0;
-}
-
-static int cfcn(const char* name, double* num, char* str) {
-    return matrix_cvalue(name, num, str, EXP_STRMAX + 1);
-}
-
-// `c(seed)' and the other keys of this store in macros, until the result
-// stores take over c(): anything else is not there yet.
-static int macro_cvalue(int which, const char* name, char* dst, size_t n) {
-    double num;
-    char str[EXP_STRMAX + 1];
-    int k = which == 'c' ? matrix_cvalue(name, &num, str, sizeof str) : 0;
-    if (k == 2) {
-        snprintf(dst, n, "%s", str);
-        return 0;
-    }
-    if (k == 1) {
-        fmtnum(str, "%18.0g", num);
-        const char* p = str;
-        while (*p == ' ') p++;
-        snprintf(dst, n, "%s", p);
-        return 0;
-    }
-    char w = static_cast<char>(which == 'R' ? 'r' : which);
-    char t[2] = {w, 0};
-    return level3(199, "%s() not available yet\n", which == 'R' ? "return" : t);
 }
 
 // `: rownames A` and kin; `: rowsof A`, `: rownumb A name`.
@@ -812,13 +751,100 @@ static int matnames(const char* word, char* dst) {
     return 0;
 }
 
+// ---- the link for the result stores ---------------------------------------------------
+
+static int dense_load(const char* name, int type, DenseMat* out) {
+    MVal m;
+    if (mvload(name, type, &m, false)) return 111;
+    out->rows = m.r;
+    out->cols = m.c;
+    out->x = m.v;
+    out->symmetric_storage = m.sym;
+    std::string rs = mvrowstripe(m), cs = mvcolstripe(m);
+    out->rownames.clear();
+    out->colnames.clear();
+    for (int i = 0; i < m.r; i++) out->rownames.push_back(matgetfullname(rs.data(), i, 1));
+    for (int j = 0; j < m.c; j++) out->colnames.push_back(matgetfullname(cs.data(), j, 1));
+    return 0;
+}
+
+static void dense_drop(const char* name, int type) {
+    int rt, ct;
+    std::string rn = stripename(name, type, 1, &rt), cn = stripename(name, type, 0, &ct);
+    dmrm(dmfind0(name, type));
+    dmrm(dmfind0(rn.c_str(), rt));
+    dmrm(dmfind0(cn.c_str(), ct));
+}
+
+static int fillstripe(const std::vector<std::string>& names, int n, char prefix, char* out) {
+    consecstd(out, n, prefix);
+    if (names.empty()) return 0;
+    if (static_cast<int>(names.size()) != n) return 503;
+    char eq[STRIPE_EQ + 1], nm[STRIPE_NAME + 1], op[STRIPE_OP + 1];
+    for (int k = 0; k < n; k++) {
+        if (matfullnameparse(names[static_cast<size_t>(k)].c_str(), eq, nm, op)) return 198;
+        matputfullname(out, k, eq, nm, op);
+    }
+    return 0;
+}
+
+static int dense_save(const char* name, int type, const DenseMat& m) {
+    if (m.rows > MAX_MATDIM || m.cols > MAX_MATDIM) return 908;
+    std::string rs(static_cast<size_t>(m.rows) * STRIPE_ENTRY, '\0');
+    std::string cs(static_cast<size_t>(m.cols) * STRIPE_ENTRY, '\0');
+    if (int rc = fillstripe(m.rownames, m.rows, 'r', rs.data())) return rc;
+    if (int rc = fillstripe(m.colnames, m.cols, 'c', cs.data())) return rc;
+    dense_drop(name, type);
+    int32_t save = dynmattype;
+    dynmattype = type;
+    bool sym = m.symmetric_storage && m.rows == m.cols;
+    void* it = matstors(name, sym ? 2 : 1, m.x.data(), m.cols, 0, m.rows - 1, 0, m.cols - 1);
+    dynmattype = save;
+    if (!it && m.rows && m.cols) return 950;
+    if (!it) {
+        // an empty matrix: the header alone
+        MatDesc d;
+        dynmattype = type;
+        int rc = matdcl(&d, name, 1, m.rows, m.cols);
+        dynmattype = save;
+        if (rc) return 950;
+    }
+    int rt, ct;
+    std::string rn = stripename(name, type, 1, &rt), cn = stripename(name, type, 0, &ct);
+    void* r = dmadd(rn.c_str(), rt, m.rows, rs.size());
+    void* c = dmadd(cn.c_str(), ct, m.cols, cs.size());
+    if ((!r && m.rows) || (!c && m.cols)) {
+        dense_drop(name, type);
+        return 950;
+    }
+    if (r) std::memcpy(r, rs.data(), rs.size());
+    if (c) std::memcpy(c, cs.data(), cs.size());
+    return 0;
+}
+
+static int dense_dims(const void* item, int* rows, int* cols) {
+    if (!item) return 1;
+    const MatHdr* h = static_cast<const MatHdr*>(item);
+    *rows = h->rows;
+    *cols = h->cols;
+    return 0;
+}
+
 void link_matrix() {
     exphooks.scalar_find = scalar_find;
     exphooks.scalar_value = scalar_value;
     exphooks.matrix_find = matrix_find;
     exphooks.matrix_value = matrix_value;
-    if (!exphooks.cfcn) exphooks.cfcn = cfcn;
-    if (!mac_hooks.resultvalue) mac_hooks.resultvalue = macro_cvalue;
+    rnglink.setseed = setseed;
+    rnglink.setseed0 = setseed0;
+    rnglink.seedtext = [](char* buf, size_t n) {
+        geturnseed(buf, n);
+        return 0;
+    };
+    matlink.load = dense_load;
+    matlink.save = dense_save;
+    matlink.drop = dense_drop;
+    matlink.dims = dense_dims;
     mac_fcn_hooks[MXF_MATNAMES] = matnames;
 }
 

@@ -57,13 +57,21 @@ int mvload(const char* name, int type, MVal* out, bool report) {
     out->v.resize(static_cast<size_t>(d.rows) * d.cols);
     for (int i = 0; i < d.rows; i++)
         for (int j = 0; j < d.cols; j++) out->at(i, j) = matel(&d, i, j);
-    const char* rs = static_cast<const char*>(dmfind0(name, rowstripetype(type)));
-    const char* cs = static_cast<const char*>(dmfind0(name, colstripetype(type)));
+    int rt, ct;
+    std::string rn = stripename(name, type, 1, &rt), cn = stripename(name, type, 0, &ct);
+    const char* rs = static_cast<const char*>(dmfind0(rn.c_str(), rt));
+    const char* cs = static_cast<const char*>(dmfind0(cn.c_str(), ct));
     if (rs && dmsize(rs) == static_cast<uint64_t>(d.rows) * STRIPE_ENTRY)
         out->rs.assign(rs, static_cast<size_t>(d.rows) * STRIPE_ENTRY);
     if (cs && dmsize(cs) == static_cast<uint64_t>(d.cols) * STRIPE_ENTRY)
         out->cs.assign(cs, static_cast<size_t>(d.cols) * STRIPE_ENTRY);
     return 0;
+}
+
+int mvloadest(const char* ename, MVal* out) {
+    const char* rec = !std::strcmp(ename, "b") ? "_b" : !std::strcmp(ename, "V") ? "VCE" : nullptr;
+    if (!rec) return 111;
+    return mvload(rec, DM_EST, out, false);
 }
 
 static MVal tomatrix(const MVal& x) {
@@ -580,8 +588,7 @@ int function(const std::string& name, const char* ab, const char* ae, const char
     if (name == "get") {
         if (int rc = want(1)) return rc;
         std::string nm = namearg(args[0].first, args[0].second);
-        const char* en = nm == "_b" ? "b" : nm == "VCE" ? "V" : nullptr;
-        if (!en || mvload(en, DM_EMATRIX, out, false))
+        if ((nm != "_b" && nm != "VCE" && nm != "Cns") || mvload(nm.c_str(), DM_EST, out, false))
             return say(111, "matrix %s not found\n", nm.c_str());
         return 0;
     }
@@ -754,6 +761,7 @@ int primary(Parser& ps, MVal* out) {
         if ((name == "e" || name == "r") && splitargs(r + 1, q).size() == 1) {
             std::string nm = namearg(r + 1, q);
             if (!mvload(nm.c_str(), name == "e" ? DM_EMATRIX : DM_RMATRIX, out, false)) return 0;
+            if (name == "e" && !mvloadest(nm.c_str(), out)) return 0;
             return fallback(start, ps.p, out);
         }
         return function(name, r + 1, q, start, ps.p, out);

@@ -23,6 +23,8 @@ struct MVal {
 
 // Loads a matrix of a type (with stripes); 0, or 111 (message printed).
 int mvload(const char* name, int type, MVal* out, bool report);
+// e(b) and e(V) from the current estimation record (_b, VCE): 0 or 111.
+int mvloadest(const char* ename, MVal* out);
 // Stores a value as the user matrix `name`; 0 or a code (message printed).
 int mvstore(const char* name, const MVal& m);
 // Full stripes: the stored ones or the defaults.

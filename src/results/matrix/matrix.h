@@ -42,9 +42,8 @@ inline constexpr int STRIPE_ENTRY = STRIPE_EQ + STRIPE_NAME + STRIPE_OP; // 83
 inline constexpr int MAX_MATDIM = 32767;
 inline constexpr int MIN_MATSIZE_M = 10, MAX_MATSIZE_M = 11000;
 
-// Tolerances of the inverter: tol_0, tol_1, tol_2, tol_r (and one spare).
-extern double matrind[5];
-enum { TOL_0 = 0, TOL_1 = 1, TOL_2 = 2, TOL_R = 3 };
+// The inverter's tolerances are the settings `matrind.tol_0` and kin
+// (results/settings.h).
 // The plain-name calls (matset, matdcl, matstor, matload) work on the type in
 // the command state's `dynmattype` (kernel/cmdparse.h).
 extern int diag0cnt;        // zero diagonals left by the last inversion
@@ -54,9 +53,10 @@ extern uint8_t korvu_debug; // internal tracing of the inverter's pivots
 int mxnmt(int letter);
 int mxnrt(int letter);
 int mxnct(int letter);
-// Stripe types of a matrix type.
-int rowstripetype(int mattype);
-int colstripetype(int mattype);
+// Where the row (row 1) or column (row 0) stripe of matrix `name` of type
+// `type` is kept: its item name and type. The estimation record keeps them
+// beside the matrix under "<r>" and "<c>" names.
+std::string stripename(const char* name, int type, int row, int* stype);
 
 // ---- store ----
 void matset(const char* name, MatDesc* d); // by dynmattype
@@ -128,13 +128,9 @@ int scalarfind(const char* name, double* v); // 1 found, 0 not
 extern int (*matrix_accum_hooks[4])(const char* target);
 int matrixcmd(int);
 int scalarcmd(int);
-// `set` rows for the tolerances.
-int set_tol0();
-int set_tol1();
-int set_tol2();
-int set_tolr();
-// c() keys of this store: 1 number, 2 text, 0 unknown.
-int matrix_cvalue(const char* key, double* num, char* str, size_t n);
+// `ereturn post` and `ereturn repost` of the e store, behind `matrix post`
+// and `matrix repost`.
+int epostcmd(int repost);
 
 void link_matrix();
 

@@ -17,7 +17,6 @@
 
 namespace korvu {
 
-double matrind[5] = {1e-19, 1e-9, 1e-8, 1, 0};
 int diag0cnt = 0;
 
 int mxnmt(int letter) {
@@ -29,11 +28,20 @@ int mxnrt(int letter) {
 int mxnct(int letter) {
     return mxnmt(letter) + 2;
 }
-int rowstripetype(int mattype) {
-    return mattype + 1;
-}
-int colstripetype(int mattype) {
-    return mattype + 2;
+std::string stripename(const char* name, int type, int row, int* stype) {
+    if (type == DM_EST) {
+        *stype = DM_EST;
+        std::string s = row ? "<r>" : "<c>";
+        s += name;
+        if (s.size() > dm_namelen) s.resize(dm_namelen);
+        return s;
+    }
+    if (type >= DM_RETMAT0 && type <= DM_RETMATEND) {
+        *stype = type + (row ? 64 : 128);
+        return name;
+    }
+    *stype = type + (row ? 1 : 2);
+    return name;
 }
 
 static MatHdr* hdrof(void* item) {

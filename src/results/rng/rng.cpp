@@ -118,7 +118,7 @@ int setseed() {
         }
         return 0;
     }
-    int32_t n;
+    int32_t n = 0;
     if (int rc = seedint(text, &n)) return rc;
     seturnseed_i4(n);
     return 0;
@@ -129,7 +129,7 @@ int setseed0() {
     char text[256];
     snprintf(text, sizeof text, "%s", t);
     if (int rc = endseed()) return rc;
-    int32_t n;
+    int32_t n = 0;
     if (int rc = seedint(text, &n)) return rc;
     setrndseed0(n);
     return 0;

@@ -1,4 +1,5 @@
 * Bad input gives its code and leaves the matrices as they were.
+set obs 1
 matrix A = (1, 2 \ 3, 4)
 matrix B = (1, 2, 3)
 capture matrix C = A + B
@@ -66,6 +67,8 @@ assert _rc == 501
 capture matrix accum X = y
 assert _rc == 199
 capture matrix post b V
+assert _rc != 0
+capture matrix mlout
 assert _rc == 199
 capture matrix nosuch[1, 1] = 2
 assert _rc == 111
