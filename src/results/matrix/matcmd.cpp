@@ -1,5 +1,8 @@
 // The `matrix` command and its subcommands, `scalar`, the matrix macro
 // functions, and the links of the store into expressions and settings.
+#include <fnmatch.h>
+
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -830,6 +833,41 @@ static int dense_dims(const void* item, int* rows, int* cols) {
     return 0;
 }
 
+// `: all [numeric|string] scalars ["pattern"]`, `: all matrices ["pattern"]`,
+// in order of name; scalars here are all numeric.
+static int allscalmat(const char*, char* dst) {
+    std::string w = gettok(prsestd);
+    bool strs = false;
+    if (w == "numeric" || w == "string") {
+        strs = w == "string";
+        w = gettok(prsestd);
+    }
+    int type;
+    if (w == "scalars")
+        type = DM_SCALAR;
+    else if (w == "matrices" && !strs)
+        type = DM_MATRIX;
+    else
+        return error(198);
+    std::string pattern = "*";
+    if (char* t = gettok(prsestd); t[0]) pattern = tokisstr(t) ? t + 1 : t;
+    if (gettok(prsestd)[0]) return error(198);
+    std::vector<std::string> names;
+    char nm[dm_namelen + 1];
+    if (!strs)
+        for (void* it = dmnext(nullptr, nm, type, nullptr); it; it = dmnext(it, nm, type, nullptr))
+            if (nm[0] != '<' && !fnmatch(pattern.c_str(), nm, 0)) names.push_back(nm);
+    std::sort(names.begin(), names.end());
+    std::string out;
+    for (auto& n : names) {
+        if (!out.empty()) out += ' ';
+        out += n;
+    }
+    if (out.size() >= static_cast<size_t>(macrolen)) return error(920);
+    std::memcpy(dst, out.c_str(), out.size() + 1);
+    return 0;
+}
+
 void link_matrix() {
     exphooks.scalar_find = scalar_find;
     exphooks.scalar_value = scalar_value;
@@ -846,6 +884,7 @@ void link_matrix() {
     matlink.drop = dense_drop;
     matlink.dims = dense_dims;
     mac_fcn_hooks[MXF_MATNAMES] = matnames;
+    mac_fcn_hooks[MXF_ALLSCALMAT] = allscalmat;
 }
 
 } // namespace korvu

@@ -95,4 +95,18 @@ local n : rowsof Z
 assert `n' == 3
 local k : colnumb Z c
 assert `k' == 3
+* the names of all matrices and scalars, in order of name
+matrix drop _all
+scalar drop _all
+matrix P = 1
+matrix Q = 2
+scalar t = 3
+local m : all matrices
+assert "`m'" == "P Q"
+local s : all scalars
+assert "`s'" == "t"
+local s : all string scalars
+assert "`s'" == ""
+local m : all matrices "Q*"
+assert "`m'" == "Q"
 display "test completed"
