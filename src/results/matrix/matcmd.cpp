@@ -535,7 +535,20 @@ int matrixcmd(int) {
     gettok(prsestd); // the word
     const char* w = word.c_str();
     if (cmdcmp(w, "input", 2)) {
+        // numbers only: digits, signs, exponents, missing values, joins
         std::string name = gettok(prsestd);
+        const char* t = peektok_chr();
+        for (const char* c = t; *c; c++) {
+            unsigned char ch = static_cast<unsigned char>(*c);
+            if (std::isdigit(ch) || std::strchr(" .,\\()+-=", ch)) continue;
+            if ((ch == 'e' || ch == 'E') && c > t &&
+                (std::isdigit(static_cast<unsigned char>(c[-1])) || c[-1] == '.'))
+                continue;
+            if (std::islower(ch) && c > t && c[-1] == '.' &&
+                !std::isalnum(static_cast<unsigned char>(c[1])))
+                continue;
+            return error(198);
+        }
         return assign(name);
     }
     if (cmdcmp(w, "define", 3)) {

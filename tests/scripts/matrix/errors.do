@@ -62,6 +62,13 @@ capture matrix coleq E = a.b
 assert _rc == 198
 local c : colfullnames E
 assert "`c'" == "e1:a e1:b e2:c"
+* matrix input takes numbers only
+matrix input N = (1, -2.5e3 \ .a, .)
+assert N[1,2] == -2500 & N[2,1] == .a
+capture matrix input N = (A, 1)
+assert _rc == 198
+capture matrix input N = (sqrt(2), 1)
+assert _rc == 198
 capture matrix frobnicate A
 assert _rc == 501
 capture matrix accum X = y
