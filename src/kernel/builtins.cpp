@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "class/clslang.h"
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/dta.h"
@@ -17,6 +18,7 @@
 #include "kernel/macro.h"
 #include "kernel/program.h"
 #include "kernel/syscmds.h"
+#include "lumo/lumo.h"
 #include "output/log.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
@@ -37,7 +39,7 @@ static constexpr Builtin builtin_table[] = {
     {"_byobs", 6, '_', 0, 0, 0, nullptr, 0},
     {"_clogit", 4, '_', 0, 0, 1, nullptr, 0},
     {"_clogit_lf", 10, '_', 0, 0, 0, nullptr, 0},
-    {"_cls", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_cls", 4, '_', 0, 0, 0, clscmd_direct, 0},
     {"_cluster", 8, '_', 0, 0, 0, nullptr, 0},
     {"_clustermat", 11, '_', 0, 0, 0, nullptr, 0},
     {"_cnreg", 6, '_', 0, 0, 1, nullptr, 0},
@@ -116,7 +118,7 @@ static constexpr Builtin builtin_table[] = {
     {"char", 4, 'c', 0, 0, 0, charcmd, 0},
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
-    {"class", 5, 'c', 0, 0, 0, nullptr, 0},
+    {"class", 5, 'c', 0, 0, 0, stclass, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
@@ -198,8 +200,8 @@ static constexpr Builtin builtin_table[] = {
     {"markout", 7, 'm', 0, 0, 0, markout, 0},
     {"marksample", 10, 'm', 0, 0, 0, markscmd, 0},
     {"markin", 6, 'm', 0, 0, 0, markin, 0},
-    {"m", 1, 'm', 0, 0, 0, nullptr, 0},
-    {"lumo", 4, 'l', 0, 0, 0, nullptr, 0},
+    {"m", 1, 'm', 0, 0, 0, lumocmd, 0},
+    {"lumo", 4, 'l', 0, 0, 0, lumocmd, 0},
     {"lumo_clear", 10, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_describe", 13, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_drop", 9, 'l', 0, 0, 0, nullptr, 0},

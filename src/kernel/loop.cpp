@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "class/clslang.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -299,17 +300,6 @@ static bool skipword(const char* w) {
            cmdcmp(w, "version", 4) || cmdcmp(w, "while", 2) || cmdcmp(w, "{", 1);
 }
 
-static int unrecognized() {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("unrecognized command:  ");
-    spout21(cmd);
-    newline();
-    c_outlev = old;
-    return 199;
-}
-
 int selreq() {
     cmdinit();
     i_nvar = nvar;
@@ -324,7 +314,7 @@ int selreq() {
     if (!strcmp(cmd, "!")) return shellcmd(0);
     if (!strcmp(cmd, "{")) return opbrace();
     if (const Builtin* b = lookup_builtin(cmd)) return run_builtin(b);
-    if (cmd[0] == '.') return unrecognized();
+    if (cmd[0] == '.') return cls_clscmd();
     // programs and the ado search join here
     return runprogram();
 }

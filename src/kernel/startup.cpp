@@ -30,6 +30,7 @@
 #include "kernel/options.h"
 #include "kernel/program.h"
 #include "kernel/testbreak.h"
+#include "lumo/lumo.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -71,6 +72,7 @@ void link_sorting();
 void link_macro_functions();
 void link_matrix();
 void link_results();
+void link_class();
 extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
@@ -433,6 +435,8 @@ int sinit0(int argc, char** argv) {
     link_test_break();
     link_more_macro_functions();
     link_results();
+    link_class();
+    link_lumo();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
@@ -466,6 +470,7 @@ int sinit0(int argc, char** argv) {
     sinit_state = 16;
     c_outlev = 0;
     sinit_state = 17;
+    lumoinit();
     sinit_state = 18;
     trouble_at_startup_msg();
     snprintf(console, conslen, "%s", argline.c_str());

@@ -22,6 +22,7 @@
 #include "kernel/loop.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "lumo/lumo.h"
 #include "output/ptl.h"
 #include "output/spout.h"
 
@@ -389,6 +390,9 @@ Val v_lumofavor() {
 Val v_lumocache() {
     return num(kset.lumocache);
 }
+Val v_lumodebug() {
+    return onoff(m_dbugflg);
+}
 Val v_lumolibs() {
     return txt(kset.lumolibs);
 }
@@ -441,6 +445,7 @@ constexpr SetRow set_table[] = {
     {"lumocache", 9, set_lumocache, "lumocache", v_lumocache, G_LUMO},
     {"lumolibs", 8, set_lumolibs, "lumolibs", v_lumolibs, G_LUMO},
     {"lumolofirst", 11, set_lumolofirst, "lumolofirst", v_lumolofirst, G_LUMO},
+    {"lumodebug", 9, set_lumodebug, "lumodebug", v_lumodebug, nullptr},
     {"type", 4, set_type, "type", v_type, G_OTHER},
     {"level", 5, set_level, "level", v_level, G_OTHER},
     {"maxiter", 7, set_maxiter, "maxiter", v_maxiter, G_OTHER},
