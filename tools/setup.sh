@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 mode=${1:-run}
 shift || true
 
-packages=(cmake ninja-build g++ pkg-config ccache libgtest-dev libedit-dev zlib1g-dev)
+packages=(cmake ninja-build g++ pkg-config ccache libgtest-dev libedit-dev zlib1g-dev libopenblas-dev liblapacke-dev)
 
 missing=()
 for p in "${packages[@]}"; do

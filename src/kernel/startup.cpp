@@ -71,6 +71,7 @@ void console_close();
 void link_expressions();
 void link_sorting();
 void link_macro_functions();
+void link_matrix();
 void link_results();
 void link_class();
 extern const char* (*fkey_lookup)(const char* name);
@@ -431,6 +432,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_matrix();
     link_test_break();
     link_more_macro_functions();
     link_results();
