@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 mode=${1:-run}
 shift || true
 
-packages=(cmake ninja-build g++ pkg-config ccache libgtest-dev libedit-dev zlib1g-dev)
+packages=(cmake ninja-build g++ pkg-config ccache libgtest-dev libedit-dev zlib1g-dev libopenblas-dev liblapacke-dev)
 
 missing=()
 for p in "${packages[@]}"; do
@@ -39,7 +39,8 @@ case "$mode" in
     exec build/bin/korvu-xe "$@"
     ;;
   test)
-    build build
+    # warnings fail the build here, so that none creeps in
+    build build -DKORVU_WERROR=ON
     ctest --test-dir build --output-on-failure -j "$(nproc)"
     ;;
   asan)

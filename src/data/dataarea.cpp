@@ -20,7 +20,7 @@
 
 namespace korvu {
 
-uint64_t totalmemory = DEFAULT_MEMORY;
+uint64_t totalmemory = 0; // 0: default_memory() at start-up
 int32_t matsize = DEFAULT_MATSIZE;
 int32_t nobs = 0, nvar = 0;
 uint8_t updata = 0;
@@ -284,9 +284,21 @@ void news_free() {
     nobs = nvar = 0;
 }
 
+uint64_t default_memory() {
+    const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || size <= 0) return DEFAULT_MEMORY;
+    const uint64_t quarter =
+        (static_cast<uint64_t>(pages) * static_cast<uint64_t>(size) / 4) & ~uint64_t{0xFFFFF};
+    // the observation-pointer table at the block's start is written when the
+    // block is made (4 bytes in 204): beyond 2 GB that alone would slow every
+    // start, so the default stops there; set memory goes further
+    const uint64_t cap = uint64_t{2} << 30;
+    return quarter < DEFAULT_MEMORY ? DEFAULT_MEMORY : quarter > cap ? cap : quarter;
+}
+
 int news_alloc() {
     if (begin_of_memory || n_fixed_tracks) news_free();
-    if (totalmemory < MIN_MEMORY) totalmemory = DEFAULT_MEMORY;
+    if (totalmemory < MIN_MEMORY) totalmemory = default_memory();
     asked_totalmemory = totalmemory;
     asked_maxmaxvar = maxmaxvar;
     asked_matsize = matsize;

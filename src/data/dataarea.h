@@ -47,7 +47,12 @@ extern uint32_t n_repart, n_shift;
 extern uint64_t n_bytes_moved, n_records_moved;
 
 // Defaults and bounds.
-inline constexpr uint64_t DEFAULT_MEMORY = 0xa00000; // 10 MB
+inline constexpr uint64_t DEFAULT_MEMORY = 0xa00000; // 10 MB: the fallback
+// The amount of data memory at start-up when none was asked for: a quarter of
+// physical memory in whole megabytes, at least DEFAULT_MEMORY and at most
+// 2 GB. The records are reserved, not touched: pages cost nothing until data
+// fill them.
+uint64_t default_memory();
 inline constexpr uint64_t MIN_MEMORY = 102400;
 inline constexpr int32_t DEFAULT_MAXVAR = 5000;
 inline constexpr int32_t MIN_MAXVAR = 2048;

@@ -10,6 +10,7 @@
 #include "data/vartab.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
+#include "kernel/macro.h"
 #include "kernel/options.h"
 #include "output/spout.h"
 
@@ -49,13 +50,19 @@ static void hlinefull() {
 static void descheader(int32_t width) {
     c_outlev = 1;
     const char* date = datadate_hook ? orempty(datadate_hook()) : "";
-    if (*date) {
-        char line[200];
-        snprintf(line, sizeof line, "Contains data%33s%s\n", "", date);
-        spout21(line);
-    } else {
-        spout21("Contains data\n");
+    // the file the data came from, as use or save left it
+    const char* fn = macptr("S_FN");
+    std::string line = "Contains data";
+    if (fn && *fn) {
+        line += " from ";
+        line += fn;
     }
+    if (*date) {
+        line.resize(line.size() < 45 ? 46 : line.size() + 1, ' ');
+        line += date;
+    }
+    line += "\n";
+    spout21(line.c_str());
     descnum("obs:", static_cast<uint64_t>(nobs), datalabel_hook ? datalabel_hook() : nullptr);
     descnum("vars:", static_cast<uint64_t>(nvar), nullptr);
     descnum("width:", static_cast<uint64_t>(width), nullptr);
@@ -78,16 +85,16 @@ static void descline(int v) {
 static void descfooter() {
     c_outlev = 1;
     hlinefull();
-    std::string s = "Sorted by:";
+    // the sort-order line only when an order is declared
     if (srtlist && srtlist[0]) {
-        s += " ";
+        std::string s = "Sorted by: ";
         for (int k = 0; srtlist[k]; k++) {
             s += " ";
             s += varname(srtlist[k]);
         }
+        s += "\n";
+        spout21(s.c_str());
     }
-    s += "\n";
-    spout21(s.c_str());
     if (updata && nvar) spout21("     Note:  dataset has changed since last saved\n");
 }
 

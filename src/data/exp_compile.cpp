@@ -571,6 +571,7 @@ void result_store(char letter, const char* b, const char* e) {
 }
 
 void function_call(const std::string& name, const char* ab, const char* ae);
+void matrix_number(const std::string& text);
 
 void subscripted(const std::string& name, const char* ib, const char* ie) {
     if (name == "_b" || name == "_se") {
@@ -581,6 +582,9 @@ void subscripted(const std::string& name, const char* ib, const char* ie) {
         return pushconst(v);
     }
     int v = findvariable(name);
+    if (!v && !cs.syntax_only && exphooks.matrix_value && exphooks.matrix_find &&
+        exphooks.matrix_find(name.c_str()))
+        return matrix_number(name + "[" + text_of(ib, ie) + "]");
     if (!v) {
         if (cs.syntax_only) {
             span(ib, ie);
@@ -595,6 +599,19 @@ void subscripted(const std::string& name, const char* ib, const char* ie) {
     emit(str ? OP_SVARSUB : OP_VARSUB);
     emit(v);
     pushtype(str ? T_STR : T_NUM);
+}
+
+// A number-valued matrix expression, worked out now by the matrix store;
+// the compiler's own state is kept across the call, which may compile.
+void matrix_number(const std::string& text) {
+    CompileState saved = cs;
+    int saved_depth = span_depth;
+    double v;
+    int rc = exphooks.matrix_value(text.data(), text.data() + text.size(), &v);
+    cs = saved;
+    span_depth = saved_depth;
+    if (rc) fail(rc);
+    pushconst(v);
 }
 
 void name_alone(const std::string& name) {
@@ -903,6 +920,14 @@ void function_call(const std::string& name, const char* ab, const char* ae) {
     };
     for (const NamedConst& k : consts)
         if (name == k.name) return konst(k.value);
+    static constexpr const char* matrixnums[] = {
+        "el",       "matrix", "rowsof",      "colsof",     "trace",   "det",
+        "diag0cnt", "issym",  "issymmetric", "matmissing", "rownumb", "colnumb"};
+    for (const char* m : matrixnums)
+        if (name == m && exphooks.matrix_value) {
+            if (cs.syntax_only) return pushconst(misval);
+            return matrix_number(name + "(" + (ab ? text_of(ab, ae) : "") + ")");
+        }
     static constexpr const char* matrixfns[] = {"rownumb", "colnumb", "matrix",
                                                 "sweep",   "nullmat", "mreldif"};
     static constexpr const char* distfns[] = {"normd",     "normden",  "lnnormalden", "lnormalden",

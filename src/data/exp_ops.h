@@ -152,6 +152,8 @@ enum : int16_t {
     OP_SCALAR = 220, // + scalar id
     OP_RC = 221,
     OP_SCOND4 = 222,
+    OP_UNIFORM = 223,  // the main generator's next draw
+    OP_UNIFORM0 = 224, // the old generator's next draw
 };
 
 // Numeric helpers; `.` is misval and anything at or above it is missing.

@@ -13,6 +13,7 @@
 #include "kernel/errors.h"
 #include "kernel/limits.h"
 #include "output/spout.h"
+#include "results/rng/rng.h"
 
 namespace korvu {
 
@@ -116,6 +117,8 @@ void run(ExpObj* o, int i, double* num, char* str) {
         case OP_OBSN: ns[++np] = i - o->nobss1 + 1; break;
         case OP_OBSNN: ns[++np] = o->nobss2 - o->nobss1 + 1; break;
         case OP_RC: ns[++np] = captrc; break;
+        case OP_UNIFORM: ns[++np] = urnuni(); break;
+        case OP_UNIFORM0: ns[++np] = strandom(); break;
         case OP_SUM: {
             int k = code[++w];
             double x = xmis(ns[np]) ? 0 : ns[np];
@@ -407,6 +410,15 @@ int xeqmat_mat(ExpObj* obj, const char* name, int namelen) {
     return exphooks.matrix_xeq(obj, name, namelen, &v);
 }
 
+bool exp_draws_random(const ExpObj* o) {
+    for (int w = 0; w <= o->code_end; w++) {
+        int op = o->code[w];
+        if (op == OP_UNIFORM || op == OP_UNIFORM0) return true;
+        w += exp_operands(op);
+    }
+    return false;
+}
+
 bool exp_reads_other_obs(const ExpObj* o, int v) {
     for (int w = 0; w <= o->code_end; w++) {
         int op = o->code[w];
@@ -427,10 +439,16 @@ std::vector<double> block_scratch;
 // Numeric-only programs run by blocks; the deepest stack in *depth.
 bool blockable(const ExpObj* o, int* depth) {
     if (o->result_kind != 0) return false;
-    int np = 0, maxd = 1;
+    int np = 0, maxd = 1, draws = 0;
     for (int w = 0; w <= o->code_end; w++) {
         int op = o->code[w];
         switch (op) {
+        case OP_UNIFORM:
+            // one draw per observation in order: only a single draw per run
+            // keeps that order when a block is filled column by column
+            if (++draws > 1) return false;
+            np++;
+            break;
 #define UN(OP, F) case OP:
             KV_UNARY_OPS(UN)
 #undef UN
@@ -597,6 +615,7 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
             for (int j = 0; j < m; j++) a[j] = captrc;
             break;
         }
+        case OP_UNIFORM: urnfill(col(++np), m); break;
         case OP_SCALAR: {
             int id = code[++w];
             double* a = col(++np);

@@ -81,6 +81,9 @@ int xeqmat_mat(ExpObj* obj, const char* name, int namelen);
 // observations other than the current one: subscripts and time-series
 // operators.
 bool exp_reads_other_obs(const ExpObj* obj, int v);
+// True when the program draws random numbers: it must then run only for the
+// observations selected, in order, so the stream is one draw per observation.
+bool exp_draws_random(const ExpObj* obj);
 
 // Date literal text [start, end) by kind 'd', 'w', 'm', 'q', 'h', 'y'; `.`
 // when invalid.
@@ -99,6 +102,10 @@ struct ExpHooks {
     int (*matrix_find)(const char* name);
     // Matrix element name[r, c]: 0 and the value, or a code (message printed).
     int (*matrix_element)(const char* name, double r, double c, double* out);
+    // A number-valued matrix expression (el(), matrix(), A[i,j], trace() and
+    // kin) given as the text [b, e): 0 and the value, or a code (message
+    // printed). Called while compiling; it may compile expressions itself.
+    int (*matrix_value)(const char* b, const char* e, double* out);
     // Runs a compiled matrix program: 0 or a code.
     int (*matrix_xeq)(ExpObj* obj, const char* name, int namelen, double* out);
     // _b[name] (se 0) and _se[name] (se 1): 0 and the value, or a code.

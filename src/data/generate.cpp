@@ -96,7 +96,12 @@ template <class Fn> static int overblocks(Fn fn) {
     for (int from = nobs1; from <= nobs2; from += B) {
         if (kvpollstd()) return 1;
         int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
-        xeqblock(&wepgm, from, to, out);
+        if (ifclause && exp_draws_random(&wepgm)) {
+            // a draw for each selected observation only, in order
+            for (int i = from; i <= to; i++) out[i - from] = selobs(i) ? xeq(&wepgm, i) : misval;
+        } else {
+            xeqblock(&wepgm, from, to, out);
+        }
         if (int rc = fn(from, to, out)) return rc;
     }
     return 0;

@@ -171,7 +171,7 @@ int mlc_copy(const char* lang) {
         if (putvarlab(v, charload(varname(v), kv.c_str(), buf, sizeof buf))) return 950;
         charload(varname(v), kl.c_str(), buf, sizeof buf);
         std::memset(lblname(v), 0, NAMELEN1);
-        std::snprintf(lblname(v), NAMELEN1, "%s", buf);
+        if (std::snprintf(lblname(v), NAMELEN1, "%s", buf) < 0) lblname(v)[0] = 0;
     }
     rmlangchars(lang);
     return 0;

@@ -151,8 +151,10 @@ int listcmd(int) {
         if (static_cast<int>(c.head.size()) > c.width) c.width = static_cast<int>(c.head.size());
     }
 
+    // under by the observations are numbered within their group
+    const int first = byvar ? nobss1 : 1;
     int ndig = 1;
-    for (int n = nobs2; n >= 10; n /= 10) ndig++;
+    for (int n = nobs2 - first + 1; n >= 10; n /= 10) ndig++;
     const int lead = obs ? ndig + 4 : 0;
     int inner = 2;
     for (const Col& c : cols) inner += c.width;
@@ -172,7 +174,7 @@ int listcmd(int) {
             line.append(lead, ' ');
             line += "{c TLC}{hline " + std::to_string(w) + "}{c TRC}";
             emit(line);
-            snprintf(obslab, sizeof obslab, "%*d. ", ndig + 2, i);
+            snprintf(obslab, sizeof obslab, "%*d. ", ndig < 10 ? ndig + 2 : 12, i - first + 1);
             std::string body; // one line of the box, plain text
             bool first = true;
             auto flush = [&]() {
@@ -238,7 +240,7 @@ int listcmd(int) {
         if (stopflag) return 1;
         if (shown && sep && shown % sep == 0) rule("{c LT}", "{c RT}");
         if (obs) {
-            snprintf(obslab, sizeof obslab, "%*d. ", ndig + 2, i);
+            snprintf(obslab, sizeof obslab, "%*d. ", ndig < 10 ? ndig + 2 : 12, i - first + 1);
             line += obslab;
         }
         row(false, i);

@@ -36,26 +36,26 @@ static int labelword() {
 }
 
 static int mf_type(const char*, char* dst) {
-    int v;
+    int v = 0;
     if (int rc = nextvar(&v)) return rc;
     return put(dst, typename_of(typlist[v - 1]));
 }
 
 static int mf_format(const char*, char* dst) {
-    int v;
+    int v = 0;
     if (int rc = nextvar(&v)) return rc;
     return put(dst, fmtname(v));
 }
 
 static int mf_valuelabel(const char*, char* dst) {
-    int v;
+    int v = 0;
     if (int rc = labelword()) return rc;
     if (int rc = nextvar(&v)) return rc;
     return put(dst, lblname(v));
 }
 
 static int mf_varlabel(const char*, char* dst) {
-    int v;
+    int v = 0;
     if (int rc = labelword()) return rc;
     if (int rc = nextvar(&v)) return rc;
     const char* l = ptrvarlab(v);

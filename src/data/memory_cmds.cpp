@@ -91,7 +91,7 @@ int set_memory() {
 }
 
 int set_maxvar() {
-    int n;
+    int n = 0;
     if (int rc = read_int(&n)) return rc;
     bool perm;
     if (int rc = perm_option(&perm)) return rc;
@@ -114,7 +114,7 @@ int set_maxvar() {
 }
 
 int set_matsize() {
-    int n;
+    int n = 0;
     if (int rc = read_int(&n)) return rc;
     if (int rc = chkrange("matsize", n, MIN_MATSIZE, MAX_MATSIZE)) return rc;
     bool perm;
@@ -133,7 +133,7 @@ int set_matsize() {
 // Kept for old do-files: set maxobs # [width #] [old_maxvar #] [lrecl #].
 int set_maxobs() {
     int64_t obs = -1, width = -1, oldmaxvar = -1;
-    int n;
+    int n = 0;
     if (int rc = read_int(&n)) return rc;
     obs = n;
     for (;;) {

@@ -165,8 +165,8 @@ int addvar(const char* name, int code) {
     snprintf(varname(nvar), 33, "%s", name);
     if (const char* f = deffmt(code))
         snprintf(fmtname(nvar), 12, "%s", f);
-    else
-        snprintf(fmtname(nvar), 12, "%%%ds", code < 9 ? 9 : code);
+    else if (snprintf(fmtname(nvar), 12, "%%%ds", code < 9 ? 9 : code) < 0)
+        fmtname(nvar)[0] = 0;
     lblname(nvar)[0] = 0;
     return 0;
 }

@@ -261,7 +261,7 @@ int autoload(const char* ext, int mustdefine) {
     long offset = tok.pos ? tok.pos - console : -1;
     long loffset = tok.last ? tok.last - console : -1;
 
-    snprintf(sys_pgmclass, sizeof sys_pgmclass, "%s", cmd);
+    if (snprintf(sys_pgmclass, sizeof sys_pgmclass, "%s", cmd) < 0) sys_pgmclass[0] = 0;
     snprintf(console, conslen, "\"%s\"", path);
     settok(console);
     sysldtime = sysclock ? sysclock : 1;

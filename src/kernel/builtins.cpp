@@ -21,6 +21,7 @@
 #include "lumo/lumo.h"
 #include "output/log.h"
 #include "output/spout.h"
+#include "results/matrix/matrix.h"
 #include "results/settings.h"
 #include "results/stores.h"
 #include "results/summarize.h"
@@ -211,7 +212,7 @@ static constexpr Builtin builtin_table[] = {
     {"lumo_rename", 11, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_which", 10, 'l', 0, 0, 0, nullptr, 0},
     {"mat_put_rr", 10, 'm', 0, 0, 0, nullptr, 0},
-    {"matrix", 3, 'm', 0, 0, 0, nullptr, 0},
+    {"matrix", 3, 'm', 0, 0, 0, matrixcmd, 0},
     {"memory", 6, 'm', 0, 0, 0, memorycmd, 0},
     {"mkdir", 5, 'm', 0, 0, 0, mkdircmd, 0},
     {"mleval", 6, 'm', 0, 0, 0, nullptr, 0},
@@ -261,7 +262,7 @@ static constexpr Builtin builtin_table[] = {
     {"run", 2, 'r', 0, 0, 0, docmd, 1},
     {"save", 2, 's', 0, 0, 0, savecmd, 0},
     {"save_dlg", 8, 's', 0, 0, 0, nullptr, 0},
-    {"scalar", 3, 's', 0, 0, 0, nullptr, 0},
+    {"scalar", 3, 's', 0, 0, 0, scalarcmd, 0},
     {"search", 6, 's', 0, 0, 0, searchcmd, 0},
     {"search_dlg", 10, 's', 0, 0, 0, nullptr, 0},
     {"set", 2, 's', 0, 0, 0, setcmd, 0},

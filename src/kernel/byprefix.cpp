@@ -368,7 +368,7 @@ int byprefix(int sort) {
         gettok(prsestd);
     }
     char word[33];
-    snprintf(word, sizeof word, "%s", token);
+    if (snprintf(word, sizeof word, "%s", token) < 0) word[0] = 0;
     if (cmdcmp(word, "by", 2) || cmdcmp(word, "bysort", 3)) return error(7198);
     if (const char* full = findbyablebuiltin(word)) {
         if (silent_under_by(full)) snprintf(word, sizeof word, "%s", full);

@@ -457,7 +457,7 @@ static int loopname(char* lname) {
     if (!token[0] || tokisstr(token)) return error(198);
     if (int rc = chklmname(token)) return rc;
     if (chkmacname(token)) return error(198);
-    snprintf(lname, 40, "_%s", token);
+    if (snprintf(lname, 40, "_%s", token) < 0) lname[0] = 0;
     return 0;
 }
 

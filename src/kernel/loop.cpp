@@ -11,6 +11,7 @@
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
+#include "kernel/depth.h"
 #include "kernel/dofile.h"
 #include "kernel/errors.h"
 #include "kernel/flow.h"
@@ -244,7 +245,8 @@ void statusline() {
 int doreq() {
     int16_t busy = korvu_busy;
     korvu_busy = 1;
-    altstopflag = stopflag = 0;
+    altstopflag = 0;
+    stopflag = 0;
     byvar = 0;
     exitflg = 0;
     lastby = 1;
@@ -300,7 +302,17 @@ static bool skipword(const char* w) {
            cmdcmp(w, "version", 4) || cmdcmp(w, "while", 2) || cmdcmp(w, "{", 1);
 }
 
+static int selreq_body();
+
 int selreq() {
+    if (reqdepth >= reqdepth_limit()) return reqtoodeep();
+    reqdepth++;
+    int rc = selreq_body();
+    reqdepth--;
+    return rc;
+}
+
+static int selreq_body() {
     cmdinit();
     i_nvar = nvar;
     sysclock = sysclock >= 2147483646 ? 1 : sysclock + 1;
@@ -362,7 +374,8 @@ int prefix_capture(int) {
     nvar = i_nvar;
     if (!procflg) return 0;
     captrc = rc;
-    stopflag = altstopflag = 0;
+    stopflag = 0;
+    altstopflag = 0;
     return 0;
 }
 

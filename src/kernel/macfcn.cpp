@@ -502,6 +502,8 @@ int macexfcn(char* dst) {
     if (cmdcmp(c, "tempfile", 5)) return mktmpfn(dst), 0;
     for (const char* m : {"rownames", "colnames", "roweq", "coleq", "rowfullnames", "colfullnames"})
         if (cmdcmp(c, m, 4)) return hook(MXF_MATNAMES, m, dst);
+    for (const char* m : {"rowsof", "colsof", "rownumb", "colnumb"})
+        if (w == m) return hook(MXF_MATNAMES, m, dst);
     if (cmdcmp(c, "sortedby", 4)) return hook(MXF_SORTEDBY, c, dst);
     if (cmdcmp(c, "display", 2)) return hook(MXF_DISPLAY, c, dst);
     if (cmdcmp(c, "word", 4)) return fcn_word(dst);

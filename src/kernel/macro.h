@@ -114,7 +114,8 @@ enum MacFcnHook {
     MXF_FORMAT,     // format var
     MXF_VALUELABEL, // value label var
     MXF_VARLABEL,   // variable label var
-    MXF_MATNAMES,   // rownames colnames roweq coleq rowfullnames colfullnames
+    MXF_MATNAMES,   // rownames colnames roweq coleq rowfullnames colfullnames,
+                    // rowsof colsof rownumb colnumb
     MXF_SORTEDBY,   // sortedby
     MXF_DISPLAY,    // display ...
     MXF_CHAR,       // char ...

@@ -21,6 +21,7 @@
 #include "data/varlist.h"
 #include "kernel/brk.h"
 #include "kernel/cmdparse.h"
+#include "kernel/depth.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
@@ -70,6 +71,7 @@ void console_close();
 void link_expressions();
 void link_sorting();
 void link_macro_functions();
+void link_matrix();
 void link_results();
 void link_class();
 extern const char* (*fkey_lookup)(const char* name);
@@ -430,6 +432,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_matrix();
     link_test_break();
     link_more_macro_functions();
     link_results();
@@ -552,6 +555,7 @@ static void profile_step() {
 }
 
 int korvu_main(int argc, char** argv) {
+    depth_stack_raise(argv);
     if (argc > 0 && argv[0]) {
         const char* slash = strrchr(argv[0], '/');
         const char* base = slash ? slash + 1 : argv[0];

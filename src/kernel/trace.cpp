@@ -113,7 +113,7 @@ static int onoff(uint8_t* flag) {
 }
 
 int set_trace() {
-    uint8_t on;
+    uint8_t on = 0;
     if (int rc = onoff(&on)) return rc;
     korvu_trace_flg = on;
     // the lines traced are those of the frames below this one
@@ -151,7 +151,7 @@ int set_tracenumber() {
 int set_tracehilite() {
     gettok(prsestd);
     char text[81];
-    snprintf(text, sizeof text, "%s", tokisstr(token) ? token + 1 : token);
+    if (snprintf(text, sizeof text, "%s", tokisstr(token) ? token + 1 : token) < 0) text[0] = 0;
     gettok(prsestd);
     uint8_t word = 0;
     if (tokis(token, ",")) {

@@ -148,7 +148,7 @@ int spoutfordo(const char* text) {
 
 // The console edition has no status bar; the text is kept for entertaincont.
 static void drawstatus(const char* text) {
-    snprintf(status_text, sizeof status_text, "%s", text ? text : "");
+    if (snprintf(status_text, sizeof status_text, "%s", text ? text : "") < 0) status_text[0] = 0;
 }
 
 static void entertain_echo(const char* text, bool nl) {

@@ -203,10 +203,6 @@ static bool hassuffix(const std::string& f) {
     return dot != std::string::npos && (slash == std::string::npos || dot > slash);
 }
 
-static std::string stem(const std::string& f) {
-    return hassuffix(f) ? f.substr(0, f.rfind('.')) : f;
-}
-
 // Feeds the source through the engine 512 bytes at a time.
 static int feed(Ptl* p, FILE* in) {
     uint8_t state;

@@ -258,7 +258,9 @@ TEST(AreaGrowth, TenMillionObservationsGrowLinearly) {
         fresh(static_cast<uint64_t>(sizes[s]) * 24);
         ASSERT_EQ(alcvar(KV_DOUBLE), 0);
         for (int32_t i = 1; i <= sizes[s]; i++) {
-            if (nobs == maxobs) ASSERT_EQ(repartobs(1), 0) << i;
+            if (nobs == maxobs) {
+                ASSERT_EQ(repartobs(1), 0) << i;
+            }
             nobs++;
             store(1, nobs, i);
         }
@@ -283,7 +285,9 @@ TEST(AreaGrowth, FixedMemoryTenMillion) {
     ASSERT_EQ(alcvar(KV_DOUBLE), 0);
     uint64_t checkpoints[2] = {};
     for (int32_t i = 1; i <= 10000000; i++) {
-        if (nobs == maxobs) ASSERT_EQ(repartobs(1), 0) << i;
+        if (nobs == maxobs) {
+            ASSERT_EQ(repartobs(1), 0) << i;
+        }
         nobs++;
         store(1, nobs, i);
         if (i == 5000000) checkpoints[0] = n_bytes_moved;

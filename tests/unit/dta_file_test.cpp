@@ -416,7 +416,9 @@ TEST_F(Dta, HeaderFailuresLeaveTheDatasetAlone) {
         spill(f, bytes);
         EXPECT_EQ(dta_use(f.c_str(), UseOpts{}), want);
         std::string log = out.take();
-        if (text) EXPECT_NE(log.find(text), std::string::npos) << log;
+        if (text) {
+            EXPECT_NE(log.find(text), std::string::npos) << log;
+        }
         EXPECT_EQ(nvar, 2);
         EXPECT_EQ(nobs, 2);
     };

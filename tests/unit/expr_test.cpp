@@ -168,7 +168,8 @@ TEST_F(Expr, TypesAndNames) {
     EXPECT_EQ(comp("nosuch(1)"), 133);
     EXPECT_EQ(comp("abs(1,2)"), 198);
     EXPECT_EQ(comp("normal(1)"), 199);
-    EXPECT_EQ(comp("uniform()"), 199);
+    EXPECT_EQ(comp("invnormal(.5)"), 199);
+    EXPECT_EQ(comp("uniform()"), 0);
     EXPECT_EQ(comp("L.x"), 101);
     EXPECT_EQ(comp("missing(missing(x))"), 198);
     EXPECT_EQ(val("1 + (x - 1)", 2), 2);

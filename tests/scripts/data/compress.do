@@ -1,4 +1,6 @@
 * compress messages, memory, set memory limits
+* the figures below are for a data area of 10 MB, whatever the default
+quietly set memory 10m
 input double(a b) float c long d str20 s
 1 2.5 3 4 "x"
 100 -3 30000 70000 "longer"
