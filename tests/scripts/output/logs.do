@@ -24,3 +24,4 @@ log close
 type text2.log
 capture noisily log using text2.log
 capture noisily log bogus
+display "test completed"
