@@ -13,6 +13,7 @@
 #include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/macro.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -79,7 +80,7 @@ int vlfindval(const int32_t* tbl, char* dst, int maxlen, double x) {
         if (dst) {
             const char* t = vl_txt(tbl) + vl_off(tbl)[lo];
             if (maxlen > VL_MAXTEXT) {
-                std::strcpy(dst, t);
+                copytext(dst, static_cast<size_t>(maxlen) + 1, t);
             } else {
                 size_t n = strnlen(t, static_cast<size_t>(maxlen));
                 std::memcpy(dst, t, n);

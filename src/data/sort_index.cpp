@@ -19,6 +19,7 @@
 #include "kernel/gettok.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -28,7 +29,7 @@ inline constexpr int DM_SORTPRESERVE = 34;
 int mkidxvar(char* buf) {
     int v = addwrkvar(KV_LONG, 0);
     if (v < 0) return v;
-    std::strcpy(buf, varname(v));
+    copytext(buf, NAMELEN + 1, varname(v));
     int off = mapi[v - 1];
     for (int32_t i = 1; i <= nobs; i++) std::memcpy(obsptr(i) + off, &i, 4);
     i_nvar = nvar;

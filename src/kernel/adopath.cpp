@@ -24,6 +24,7 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "kernel/scratch.h"
 #include "kernel/startup.h"
 #include "output/spout.h"
 
@@ -116,7 +117,7 @@ const char* mapdirname(const char* dir) {
 char* pathjoin(char* dst, const char* dir, const char* file) {
     std::string d = dir;
     if (!d.empty() && d.back() != '/') d += '/';
-    strcpy(dst, (d + file).c_str());
+    copytext(dst, FNLEN, (d + file).c_str());
     return dst;
 }
 

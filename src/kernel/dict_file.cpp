@@ -9,6 +9,7 @@
 
 #include "kernel/dict.h"
 #include "kernel/macro.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -101,8 +102,8 @@ int dmread(int fd) {
 }
 
 int dmtmpsave(char* fnout, size_t fnsize) {
-    char fn[1024];
-    mktmpfn(fn);
+    char fn[FNLEN];
+    if (mktmpfn(fn, sizeof fn)) return 914;
     int fd = ::open(fn, O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (fd < 0) return 914;
     int rc = dmwrite(fd);

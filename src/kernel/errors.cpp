@@ -8,6 +8,7 @@
 #include "kernel/cmdparse.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -41,7 +42,7 @@ static constexpr int NMSG = sizeof msgtab / sizeof msgtab[0];
 
 char* loadmsg(char* dst, int i) {
     const char* s = i >= 0 && i < NMSG ? msgtab[i] : "nothing";
-    strcpy(dst, s);
+    copytext(dst, MSGLEN, s);
     return dst;
 }
 

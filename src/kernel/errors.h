@@ -1,6 +1,7 @@
 // Return codes and their messages. A function that fails prints its message
 // where it fails (usually through `error`) and returns the code; nothing throws.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 
 namespace korvu {
@@ -34,6 +35,7 @@ int nomatchbrace();
 int noobsnoerr();
 int fierr(int code, const char* filename);
 int extended_error(double value);
+inline constexpr size_t MSGLEN = 32; // loadmsg: longest entry of the table and its end
 char* loadmsg(char* dst, int i);
 int errcmd();
 

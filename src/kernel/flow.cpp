@@ -56,11 +56,7 @@ int flow_getline() {
 }
 
 static void setcmd() {
-    gettok(prsestd);
-    kvFAST = token[32];
-    token[32] = 0;
-    strcpy(cmd, token);
-    token[32] = kvFAST;
+    gettokcmd();
 }
 
 int flow_dispatch() {
