@@ -16,13 +16,19 @@ cp -R "$src"/. "$work"/
 cd "$work" || exit 2
 env -u SYSDIR_KORVU -u S_ADO "$exe" -q -b do "$name.do" </dev/null
 status=$?
-if [ $status -ne 0 ]; then
+if [ ! -f "$name.log" ]; then
   echo "korvu-xe exited with status $status"
-  [ -f "$name.log" ] && cat "$name.log"
+  echo "no log $name.log written"
   exit 1
 fi
-if [ ! -f "$name.log" ]; then
-  echo "no log $name.log written"
+# A run that ends on an error exits with its return code (1 above 255): the
+# status line closing the log; otherwise 0.
+want=$(grep -v '^ *$' "$name.log" | tail -n 1 | sed -nE 's/^r\(([0-9]+)\);$/\1/p')
+want=${want:-0}
+[ "$want" -gt 255 ] && want=1
+if [ $status -ne "$want" ]; then
+  echo "korvu-xe exited with status $status, expected $want"
+  cat "$name.log"
   exit 1
 fi
 # The scratch directory and time stamps differ from run to run.

@@ -128,6 +128,23 @@ void copyfield(char* dst, size_t dstsize, const uint8_t* p, size_t n) {
     dst[l] = 0;
 }
 
+// A variable name as a file may hold it: a letter or underscore, then
+// letters, digits and underscores (and dots in formats up to 106, which the
+// reader renames), not a reserved word.
+bool filename_ok(const char* name, int fmt) {
+    const auto alpha = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    };
+    if (!alpha(name[0])) return false;
+    for (const char* p = name + 1; *p; ++p)
+        if (!alpha(*p) && !(*p >= '0' && *p <= '9') && !(*p == '.' && fmt <= 106)) return false;
+    const uint8_t lev = s_outlev;
+    s_outlev = 5; // the check speaks; the reader reports the file instead
+    const int reserved = chkreserved(name);
+    s_outlev = lev;
+    return reserved == 0;
+}
+
 // The sections before the data. 0 or a code.
 int parse_front(int fd, Parsed& P) {
     if (int rc = rdhdr(fd, &P.h)) return rc;
@@ -158,11 +175,22 @@ int parse_front(int fd, Parsed& P) {
     P.width = off;
     if (!R.get(b.data(), nv * nl)) return R.err ? R.err : 688;
     for (int i = 0; i < nv; ++i) copyfield(P.v[i].name, 33, b.data() + i * nl, nl);
+    {
+        std::set<std::string> seen;
+        for (int i = 0; i < nv; ++i)
+            if (!filename_ok(P.v[i].name, P.fmt) || !seen.insert(P.v[i].name).second) return 688;
+    }
     if (!R.get(b.data(), 2 * (nv + 1))) return R.err ? R.err : 688;
-    for (int i = 0; i < nv; ++i) {
-        int k = rd16(b.data() + 2 * i, P.swap);
-        if (k < 1 || k > nv) break;
-        P.srt.push_back(static_cast<int16_t>(k));
+    {
+        // keys up to the terminator: variables of the file, each once
+        std::vector<bool> used(static_cast<size_t>(nv) + 1, false);
+        for (int i = 0; i < nv; ++i) {
+            int k = rd16(b.data() + 2 * i, P.swap);
+            if (k == 0) break;
+            if (k < 0 || k > nv || used[k]) return 688;
+            used[k] = true;
+            P.srt.push_back(static_cast<int16_t>(k));
+        }
     }
     if (!R.get(b.data(), nv * fl)) return R.err ? R.err : 688;
     for (int i = 0; i < nv; ++i) copyfield(P.v[i].fmt, 13, b.data() + i * fl, fl);
@@ -523,6 +551,11 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
         for (size_t j = 0; j < keep.size(); ++j)
             if (isnumtype(codes[j]) && bytlenc(codes[j]) > 1)
                 swaps.emplace_back(mapi[j], bytlenc(codes[j]));
+    // a string cell keeps its text and zeros behind it, whatever the file
+    // held after the terminator
+    std::vector<std::pair<int32_t, int32_t>> strs; // offset, width
+    for (size_t j = 0; j < keep.size(); ++j)
+        if (isstrtype(codes[j])) strs.emplace_back(mapi[j], bytlenc(codes[j]));
     const int64_t W = P.width;
     if (W > 0 && nwant > 0) {
         const int64_t per = std::max<int64_t>(2, 24000 / W);
@@ -550,6 +583,11 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
                 uint8_t* dst = obsptr(nobs + 1);
                 for (const Run& ru : runs) std::memcpy(dst + ru.dst, rec + ru.src, ru.len);
                 for (auto& s : swaps) swapcell(dst + s.first, s.second);
+                for (auto& s : strs) {
+                    uint8_t* c = dst + s.first;
+                    if (auto* z = static_cast<uint8_t*>(std::memchr(c, 0, s.second)))
+                        std::memset(z, 0, s.second - (z - c));
+                }
                 ++nobs;
                 if (o.useif && xeq(&ifpgm, nobs) == 0) --nobs;
             }

@@ -1,5 +1,7 @@
 // Writing the dataset file (`save`).
 #include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -134,13 +136,25 @@ int syssave(const char* fname, const SaveOpts& o) {
         return error(909);
     }
 
+    // The file is written under a temporary name in the same directory and
+    // renamed over the target only when it is whole and on disk: a failure or
+    // a break leaves an old file as it was.
     struct stat sb;
     const bool exists = stat(fname, &sb) == 0;
     if (exists && !o.replace) return fierr(602, fname);
-    if (exists && unlink(fname)) return fierr(608, fname);
-    if (!exists && o.replace) fierr(698, fname);
-    int fd = open(fname, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    if (exists && (!S_ISREG(sb.st_mode) || access(fname, W_OK))) return fierr(608, fname);
+    std::string tmpname = std::string(fname) + ".XXXXXX";
+    int fd = mkstemp(tmpname.data());
     if (fd < 0) return fierr(603, fname);
+    {
+        mode_t um = umask(0);
+        umask(um);
+        fchmod(fd, exists ? (sb.st_mode & 07777) : (0666 & ~um));
+    }
+    // past a file-size limit a write fails instead of ending the process
+    struct sigaction ign = {}, oldxfsz;
+    ign.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &ign, &oldxfsz);
     out.fd = fd;
 
     DtaHeader h;
@@ -179,14 +193,30 @@ int syssave(const char* fname, const SaveOpts& o) {
     out.u8(0);
     out.i32(0);
 
-    if (o.oldformat) change_mv_to_old();
+    // The old formats know one missing value per type: extended missing
+    // values are converted as the records are gathered, the data in memory
+    // keep theirs. `extended` counts the cells that lost their letter.
+    std::vector<std::pair<int32_t, int>> oldcells; // offset, type
+    if (o.oldformat)
+        for (int v = 1; v <= nv; ++v)
+            if (isnumtype(typlist[v - 1]) && typlist[v - 1] >= KV_BYTE)
+                oldcells.emplace_back(mapi[v - 1], typlist[v - 1]);
+    int64_t extended = 0;
     if (width) {
         const int64_t per = static_cast<int64_t>(out.buf.size() - 2) / width;
         for (int i = 1; i <= nobs && !out.bad;) {
             out.flush();
             int k = 0;
-            for (; k < per && i <= nobs; ++k, ++i)
-                getdtaobs(out.buf.data() + k * width, i, static_cast<int>(width));
+            for (; k < per && i <= nobs; ++k, ++i) {
+                uint8_t* rec = out.buf.data() + k * width;
+                getdtaobs(rec, i, static_cast<int>(width));
+                for (auto& [at, code] : oldcells) {
+                    const double x = decode_cell(rec + at, code);
+                    if (!ismissing(x)) continue;
+                    if (x != misval) ++extended;
+                    encode_cell(rec + at, code - 5, misval);
+                }
+            }
             out.used = static_cast<size_t>(k * width);
             if (kvpollstd()) break;
         }
@@ -206,18 +236,20 @@ int syssave(const char* fname, const SaveOpts& o) {
     }
     out.flush();
     const bool broke = stopflag != 0;
+    if (!out.bad && !broke && fsync(fd)) out.bad = true;
     if (close(fd)) out.bad = true;
-    if (o.oldformat) {
-        drop_all(0);
-        labels_clear(1);
-    }
+    if (!out.bad && !broke && rename(tmpname.c_str(), fname)) out.bad = true;
+    sigaction(SIGXFSZ, &oldxfsz, nullptr);
     if (out.bad || broke) {
-        unlink(fname);
+        unlink(tmpname.c_str());
         if (broke) return 1;
         return fierr(699, fname);
     }
+    if (!exists && o.replace) fierr(698, fname);
     fierr(697, fname);
-    updata = 0;
+    // data whose extended missing values the file could not hold are not
+    // what was saved
+    if (!extended) updata = 0;
     macresave("S_FN", fname);
     macresave("S_FNDATE", h.stamp);
     return 0;

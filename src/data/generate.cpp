@@ -166,15 +166,17 @@ int gen(int) {
     static int64_t gen_count = 0;
     if (byvar != 2) gen_count = 0;
     int64_t missing = 0;
-    if (!byvar) {
+    if (byvar != 2) {
+        // every cell of the new variable starts missing (or empty), so that
+        // a break, an error or a later by-group never leaves a cell unset;
+        // without by the cells outside the range count as missing now
         for (int i = 1; i <= nobs; i++) {
-            if (i >= nobs1 && i <= nobs2) continue;
             if (isstr)
                 storestr(v, i, "");
             else
                 store(v, i, misval);
-            missing++;
         }
+        if (!byvar) missing = nobs - (nobs2 >= nobs1 ? nobs2 - nobs1 + 1 : 0);
     }
     bool truncated = false;
     if (isstr) {

@@ -330,21 +330,21 @@ inline char* skorvu_data(int v, int i, char* buf) {
     buf[n] = 0;
     return buf;
 }
-// Copies exactly bytlenc bytes of s (padded by the caller); no effect on a
-// numeric variable.
+// Stores the text of s, cut to bytlenc bytes, and zero bytes behind it to
+// the end of the cell; no effect on a numeric variable. Nothing past the
+// terminator of s is read, so a cell never holds stray bytes and the same
+// data always save to the same file.
 inline void sstore(int v, int i, const char* s) {
-    int code = typlist[v - 1];
-    if (code >= 245) return;
-    std::memcpy(dtaptr(v, i), s, code);
-}
-// Stores a terminated text, cut to the width and padded with zero bytes.
-inline void sstorez(int v, int i, const char* s) {
     int code = typlist[v - 1];
     if (code >= 245) return;
     uint8_t* p = dtaptr(v, i);
     size_t n = strnlen(s, code);
     std::memcpy(p, s, n);
     if (n < static_cast<size_t>(code)) std::memset(p + n, 0, code - n);
+}
+// The same as sstore.
+inline void sstorez(int v, int i, const char* s) {
+    sstore(v, i, s);
 }
 
 // Raw copies of the first n bytes of a record.

@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+#include "kernel/testbreak.h"
+
 namespace korvu {
 
 volatile int32_t stopflag = 0, altstopflag = 0;
@@ -15,6 +17,7 @@ static timespec last_ts;
 // already in the flags. Keep the clock bookkeeping so the cost stays bounded.
 void search_event() {
     poll_counter = 0;
+    if (test_break_after) test_break_tick();
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
     long ms = (now.tv_sec - last_ts.tv_sec) * 1000 + (now.tv_nsec - last_ts.tv_nsec) / 1000000;

@@ -131,8 +131,15 @@ static void groupheader(const std::vector<int32_t>& vars, int obs) {
             spout21(skorvu_data(v, obs, s));
             continue;
         }
+        double x = korvu_data(v, obs);
+        // a labelled value shows its label, whole; others their formatted value
+        if (lblname(v)[0] && reforml_lookup)
+            if (const char* text = reforml_lookup(lblname(v), x)) {
+                spout21(text);
+                continue;
+            }
         if (chkfmt(fmtname(v), 0, &d)) chkfmt("%9.0g", 0, &d);
-        fmtrender(buf, d, korvu_data(v, obs));
+        fmtrender(buf, d, x);
         const char* p = buf;
         while (*p == ' ') p++;
         spout21(p);

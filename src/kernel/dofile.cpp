@@ -207,8 +207,11 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
     dst[n] = 0;
     return n;
 toolong:
+    // the echo so far ends its line, so the message stands on its own
+    if (echo.midline || r->necho) echo.emit(true);
     c_outlev = 3;
     spout21("input too long\n");
+    r->toolong = true;
     *eofout = 1;
     dst[0] = 0;
     return 0;
@@ -369,7 +372,6 @@ int doprolog(Frame* f, int mode) {
             return rc;
         }
     }
-    if (trace_shown()) tracepgmdiv(0, sys_pgmclass, mode == DO_PROGRAM ? cmd : "do-file");
     save(f);
     sys_pgmloc = nullptr;
     sys_upline = 0;
@@ -412,6 +414,10 @@ int doprolog(Frame* f, int mode) {
         if (mode == DO_RUN) s_outlev = 3;
     }
     korvu_level++;
+    // the divider stands at the depth of the frame it opens, as its end does,
+    // and names the program by its owner once that is known
+    snprintf(f->traceowner, sizeof f->traceowner, "%s", mode == DO_PROGRAM ? sys_pgmclass : "");
+    if (trace_shown()) tracepgmdiv(0, f->traceowner, mode == DO_PROGRAM ? sys_pgmname : "do-file");
     if (mode != DO_INCLUDE) {
         caller_vernum = vernum;
         estrestore = breakallowed = breakdetail = 0;
@@ -486,7 +492,7 @@ void doepilog(Frame* f, int mode, int keep) {
         hastmp_class = f->hastmp_class;
         hastmp_vars = f->hastmp_vars;
     }
-    if (trace_shown()) tracepgmdiv(1, sys_pgmclass, mode == DO_PROGRAM ? sys_pgmname : "do-file");
+    if (trace_shown()) tracepgmdiv(1, f->traceowner, mode == DO_PROGRAM ? sys_pgmname : "do-file");
     memcpy(sys_pgmname, f->pgmname, sizeof f->pgmname);
     sys_pgmloc = nullptr;
     memcpy(sys_pgmclass, f->pgmclass, sizeof f->pgmclass);
@@ -526,6 +532,8 @@ int godo(int mode, int keep) {
         }
         if (getreq(1)) {
             globalrc = f.stop ? 0 : last;
+            // a command too long for the buffer ended the file: the run failed
+            if (mode != DO_PROGRAM && dofilep && dofilep->toolong) globalrc = 1004;
             break;
         }
         if (stopflag) {

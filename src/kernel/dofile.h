@@ -14,6 +14,7 @@ struct DoFile {
     char echo[512];  // the raw line as read, for the echo
     int necho = 0;
     bool newline_pending = false;
+    bool toolong = false; // a command outgrew the buffer: the file ended there
 };
 
 DoFile* dofopen(const char* path, int* rcout);
@@ -44,6 +45,7 @@ struct Frame {
     uint8_t hold; // status-line hold of the enclosing level
     char pbs_sys[16];
     char pgmname[33], pgmclass[33];
+    char traceowner[33]; // the owner shown on the trace dividers of this frame
 };
 
 int godo(int mode, int keep);

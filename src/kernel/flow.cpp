@@ -625,11 +625,13 @@ static bool nextelement(const char* list, size_t* offset, char* dst, size_t cap)
     return true;
 }
 
-// Names of the variables in varlist_vr, blank-separated, into the list macro.
-static int savevarnames(const char* listname) {
+// Names of the variables in varlist_vr, blank-separated, into the list macro;
+// for a list of new names, the names typed, none of which may exist.
+static int savevarnames(const char* listname, bool isnew) {
     std::vector<char> text;
     for (int i = 0; i < lnvar; i++) {
-        const char* nm = varname(varlist_vr[i]);
+        if (isnew && varlist_vr[i]) return error2(3, newvarname[i]);
+        const char* nm = isnew ? newvarname[i] : varname(varlist_vr[i]);
         if (i) text.push_back(' ');
         text.insert(text.end(), nm, nm + strlen(nm));
     }
@@ -714,7 +716,7 @@ static int readlist(char* listname, bool* made) {
             gettok(prsestd);
             if (token[0]) rc = error(198);
         }
-        if (!rc) rc = savevarnames(listname);
+        if (!rc) rc = savevarnames(listname, isnew);
         if (isnew) nvar = before;
         return rc;
     }

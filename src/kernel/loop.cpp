@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -44,8 +45,11 @@ uint8_t korvu_trace_flg = 0;
 int32_t cmdlog_on = 0;
 uint8_t in_byable_ado = 0;
 
-// Past lines typed by the user, newest last; `#review` lists them.
-static std::vector<std::string> review_ring;
+// Past lines typed by the user, newest last; `#review` lists them. A ring of
+// at most conslen bytes: a new line drops the oldest ones from its front, each
+// in constant time, so a long session read from a pipe costs no more per line
+// than a short one.
+static std::deque<std::string> review_ring;
 static size_t review_bytes = 0;
 
 static void review_add(const char* line) {
@@ -53,7 +57,7 @@ static void review_add(const char* line) {
     review_bytes += strlen(line) + 1;
     while (review_bytes > static_cast<size_t>(conslen) && !review_ring.empty()) {
         review_bytes -= review_ring.front().size() + 1;
-        review_ring.erase(review_ring.begin());
+        review_ring.pop_front();
     }
 }
 
@@ -162,6 +166,7 @@ int getreq(int fromprog) {
     for (;;) {
         if (fromprog && runprog) {
             if (int rc = pgmgetline()) return rc;
+            if (korvu_trace_flg) tracepgm(0); // each line as read, blocks too
         } else {
             if (dofilep && stopflag) return 1;
             int16_t busy = korvu_busy;

@@ -29,6 +29,7 @@
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "kernel/testbreak.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -82,10 +83,13 @@ static void initerr(const char* text) {
 static const char* progname = "korvu-xe";
 
 static void usage() {
+    // the console edition takes the batch option besides the common ones
+    const bool console_ed = strcmp(progname, "xkorvu-xe") != 0;
     fprintf(stderr,
-            "\n%s:  usage:  %s [-h -k# -m# -q] [\"korvu command\"]\n"
+            "\n%s:  usage:  %s [-h %s-k# -m# -q] [\"korvu command\"]\n"
             "        where:\n"
             "            -h        show this display\n"
+            "%s"
             "            -k#       set data memory to #k, default is 1024\n"
             "            -m#       set data memory to #m, -m1 same as -k1024\n"
             "            -q        suppress logo, initialization messages\n"
@@ -94,7 +98,11 @@ static void usage() {
             "            korvu-xe is the command to launch the console version of Korvu/XE\n"
             "\n"
             "            Use korvu-xe rather than xkorvu-xe if you want to run in batch mode\n\n",
-            progname, progname);
+            progname, progname, console_ed ? "-b " : "",
+            console_ed
+                ? "            -b        batch mode: run the command, all output to a log\n"
+                  "                      named after it; the exit status is its return code\n"
+                : "");
 }
 
 void init_tmp() {
@@ -255,7 +263,8 @@ void tstop() {
     log_closeall();
     if (sinit_state > 8) tstop();
     console_close();
-    if (sinit_state >= 12) news_free();
+    // the data area is left to the operating system: handing back a large
+    // block page by page would only delay leaving
     fflush(stdout);
     exit(status);
 }
@@ -418,6 +427,7 @@ int sinit0(int argc, char** argv) {
     link_expressions();
     link_sorting();
     link_macro_functions();
+    link_test_break();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
@@ -554,6 +564,8 @@ int korvu_main(int argc, char** argv) {
         settok(console);
         doreq();
     }
+    // a batch run that stopped on an error says so in its exit status
+    if (batchmode) sexit(globalrc <= 0 ? 0 : globalrc > 255 ? 1 : globalrc);
     if (!batchmode) {
         for (;;) {
             realbusy = 0;

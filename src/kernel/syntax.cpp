@@ -13,6 +13,7 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
+#include "data/storage.h"
 #include "data/varlist.h"
 #include "data/vartab.h"
 #include "kernel/argparse.h"
@@ -821,6 +822,32 @@ std::string leftover() {
     return out;
 }
 
+// Adds the n names of a new-variable list, numbers missing and strings empty;
+// on failure none of them is kept.
+int addnewvars(int n, bool string) {
+    const int32_t before = nvar;
+    static const char empty[KV_STRMAX + 1] = {};
+    for (int k = 0; k < n; k++) {
+        int code = newvartype[k] ? newvartype[k] : (string ? 1 : 254);
+        if (int rc = addvar(newvarname[k], code)) {
+            nvar = before;
+            return rc;
+        }
+        for (int32_t i = 1; i <= nobs; i++) {
+            if (kvpollstd()) {
+                nvar = before;
+                return 1;
+            }
+            if (isnumtype(typlist[nvar - 1]))
+                korvu::store(nvar, i, misval);
+            else
+                sstore(nvar, i, empty);
+        }
+    }
+    i_nvar = nvar;
+    return 0;
+}
+
 int readdata(Desc& d, const std::string& text) {
     // the macros of the parts are erased first, so nothing stale survives
     if (d.head != H_NONE) macerase(("_" + d.headmac).c_str());
@@ -898,13 +925,10 @@ int readdata(Desc& d, const std::string& text) {
                 types += typename_of(code);
             }
         }
-        if (isnew && d.generate) {
-            // the new variables are made now, and stay for the program
-            for (int k = 0; k < n; k++) {
-                int code = newvartype[k] ? newvartype[k] : (d.string ? 1 : 254);
-                if (int rc = addvar(newvarname[k], code)) return rc;
-            }
-            i_nvar = nvar;
+        if (isnew) {
+            // the new variables are made now, missing or empty, and stay for
+            // the program
+            if (int rc = addnewvars(n, d.string)) return rc;
         }
         if (int rc = store(d.headmac, list)) return rc;
         if (isnew)

@@ -24,7 +24,9 @@ static const char* borndate = "20 Jul 2007";
 // #, #.#, #.##, ##.#, ##.## into version x 100; -1 for another form.
 static int readversion(const char* t) {
     int whole = 0, nw = 0;
-    while (isdigit(static_cast<unsigned char>(*t))) whole = whole * 10 + (*t++ - '0'), nw++;
+    // digits past the second make the form invalid; they are counted, not summed
+    for (; isdigit(static_cast<unsigned char>(*t)); t++, nw++)
+        if (nw < 2) whole = whole * 10 + (*t - '0');
     if (nw < 1 || nw > 2) return -1;
     int dec = 0;
     if (*t == '.') {

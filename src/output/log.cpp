@@ -95,10 +95,6 @@ static void header(const LogRec* r, const char* action, bool query) {
     c_outlev = old;
 }
 
-// The batch log is a record of its own, so that a do-file run in batch may
-// still open and close logs of its own.
-static LogRec batch_log;
-
 static int open_into(LogRec* r, const char* filename, int flags, int type, const char* logname);
 
 int log_open(const char* filename, int flags, int type, const char* logname) {
@@ -110,8 +106,10 @@ int log_open(const char* filename, int flags, int type, const char* logname) {
     return open_into(r, filename, flags, type, logname);
 }
 
+// The batch log is the unnamed log, opened by the same calls as `log using`:
+// `log query` shows it, and a second unnamed log is refused while it is open.
 int log_open_batch(const char* filename) {
-    return open_into(&batch_log, filename, 17, 0, nullptr);
+    return open_into(&log_m, filename, 17, 0, nullptr);
 }
 
 static int open_into(LogRec* r, const char* filename, int flags, int type, const char* logname) {
@@ -162,7 +160,6 @@ void log_closeall() {
     for (LogRec& r : named_logs)
         if (r.fd) closelog(&r, true);
     if (log_m.fd) closelog(&log_m, true);
-    if (batch_log.fd) closelog(&batch_log, true);
     if (cmdlog_fd) close(cmdlog_fd), cmdlog_fd = 0;
 }
 

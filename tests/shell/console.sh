@@ -37,7 +37,7 @@ grep -q 'maximum variables' <<<"$out" || fail "no maxvar note"
 for opt in -h -v1000 -m0 -k5 -z; do
   err=$("$exe" $opt 2>&1 >/dev/null </dev/null)
   [ $? -eq 0 ] || fail "$opt status"
-  grep -q 'korvu-xe:  usage:  korvu-xe \[-h -k# -m# -q\]' <<<"$err" || fail "$opt gave no usage: $err"
+  grep -q 'korvu-xe:  usage:  korvu-xe \[-h -b -k# -m# -q\]' <<<"$err" || fail "$opt gave no usage: $err"
 done
 
 # the system directory is found beside the executable from any directory

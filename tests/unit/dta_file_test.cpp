@@ -199,8 +199,12 @@ TEST_F(Dta, EveryTypeAndMissingValueRoundTripsThroughEachFormat) {
         std::string f = path(("t" + std::to_string(fmt) + ".dta").c_str());
         ASSERT_EQ(syssave(f.c_str(), o), 0);
         EXPECT_EQ(slurp(f)[0], fmt);
-        // the old formats lose extended missing values in memory, which is then cleared
-        EXPECT_EQ(nvar, fmt == 113 ? 7 : 0);
+        // the data in memory keep every value, extended missing ones included
+        ASSERT_EQ(nvar, 7);
+        for (size_t v = 0; v < cells.size(); ++v)
+            for (size_t i = 0; i < n; ++i)
+                EXPECT_EQ(bitsof(korvu_data(static_cast<int>(v + 1), static_cast<int>(i + 1))),
+                          bitsof(cells[v].vals[i]));
         ASSERT_EQ(dta_use(f.c_str(), UseOpts{}), 0);
         ASSERT_EQ(nvar, 7);
         ASSERT_EQ(nobs, static_cast<int>(n));
@@ -519,7 +523,7 @@ TEST_F(Dta, FailedWriteRemovesThePartialFile) {
     EXPECT_EQ(nobs, 5000);
 }
 
-TEST_F(Dta, OldformatRefusesLongLabelsAndClearsMemory) {
+TEST_F(Dta, OldformatRefusesLongLabelsAndKeepsMemory) {
     CapturedOutput out;
     make_small();
     std::string longtext(81, 'z');
@@ -531,11 +535,67 @@ TEST_F(Dta, OldformatRefusesLongLabelsAndClearsMemory) {
     EXPECT_NE(out.take().find("contains labels longer than 80 characters"), std::string::npos);
     t = vlfind("yn");
     vlrmlab(t, 2);
+    updata = 1;
     ASSERT_EQ(syssave(path("o.dta").c_str(), o), 0);
-    EXPECT_EQ(nvar, 0);
+    EXPECT_EQ(nvar, 2);
+    EXPECT_EQ(bitsof(korvu_data(1, 2)), bitsof(mv(1)));
+    EXPECT_EQ(updata, 1); // .a in memory is not what the file holds
     auto b = slurp(path("o.dta"));
     EXPECT_EQ(b[0], 111);
     // obs 2 of x: .a became the old missing 127
     const size_t rec2 = 109 + 2 + 66 + 6 + 24 + 66 + 162 + (5 + 69) + 5 + 4;
     EXPECT_EQ(b[rec2], 127);
+}
+
+// Invalid or repeated variable names and a sort list naming variables the
+// file does not have are damage: 688, and the dataset in memory stands.
+TEST_F(Dta, BadNamesAndSortListsAreRejectedWithoutTouchingMemory) {
+    CapturedOutput out;
+    make_small();
+    std::string f = path("good.dta");
+    ASSERT_EQ(syssave(f.c_str(), SaveOpts{}), 0);
+    const auto good = slurp(f);
+    ASSERT_EQ(dta_use(f.c_str(), UseOpts{}), 0);
+    updata = 0;
+    const size_t names = 109 + 2, srt = names + 2 * 33;
+    auto check = [&](std::vector<uint8_t> bytes) {
+        std::string g = path("dam.dta");
+        spill(g, bytes);
+        EXPECT_EQ(dta_use(g.c_str(), UseOpts{}), 688);
+        EXPECT_EQ(nvar, 2);
+        EXPECT_EQ(nobs, 2);
+        EXPECT_STREQ(varname(1), "x");
+        EXPECT_STREQ(varname(2), "s");
+        EXPECT_EQ(srtlist[0], 1);
+    };
+    auto named = [&](const char* a, const char* b) {
+        auto v = good;
+        std::memset(v.data() + names, 0, 66);
+        std::memcpy(v.data() + names, a, std::strlen(a));
+        std::memcpy(v.data() + names + 33, b, std::strlen(b));
+        return v;
+    };
+    check(named("x", "x"));         // the same name twice
+    check(named("1x", "s"));        // starts with a digit
+    check(named("x", "a b"));       // a blank inside
+    check(named("", "s"));          // empty
+    check(named("x", "s\xc3\xa9")); // not a name character
+    check(named("_n", "s"));        // reserved
+    check(named("x", "s.t"));       // a dot: only the oldest formats have them
+    auto sorted = [&](int k1, int k2) {
+        auto v = good;
+        v[srt] = static_cast<uint8_t>(k1), v[srt + 1] = static_cast<uint8_t>(k1 >> 8);
+        v[srt + 2] = static_cast<uint8_t>(k2), v[srt + 3] = static_cast<uint8_t>(k2 >> 8);
+        return v;
+    };
+    check(sorted(3, 0)); // no variable 3
+    check(sorted(1, 3));
+    check(sorted(-1, 0)); // negative
+    check(sorted(2, 2));  // one key twice
+    // the good file and a valid two-key order still read
+    spill(path("two.dta"), sorted(2, 1));
+    ASSERT_EQ(dta_use(path("two.dta").c_str(), UseOpts{}), 0);
+    EXPECT_EQ(srtlist[0], 2);
+    EXPECT_EQ(srtlist[1], 1);
+    EXPECT_EQ(srtlist[2], 0);
 }

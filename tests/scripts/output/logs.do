@@ -1,27 +1,31 @@
+* In batch the session log is the unnamed log: log query shows it, and a
+* second unnamed log is refused with 604.
+log query
+capture noisily log using other.log, replace
 * A session recorded as ptag, paused and resumed, then translated to text:
 * messages and codes through capture, quietly and noisily in both forms.
-log using session.ptag, replace
+log using session.ptag, replace name(s)
 display "in the log"
 capture noisily error 198
 quietly display "hidden by quietly"
 quietly noisily display "shown by noisily"
 capture noisily nosuchcommand
 display as error "an error line" as text " then text" as result " then a result"
-log off
+log off s
 display "not in the log"
-log off
-log on
+log off s
+log on s
 display "{braces} are text here"
-log query
-log close
-capture noisily log close
+log query s
+log close s
+capture noisily log close s
 type session.ptag
 translate session.ptag session.log
 type session.log
-log using text2, text replace
+log using text2, text replace name(t)
 display "a text log"
-log close
+log close t
 type text2.log
-capture noisily log using text2.log
+capture noisily log using text2.log, name(t)
 capture noisily log bogus
 display "test completed"

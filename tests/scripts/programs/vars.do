@@ -18,6 +18,9 @@ program define vn
     display "varlist=`varlist' typlist=`typlist'"
 end
 vn a b
+* the new variables stay after the program
+confirm numeric variable a b
+drop a b
 capture noisily vn x
 program define vopt
     syntax [varlist(default=none)] [, By(varname) Keep(varlist string)]
