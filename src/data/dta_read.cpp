@@ -626,7 +626,6 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
 }
 
 int dta_use(const char* fname, const UseOpts& o) {
-    labels_install();
     int fd;
     if (int rc = openfile(fname, &fd)) return report(rc, fname);
     Parsed P;

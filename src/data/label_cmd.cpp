@@ -353,7 +353,6 @@ static int label_save() {
 }
 
 int labelcmd(int) {
-    labels_install();
     opable = 0;
     noptn = 0;
     gettok(prsestd);

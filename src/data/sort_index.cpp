@@ -12,11 +12,13 @@
 #include "data/storage.h"
 #include "data/vartab.h"
 #include "kernel/brk.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/dofile.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
+#include "kernel/link.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/scratch.h"
@@ -205,8 +207,6 @@ int set_sortseed() {
     setsortseed(static_cast<uint32_t>(x));
     return 0;
 }
-
-extern int (*syssort_hook)(const int32_t* vars, int n);
 
 void link_sorting() {
     syssort_hook = syssort_vars;

@@ -20,6 +20,7 @@
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
@@ -457,13 +458,11 @@ static int32_t adosize_value() {
 int numlist_hook(const char* text, double* values, int n, int flags, int* count);
 
 // Links the program side into the hooks of the kernel and the data area.
-static struct ProgramLink {
-    ProgramLink() {
-        mac_fcn_hooks[MXF_SYSDIR] = sysdir_fcn;
-        dahooks.adosize = adosize_value;
-        znumlist_hook = numlist_hook;
-        frame_hooks.autoloading = loading;
-    }
-} program_link;
+void link_programs() {
+    mac_fcn_hooks[MXF_SYSDIR] = sysdir_fcn;
+    dahooks.adosize = adosize_value;
+    znumlist_hook = numlist_hook;
+    frame_hooks.autoloading = loading;
+}
 
 } // namespace korvu

@@ -10,6 +10,7 @@
 #include "kernel/dict.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/macro_deps.h"
@@ -29,12 +30,17 @@ struct Mac : ::testing::Test {
         static char tmp[] = "/tmp";
         if (!tmpdir) tmpdir = tmp;
         unix_pid = static_cast<int32_t>(getpid());
+        // the macro code on its own: only the kernel's links, none of the data side
+        mac_hooks = MacHooks{};
+        for (auto& h : mac_fcn_hooks) h = nullptr;
+        link_programs();
+        link_flow();
     }
     void TearDown() override {
         vernum = saved_vernum;
         typelmac = DM_LMAC0;
-        mac_hooks = MacHooks{};
         dmshutdown();
+        link_all();
     }
     // Expands a line in a buffer of conslen bytes; returns the text, or "r(920)".
     std::string x(const std::string& line) {
