@@ -11,6 +11,10 @@ extern int32_t captrc;   // code of the last captured request; `_rc`
 extern uint8_t error_style;
 
 int error(int code);
+// A message of the caller's own: the text at the error level (the level is
+// put back after), and the code returned, as in `return errtext(198, "...")`.
+int errtext(int code, const char* text);
+int errorf(int code, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 int invalid(const char* what);
 int required(const char* what);
 int notalow(const char* what);
