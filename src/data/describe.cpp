@@ -101,7 +101,8 @@ int describecmd(int) {
     const int32_t width = usedwidth();
     std::vector<int32_t> list(varlist_vr, varlist_vr + lnvar);
     if (list.empty())
-        for (int v = 1; v <= nvar; v++) list.push_back(v);
+        for (int v = 1; v <= nvar; v++)
+            if (!ispatexempt(v)) list.push_back(v); // not the estimation-sample marker
     descheader(width);
     if (!shrt && !list.empty()) {
         c_outlev = 1;

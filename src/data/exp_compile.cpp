@@ -547,6 +547,12 @@ void result_store(char letter, const char* b, const char* e) {
     double num = misval;
     char str[EXP_STRMAX + 1] = "";
     int kind = 0;
+    if (letter == 'e' && name == "sample") {
+        // the marker variable, or 0 without estimates
+        int v = exphooks.esample ? exphooks.esample() : 0;
+        if (v > 0) return variable(varname(v), v);
+        return pushconst(0);
+    }
     if (letter == 'c')
         kind = exphooks.cfcn ? exphooks.cfcn(name.c_str(), &num, str) : 0;
     else

@@ -107,6 +107,8 @@ struct ExpHooks {
     int (*cfcn)(const char* name, double* num, char* str);
     // r(), e(), s() by the letter: 1 number, 2 string, 0 not there.
     int (*rfcn)(int letter, const char* name, double* num, char* str);
+    // e(sample): the marker variable's number, 0 when there are no estimates.
+    int (*esample)();
     // Value label `label`, text -> value: 0, or a code (message printed).
     int (*vlsearch)(const char* label, const char* text, double* out);
     // _by() family by index 0 _by, 1 _bylastcall, 2 _byindex, 3 _byn1, 4 _byn2.

@@ -130,6 +130,12 @@ int gen(int) {
     gettok(prsestd);
     if (!token[0] || tokisstr(token) || iskeyorb(token)) return error(102);
     std::string name = token;
+    // exactly one new name: a second one is too many variables
+    gettok(prsestd);
+    const bool another = token[0] && !tokisstr(token) && strcmp(token, "if") &&
+                         strcmp(token, "in") && !chkname(token, 0);
+    ungettok();
+    if (another) return error(103);
     if (byvar == 2) {
         // the variable was made in the first group
     } else {
@@ -279,7 +285,9 @@ int replacecmd(int) {
             } else if (ismissing(x) && !ismissing(old)) {
                 tomissing++;
             }
-            if (memcmp(&old, &now, sizeof now)) changes++;
+            // a change is a result that differs from the cell as a double, bit
+            // for bit, whatever the storage type then makes of it
+            changes++;
             return 0;
         };
         if (type == KV_DOUBLE && !reads_self) {

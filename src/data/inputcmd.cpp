@@ -68,6 +68,7 @@ int inputcmd(int) {
         return 198;
     }
     std::vector<int> vars;
+    bool newvars = false; // a new variable is filled from observation 1
     if (lnvar == 0) {
         if (nvar == 0) {
             c_outlev = 3;
@@ -94,6 +95,7 @@ int inputcmd(int) {
             fillblank(nvar, 1, nobs);
             updata = 1;
             vars.push_back(nvar);
+            newvars = true;
         }
     }
     i_nvar = nvar; // the new variables outlast the command
@@ -106,10 +108,20 @@ int inputcmd(int) {
             encode_cell(blank.data() + mapi[v - 1], typlist[v - 1], misval);
     int rejected = 0;
     char msg[700];
+    // lines go to observations 1, 2, ... when a new variable was named, else
+    // behind the data; past the last observation each line adds one
+    int32_t next = newvars ? 1 : nobs + 1;
+    char prompt[24];
+    struct PromptBack {
+        ~PromptBack() { req_prompt = ". "; }
+    } promptback;
     for (;;) {
         if (stopflag) return 1;
         const uint8_t lev = c_outlev;
+        snprintf(prompt, sizeof prompt, "%3d. ", next);
+        req_prompt = prompt;
         if (flow_getline()) break; // do-file, program, loop body or the user
+        req_prompt = ". ";
         c_outlev = lev;
         const char* p = console;
         while (*p == ' ') p++;
@@ -118,7 +130,7 @@ int inputcmd(int) {
         gettok(ws);
         if (!tokisstr(token) && !strcmp(token, "end") && !*peektok_chr()) break;
         settok(console);
-        const int obsno = nobs + 1;
+        const int obsno = next;
         size_t k = 0;
         bool bad = false;
         for (;; k++) {
@@ -171,18 +183,21 @@ int inputcmd(int) {
             rejected++;
             continue;
         }
-        if (nobs >= maxobs) {
-            int rc = repartobs(1);
-            if (rc || nobs >= maxobs) return dataarea_error(901);
+        if (next > nobs) {
+            if (nobs >= maxobs) {
+                int rc = repartobs(1);
+                if (rc || nobs >= maxobs) return dataarea_error(901);
+            }
+            nobs++;
+            memcpy(obsptr(nobs), blank.data(), blank.size() - 1);
         }
-        nobs++;
-        memcpy(obsptr(nobs), blank.data(), blank.size() - 1);
         for (size_t j = 0; j < nv; j++) {
             if (isstrtype(typlist[vars[j] - 1]))
-                sstorez(vars[j], nobs, strs[j].c_str());
+                sstore(vars[j], next, strs[j].c_str());
             else
-                store(vars[j], nobs, nums[j]);
+                store(vars[j], next, nums[j]);
         }
+        next++;
         updata = 1;
     }
     return rejected ? 198 : 0;

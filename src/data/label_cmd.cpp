@@ -95,6 +95,14 @@ static int label_define() {
     if (a.w.empty()) return required("label name");
     const std::string name = a.w[0];
     if (int rc = chklabname(name)) return rc;
+    // the tokenizer hands a sign apart from its number: -1 is "-" and "1"
+    for (size_t i = 1; i + 1 < a.w.size(); ++i) {
+        const std::string& w = a.w[i];
+        if ((w == "-" || w == "+") && !tokisstr(a.w[i + 1].c_str())) {
+            a.w[i] += a.w[i + 1];
+            a.w.erase(a.w.begin() + static_cast<long>(i) + 1);
+        }
+    }
     std::vector<std::pair<double, std::string>> pairs;
     for (size_t i = 1; i < a.w.size(); i += 2) {
         double x;

@@ -208,10 +208,11 @@ int formatcmd(int) {
 int set_obs() {
     gettok(prsenum);
     double x;
-    if (!token[0] || tokisstr(token) || cnvstoz(token, &x) || x != std::floor(x) || x < 0 ||
-        x > 2147483646.0)
+    if (!token[0] || tokisstr(token) || cnvstoz(token, &x) || x != std::floor(x) || x < 0)
         return errmsg("set obs requires a nonnegative whole number of observations\n", 198);
     if (int rc = endofline()) return rc;
+    // a count past what the observation table can number never fits
+    if (x > 2147483646.0) return dataarea_error(901);
     const int32_t n = static_cast<int32_t>(x);
     if (n < nobs) {
         uint8_t old = c_outlev;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "class/clslang.h"
 #include "data/dataarea.h"
 #include "data/vartab.h"
 #include "kernel/builtins.h"
@@ -267,7 +268,7 @@ int autoload(const char* ext, int mustdefine) {
     settok(console);
     sysldtime = sysclock ? sysclock : 1;
     int32_t thisload = sysldtime;
-    reading_cls_pgm = 0;
+    reading_cls_pgm = !strcmp(ext, "class");
     autoload_level++;
     int rc = godo(1, 0);
     autoload_level--;
@@ -306,6 +307,7 @@ int discard(int) {
     dmzap(DM_VARLIST);
     dmzap(DM_LASTCMD);
     dmzap(DM_POSTFILE);
+    cls_discard_all();
     return discardal();
 }
 

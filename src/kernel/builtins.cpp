@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "class/clslang.h"
 #include "data/char.h"
 #include "data/dataarea.h"
 #include "data/dta.h"
@@ -17,8 +18,12 @@
 #include "kernel/macro.h"
 #include "kernel/program.h"
 #include "kernel/syscmds.h"
+#include "lumo/lumo.h"
 #include "output/log.h"
 #include "output/spout.h"
+#include "results/settings.h"
+#include "results/stores.h"
+#include "results/summarize.h"
 
 namespace korvu {
 
@@ -33,13 +38,13 @@ static constexpr Builtin builtin_table[] = {
     {"_byobs", 6, '_', 0, 0, 0, nullptr, 0},
     {"_clogit", 4, '_', 0, 0, 1, nullptr, 0},
     {"_clogit_lf", 10, '_', 0, 0, 0, nullptr, 0},
-    {"_cls", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_cls", 4, '_', 0, 0, 0, clscmd_direct, 0},
     {"_cluster", 8, '_', 0, 0, 0, nullptr, 0},
     {"_clustermat", 11, '_', 0, 0, 0, nullptr, 0},
     {"_cnreg", 6, '_', 0, 0, 1, nullptr, 0},
     {"_describe", 9, '_', 0, 0, 0, describecmd, 0},
     {"_dialog", 7, '_', 0, 0, 0, nullptr, 0},
-    {"_estimates", 4, '_', 800, 0, 0, nullptr, 0},
+    {"_estimates", 4, '_', 800, 0, 0, _estimatescmd, 0},
     {"_test", 5, '_', 0, 0, 0, nullptr, 0},
     {"_findhlpalias", 12, '_', 0, 0, 0, nullptr, 0},
     {"_GEEBT", 5, '_', 0, 0, 0, nullptr, 0},
@@ -64,7 +69,7 @@ static constexpr Builtin builtin_table[] = {
     {"_probit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_repart", 7, '_', 0, 0, 0, repartcmd, 0},
     {"_regress", 8, '_', 0, 0, 1, nullptr, 0},
-    {"_return", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_return", 4, '_', 0, 0, 0, _returncmd, 0},
     {"_robust", 7, '_', 0, 0, 0, nullptr, 0},
     {"_rotate_mat", 11, '_', 0, 0, 0, nullptr, 0},
     {"_rmcoll", 7, '_', 0, 0, 0, nullptr, 0},
@@ -112,7 +117,7 @@ static constexpr Builtin builtin_table[] = {
     {"char", 4, 'c', 0, 0, 0, charcmd, 0},
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, nullptr, 0},
-    {"class", 5, 'c', 0, 0, 0, nullptr, 0},
+    {"class", 5, 'c', 0, 0, 0, stclass, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
@@ -124,7 +129,7 @@ static constexpr Builtin builtin_table[] = {
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
     {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
     {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
-    {"creturn", 4, 'c', 0, 0, 0, nullptr, 0},
+    {"creturn", 4, 'c', 0, 0, 0, creturncmd, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
     {"debug", 5, 'd', 0, 0, 0, nullptr, 0},
     {"decode", 3, 'd', 0, 0, 0, nullptr, 0},
@@ -144,8 +149,8 @@ static constexpr Builtin builtin_table[] = {
     {"encode", 2, 'e', 0, 0, 0, nullptr, 0},
     {"erase", 5, 'e', 0, 0, 0, erasecmd, 0},
     {"error", 3, 'e', 0, 0, 0, errcmd_handler, 0},
-    {"estimates", 3, 'e', 0, 800, 0, nullptr, 0},
-    {"ereturn", 4, 'e', 800, 0, 0, nullptr, 0},
+    {"estimates", 3, 'e', 0, 800, 0, estimatescmd, 0},
+    {"ereturn", 4, 'e', 800, 0, 0, ereturncmd, 0},
     {"exit", 1, 'e', 0, 0, 0, goexit, 0},
     {"expand", 6, 'e', 0, 0, 0, nullptr, 0},
     {"forvalues", 4, 'f', 0, 0, 0, forvals, 0},
@@ -194,8 +199,8 @@ static constexpr Builtin builtin_table[] = {
     {"markout", 7, 'm', 0, 0, 0, markout, 0},
     {"marksample", 10, 'm', 0, 0, 0, markscmd, 0},
     {"markin", 6, 'm', 0, 0, 0, markin, 0},
-    {"m", 1, 'm', 0, 0, 0, nullptr, 0},
-    {"lumo", 4, 'l', 0, 0, 0, nullptr, 0},
+    {"m", 1, 'm', 0, 0, 0, lumocmd, 0},
+    {"lumo", 4, 'l', 0, 0, 0, lumocmd, 0},
     {"lumo_clear", 10, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_describe", 13, 'l', 0, 0, 0, nullptr, 0},
     {"lumo_drop", 9, 'l', 0, 0, 0, nullptr, 0},
@@ -248,7 +253,7 @@ static constexpr Builtin builtin_table[] = {
     {"rename", 3, 'r', 0, 0, 0, renamecmd, 0},
     {"replace", 7, 'r', 0, 0, 1, replacecmd, 0},
     {"restore", 7, 'r', 0, 0, 0, nullptr, 0},
-    {"return", 3, 'r', 0, 0, 0, nullptr, 0},
+    {"return", 3, 'r', 0, 0, 0, returncmd, 0},
     {"rotate_cmd8", 11, 'r', 0, 0, 0, nullptr, 0},
     {"rm", 2, 'r', 0, 0, 0, erasecmd, 0},
     {"rmdir", 5, 'r', 0, 0, 0, rmdircmd, 0},
@@ -265,8 +270,8 @@ static constexpr Builtin builtin_table[] = {
     {"sort", 2, 's', 0, 0, 0, sortcmd, 0},
     {"sleep", 5, 's', 0, 0, 0, sleepcmd, 0},
     {"sortmapj", 8, 's', 0, 0, 0, nullptr, 0},
-    {"sreturn", 4, 's', 0, 0, 0, nullptr, 0},
-    {"summarize", 2, 's', 0, 0, 1, nullptr, 0},
+    {"sreturn", 4, 's', 0, 0, 0, sreturncmd, 0},
+    {"summarize", 2, 's', 0, 0, 1, summariz, 0},
     {"syntax", 6, 's', 0, 0, 0, kvsyntax, 0},
     {"sysdir", 6, 's', 0, 0, 0, kvsysdir, 0},
     {"subwin", 6, 's', 0, 0, 0, nullptr, 0},

@@ -77,7 +77,7 @@ struct Echo {
     void emit(bool nl) {
         if (!current) return;
         r->echo[r->necho] = 0;
-        if (!midline) spoutfordo(lines == 0 ? ". " : "> ");
+        if (!midline) spoutfordo(lines == 0 ? req_prompt : "> ");
         spoutfordo(r->echo);
         r->necho = 0;
         if (nl) {

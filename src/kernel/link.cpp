@@ -1,5 +1,10 @@
 #include "kernel/link.h"
 
+#include "class/clslang.h"
+#include "kernel/macro.h"
+#include "lumo/lumo.h"
+#include "results/stores.h"
+
 namespace korvu {
 
 // Order does not matter: each function only stores pointers.
@@ -13,6 +18,10 @@ void link_all() {
     link_sorting();
     link_macro_functions();
     link_test_break();
+    link_more_macro_functions(); // kernel/macro.h
+    link_results();              // results/stores.h
+    link_class();                // class/clslang.h
+    link_lumo();                 // lumo/lumo.h
 }
 
 } // namespace korvu

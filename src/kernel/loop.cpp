@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "class/clslang.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -31,6 +32,7 @@ int32_t sys_upline = 0;
 uint8_t sys_is_cls = 0, exitflg = 0, gexitflg = 0, mac_expanded = 0, realbusy = 0, korvu_rmsg = 0,
         nokbrd = 0;
 int32_t korvu_level = 0;
+const char* req_prompt = ". ";
 int32_t sysclock = 0;
 int16_t korvu_busy = 0;
 int32_t batchmode = 0;
@@ -108,9 +110,9 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             len = static_cast<int>(strlen(console));
         } else {
             bool tty = console_is_tty() && !nokbrd;
-            if (!tty && c_outlev >= s_outlev) spoutptl(". ");
+            if (!tty && c_outlev >= s_outlev) spoutptl(req_prompt);
             spoutflush();
-            if (console_readline(console, maxlen, ". ")) {
+            if (console_readline(console, maxlen, req_prompt)) {
                 doeof = 1;
                 console[0] = 0;
                 if (!tty && c_outlev >= s_outlev) newline();
@@ -293,17 +295,6 @@ static bool skipword(const char* w) {
            cmdcmp(w, "version", 4) || cmdcmp(w, "while", 2) || cmdcmp(w, "{", 1);
 }
 
-static int unrecognized() {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("unrecognized command:  ");
-    spout21(cmd);
-    newline();
-    c_outlev = old;
-    return 199;
-}
-
 int selreq() {
     cmdinit();
     i_nvar = nvar;
@@ -318,7 +309,7 @@ int selreq() {
     if (!strcmp(cmd, "!")) return shellcmd(0);
     if (!strcmp(cmd, "{")) return opbrace();
     if (const Builtin* b = lookup_builtin(cmd)) return run_builtin(b);
-    if (cmd[0] == '.') return unrecognized();
+    if (cmd[0] == '.') return cls_clscmd();
     // programs and the ado search join here
     return runprogram();
 }

@@ -16,6 +16,9 @@ extern const void* sys_pgmloc;
 extern int32_t sys_upline;
 extern uint8_t sys_is_cls, exitflg, gexitflg, mac_expanded, realbusy, korvu_rmsg, nokbrd;
 extern int32_t korvu_level;
+// The prompt in front of a line the user types or a do-file supplies: ". ",
+// or what a command reading lines of its own (input) puts there meanwhile.
+extern const char* req_prompt;
 extern int32_t sysclock;
 extern int16_t korvu_busy;
 extern int32_t batchmode;

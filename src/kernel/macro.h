@@ -137,5 +137,7 @@ enum MacFcnHook {
     MXF_N
 };
 extern int (*mac_fcn_hooks[MXF_N])(const char* word, char* dst);
+// Sets the hooks of label, display, log, properties, tsnorm and permname.
+void link_more_macro_functions();
 
 } // namespace korvu

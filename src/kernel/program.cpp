@@ -158,10 +158,22 @@ static int bracecount(const char* s) {
     return n;
 }
 
+static int pgmdefine_owned(const char* name, const char* owner, int cls, int bymode, int sortpres,
+                           const char* properties, const char* firstline);
+
 int pgmdefine(const char* name, int cls, int bymode, int sortpres, const char* properties,
               const char* firstline) {
-    const char* owner = newowner(name);
-    if (pgmexact(name, owner)) return error2(3, name);
+    return pgmdefine_owned(name, newowner(name), cls, bymode, sortpres, properties, firstline);
+}
+
+static int pgmdefine_owned(const char* name, const char* owner, int cls, int bymode, int sortpres,
+                           const char* properties, const char* firstline) {
+    if (void* old = pgmexact(name, owner)) {
+        // a class file read again brings its member programs again
+        if (!(reading_cls_pgm && autoload_level && rec(old)->clsprog)) return error2(3, name);
+        if (rec(old)->running) return error2(3, name);
+        dmrm(old);
+    }
     Body b;
     int depth = 0;
     if (firstline) {
@@ -220,12 +232,17 @@ int pgmgen() {
     TokPos at;
     stattok(&at);
     gettok(prsestdot);
+    // `program a.b`: member program b of class a
+    std::string owner;
     if (tokis(token, ".")) {
-        c_outlev = 3;
-        spout21("class member programs are not available\n");
-        return 199;
+        gettok(prsestdot);
+        if (!token[0] || tokisstr(token)) return required("program name");
+        owner = name;
+        name.assign(token, strnlen(token, NAMELEN));
+        if (chkname(owner.c_str(), 1)) return 198;
+    } else {
+        resettok(&at);
     }
-    resettok(&at);
     if (chkname(name.c_str(), 1)) return 198;
 
     int cls = 0, bymode = 0, sortpres = 0;
@@ -280,6 +297,14 @@ int pgmgen() {
         spoutf("'%s' ", tokisstr(token) ? token + 1 : token);
         spout21("invalid\n");
         return 198;
+    }
+    if (!owner.empty()) {
+        uint8_t saved = reading_cls_pgm;
+        reading_cls_pgm = 1;
+        int rc = pgmdefine_owned(name.c_str(), owner.c_str(), cls, bymode, sortpres, props.c_str(),
+                                 nullptr);
+        reading_cls_pgm = saved;
+        return rc;
     }
     return pgmdefine(name.c_str(), cls, bymode, sortpres, props.c_str(), nullptr);
 }

@@ -31,6 +31,7 @@
 #include "kernel/options.h"
 #include "kernel/program.h"
 #include "kernel/testbreak.h"
+#include "lumo/lumo.h"
 #include "output/console_sink.h"
 #include "output/log.h"
 #include "output/spout.h"
@@ -449,6 +450,7 @@ int sinit0(int argc, char** argv) {
     sinit_state = 16;
     c_outlev = 0;
     sinit_state = 17;
+    lumoinit();
     sinit_state = 18;
     trouble_at_startup_msg();
     snprintf(console, conslen, "%s", argline.c_str());

@@ -19,9 +19,9 @@
 #include "data/dataarea.h"
 #include "data/expr.h"
 #include "data/formats.h"
-#include "data/varcmds.h"
 #include "data/missing.h"
 #include "data/sort.h"
+#include "data/varcmds.h"
 #include "kernel/brk.h"
 #include "kernel/builtins.h"
 #include "kernel/cmdparse.h"
@@ -36,8 +36,6 @@
 
 namespace korvu {
 
-// ---- set and query ----------------------------------------------------------
-
 static int endofline() {
     gettok(prsestd);
     if (token[0]) return error(198);
@@ -49,163 +47,6 @@ static int readint(int* out) {
     double v;
     if (cnvstoz(token, &v) || v != std::floor(v) || std::fabs(v) > 2147483647.0) return error(198);
     *out = static_cast<int>(v);
-    return 0;
-}
-
-static int set_more() {
-    gettok(prsenum);
-    int v;
-    if (cmdcmp(token, "on", 2))
-        v = 0;
-    else if (cmdcmp(token, "off", 3))
-        v = 1;
-    else {
-        double d;
-        if (cnvstoz(token, &d) || d != std::floor(d)) return error(198);
-        if (int rc = chkrange("more", static_cast<int>(d), 0, 30000)) return rc;
-        v = static_cast<int>(d);
-    }
-    gettok(prsestd);
-    bool perm = false;
-    if (tokis(token, ",")) {
-        gettok(prsestd);
-        if (!cmdcmp(token, "permanently", 4)) return error(198);
-        perm = true;
-        if (v > 1) {
-            c_outlev = 3;
-            spout21("old syntax -set more #- may not be combined with permanent option\n");
-            return 198;
-        }
-    } else if (token[0]) {
-        return error(198);
-    }
-    moretime = v;
-    if (ptl_cur) ptlset_moreenable(ptl_cur, v != 1 && console_is_tty());
-    if (perm) {
-        c_outlev = 1;
-        spoutptl("({cmd:set more} preference recorded)\n");
-    }
-    return 0;
-}
-
-static int set_rmsg() {
-    gettok(prsestd);
-    if (cmdcmp(token, "on", 2))
-        korvu_rmsg = 1;
-    else if (cmdcmp(token, "off", 3))
-        korvu_rmsg = 0;
-    else
-        return error(198);
-    return endofline();
-}
-
-static int set_linesize() {
-    int v;
-    if (int rc = readint(&v)) return rc;
-    if (int rc =
-            vernum >= 700 ? chkrange("linesize", v, 40, 255) : chkrange("linesize", v, 10, 32000))
-        return rc;
-    if (int rc = endofline()) return rc;
-    ptlset_maxwidth(ptl_reswin, v);
-    korvu_linewidth = ptlquery_maxwidth(ptl_reswin);
-    return 0;
-}
-
-static int set_pagesize() {
-    int v;
-    if (int rc = readint(&v)) return rc;
-    if (int rc = chkrange("pagesize", v, 0, 32000)) return rc;
-    if (int rc = endofline()) return rc;
-    korvu_pagesize = v;
-    ptlset_pagesize(ptl_reswin, v);
-    return 0;
-}
-
-static int set_output() {
-    gettok(prsestd);
-    uint8_t lev;
-    if (cmdcmp(token, "proc", 1))
-        lev = 0;
-    else if (cmdcmp(token, "inform", 1))
-        lev = 2;
-    else if (cmdcmp(token, "error", 1))
-        lev = 3;
-    else
-        return notalow(token);
-    if (int rc = endofline()) return rc;
-    s_outlev = lev;
-    return 0;
-}
-
-struct SetRow {
-    const char* word;
-    int minlen;
-    int (*fn)();
-};
-static constexpr SetRow set_table[] = {
-    {"more", 4, set_more},
-    {"rmsg", 4, set_rmsg},
-    {"linesize", 8, set_linesize},
-    {"pagesize", 8, set_pagesize},
-    {"output", 6, set_output},
-    {"memory", 3, set_memory},
-    {"maxvar", 6, set_maxvar},
-    {"matsize", 3, set_matsize},
-    {"maxobs", 6, set_maxobs},
-    {"virtual", 4, set_virtual},
-    {"adosize", 6, set_adosize},
-    {"trace", 5, set_trace},
-    {"tracedepth", 10, set_tracedepth},
-    {"traceexpand", 11, set_traceexpand},
-    {"tracesep", 8, set_tracesep},
-    {"traceindent", 11, set_traceindent},
-    {"tracenumber", 11, set_tracenumber},
-    {"tracehilite", 11, set_tracehilite},
-    {"obs", 3, set_obs},
-    {"varabbrev", 9, set_varabbrev},
-    {"sortseed", 8, set_sortseed},
-};
-
-int setcmd(int) {
-    gettok(prsestd);
-    if (!token[0]) return query(0);
-    std::string word = token;
-    for (const SetRow& r : set_table)
-        if (cmdcmp(word.c_str(), r.word, r.minlen)) return r.fn();
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf("set %s not yet available\n", word.c_str());
-    return 199;
-}
-
-int query(int) {
-    if (int rc = endofline()) return rc;
-    static constexpr const char* outnames[] = {"proc", "", "inform", "error", "", ""};
-    char buf[120];
-    c_outlev = 1;
-    spoutptl("{txt}    Output settings\n    {hline 15}\n");
-    auto row = [&](const char* name, const char* value) {
-        c_outlev = 1;
-        char label[40];
-        snprintf(label, sizeof label, "    %-13s", name);
-        spout21(label);
-        c_outlev = 0;
-        spout21(value);
-        newline();
-    };
-    row("more", moretime == 1 ? "off" : "on");
-    row("rmsg", korvu_rmsg ? "on" : "off");
-    snprintf(buf, sizeof buf, "%d", korvu_linewidth);
-    row("linesize", buf);
-    snprintf(buf, sizeof buf, "%d", korvu_pagesize);
-    row("pagesize", buf);
-    row("output", s_outlev <= 5 ? outnames[s_outlev] : "");
-    c_outlev = 1;
-    spoutptl("\n    Memory settings\n    {hline 15}\n");
-    snprintf(buf, sizeof buf, "%.2fM", static_cast<double>(totalmemory) / 1048576.0);
-    row("memory", buf);
-    snprintf(buf, sizeof buf, "%d", maxmaxvar);
-    row("maxvar", buf);
     return 0;
 }
 
@@ -277,7 +118,7 @@ int shellcmd(int) {
 }
 
 int sleepcmd(int) {
-    int ms;
+    int ms = 0;
     if (int rc = readint(&ms)) return rc;
     if (int rc = endofline()) return rc;
     while (ms > 0) {

@@ -1,12 +1,10 @@
 // Handlers of the small commands that talk to the operating system and the
-// screen: display, query, set, cd, pwd, shell, sleep, type, dir, erase,
+// screen: display, cd, pwd, shell, sleep, type, dir, erase,
 // mkdir, rmdir, copy, more.
 #pragma once
 
 namespace korvu {
 
-int query(int);
-int setcmd(int);
 int cdcmd(int);
 int pwdcmd(int);
 int shellcmd(int);

@@ -37,6 +37,10 @@ static LogRec* findnamed(const char* name) {
     return nullptr;
 }
 
+const LogRec* log_named(const char* name) {
+    return findnamed(name);
+}
+
 static LogRec* freenamed() {
     for (LogRec& r : named_logs)
         if (!r.fd) return &r;

@@ -14,6 +14,8 @@ struct LogRec {
 };
 
 extern LogRec log_m; // the unnamed log
+// The open log of that name; null when there is none.
+const LogRec* log_named(const char* name);
 extern int32_t cmdlog_fd;
 extern char cmdlog_finame[500];
 extern uint8_t cmdlog_ok;
@@ -25,7 +27,7 @@ void cmdlog_flush();
 // Opens a log as `log using` does; flags: 1 new, 17 replace, 129 append, +8 quiet.
 int log_open(const char* filename, int flags, int type, const char* logname);
 void log_closeall();
-int log_open_batch(const char* filename);  // the log of korvu-xe -b
+int log_open_batch(const char* filename); // the log of korvu-xe -b
 // kind: 0 text, 1 texman, 2 html, 3 webhtml
 int translate_cmd(int kind);
 int translate_row(int);

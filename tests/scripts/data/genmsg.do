@@ -7,7 +7,8 @@ generate c = 1 if _n > 10
 quietly generate d = .
 generate e = _n
 generate byte f = _n * 100
-* floats: a change below float precision is no change
+* floats: the double result is compared with the cell, so a change below
+* float precision still counts, though the cell keeps its value
 generate float g = 1
 replace g = g + 1e-9
 replace g = g + 1e-6

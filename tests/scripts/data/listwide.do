@@ -4,7 +4,10 @@ input double(averyveryverylongname1 averyveryverylongname2 averyveryverylongname
 6 7 8 9 10 "second row"
 end
 list
+* a new variable fills the observations there first, then adds one
 input str50 note
+""
+""
 "a note that pushes the table past the line"
 end
 list

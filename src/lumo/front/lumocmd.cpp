@@ -1,0 +1,269 @@
+// The `lumo` command in its four forms, the block's internal commands, the
+// settings of the compiler and the start-up of the language.
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "data/dataarea.h"
+#include "kernel/builtins.h"
+#include "kernel/cmdparse.h"
+#include "kernel/dict.h"
+#include "kernel/errors.h"
+#include "kernel/flow.h"
+#include "kernel/gettok.h"
+#include "kernel/loop.h"
+#include "kernel/program.h"
+#include "lumo/front/lexer.h"
+#include "lumo/lumo.h"
+#include "output/spout.h"
+#include "results/settings.h"
+
+namespace korvu {
+
+uint8_t m_strict = 0;
+uint8_t m_optimize = 1;
+uint8_t m_lnum = 0;
+uint8_t m_dbugflg = 0;
+int32_t lumo_state = 1;
+int32_t lumo_cmdtype = 0;
+uint8_t m_mayreadcons = 0, m_abort_on_end = 0;
+int32_t lumo_xeq_depth = 0;
+int32_t m_sysclock = 0;
+std::string m_libpath = "base;math;stat;io;eispack";
+LumoLineSource m_linesource = nullptr;
+LumoRun m_runhook = nullptr;
+
+static bool libpath_done = false;
+
+// Until the machine is linked, compiled statements cannot run.
+static int norun(LumoFcn*) {
+    const uint8_t lev = c_outlev;
+    c_outlev = 3;
+    spoutsetptagweak();
+    spout21("running compiled Lumo statements is not yet available\n");
+    c_outlev = lev;
+    return 199;
+}
+
+static void m_resetclock() {
+    m_sysclock = 0;
+}
+
+void link_lumo() {
+    m_runhook = norun;
+}
+
+void lumoinit() {
+    if (const char* p = getenv("LUMOLIB")) m_libpath = p;
+    libpath_done = true;
+}
+
+// Lines beyond the first come from the running source: the do-file, the
+// program or the user.
+static int cmdlines(std::string& out) {
+    if (flow_getline()) return 1;
+    out = console;
+    return 0;
+}
+
+static const char* skipbl(const char* p) {
+    while (*p == ' ' || *p == '\t') p++;
+    return p;
+}
+
+static bool isword(const char* p, const char* w) {
+    const size_t n = strlen(w);
+    return !strncmp(p, w, n) && (p[n] == 0 || p[n] == ' ' || p[n] == '\t');
+}
+
+// Internal commands of the block: `lumo clear`, `lumo drop name()`, and the
+// others say that they are not yet available.
+static int blockcmd(const char* line) {
+    const char* p = skipbl(line);
+    if (*p == '#') return 0;
+    if (isword(p, "help")) return notyet("help");
+    p = skipbl(p + 4);
+    std::string word;
+    while (*p && *p != ' ' && *p != '\t') word += *p++;
+    p = skipbl(p);
+    if (word.empty()) {
+        c_outlev = 3;
+        spoutsetptagweak();
+        spout21("lumo: subcommand expected\n");
+        return 198;
+    }
+    if (word == "clear") {
+        if (*p) return error(198);
+        m_dropallfcns();
+        return 0;
+    }
+    if (word == "drop") {
+        std::string name;
+        while (*p && *p != '(' && *p != ' ') name += *p++;
+        if (name.empty() || strncmp(p, "()", 2)) return error(198);
+        if (m_dropfcn(name.c_str())) {
+            c_outlev = 3;
+            spoutsetptagweak();
+            spoutf("%s() not found\n", name.c_str());
+            return 111;
+        }
+        return 0;
+    }
+    static const char* const others[] = {"describe", "mosave",  "rename", "which",      "memory",
+                                         "llib",     "matsave", "matuse", "matdescribe"};
+    for (const char* o : others)
+        if (word == o) return notyet((std::string("lumo ") + o).c_str());
+    c_outlev = 3;
+    spoutsetptagweak();
+    spoutf("lumo %s:  invalid subcommand\n", word.c_str());
+    return 198;
+}
+
+// Compiles and runs the statements of one line. Returns the code of the
+// first failure; *sawend: an `end` line stopped a compilation.
+static int doline(const std::string& line) {
+    std::string text = line;
+    for (;;) {
+        if (++m_sysclock >= 2147483645) m_resetclock();
+        lumo_state = 1;
+        std::string rest;
+        int rc = cc_compile(text.c_str(), &rest);
+        if (rc == -1) return 0;
+        if (rc) return rc;
+        const LumoFcn* f = cc_lastfcn();
+        if (f && !strcmp(dmname(f), mwrd_istmt)) {
+            rc = m_runhook ? m_runhook(const_cast<LumoFcn*>(f)) : norun(nullptr);
+            if (rc) return rc;
+        }
+        m_dropoldfcns();
+        const char* r = skipbl(rest.c_str());
+        if (!*r) return 0;
+        text = r;
+    }
+}
+
+struct LumoSaved {
+    int32_t state, cmdtype;
+    uint8_t mayread, abort_on_end, delimit, strict;
+    LumoLineSource src;
+};
+
+int lumocmd(int) {
+    if (!libpath_done) lumoinit();
+    LumoSaved sv{lumo_state, lumo_cmdtype, m_mayreadcons, m_abort_on_end,
+                 delimit,    m_strict,     m_linesource};
+    delimit = 0;
+    m_strict = kset.lumostrict;
+    m_optimize = kset.lumooptimize;
+    m_lnum = kset.lumolnum;
+    // a block inside an ado-file is not held to the strict setting
+    if (runprog && sys_pgmloc && static_cast<const PgmRec*>(sys_pgmloc)->loadtime) m_strict = 0;
+    lumo_xeq_depth++;
+    const char* rest = skipbl(wheretok() ? wheretok() : "");
+    bool colon = false;
+    if (*rest == ':') {
+        colon = true;
+        rest = skipbl(rest + 1);
+    }
+    const std::string first = rest;
+    int rc = 0;
+    m_linesource = cmdlines;
+    if (!first.empty()) {
+        // one statement
+        lumo_cmdtype = colon ? 3 : 1;
+        m_mayreadcons = colon ? 0 : 1;
+        m_abort_on_end = 0;
+        rc = doline(first);
+    } else {
+        lumo_cmdtype = colon ? 4 : 2;
+        m_mayreadcons = 1;
+        m_abort_on_end = 1;
+        for (;;) {
+            if (flow_getline()) break;
+            std::string line = console;
+            const char* p = skipbl(line.c_str());
+            if (isword(p, "end") && !*skipbl(p + 3)) break;
+            if (isword(p, "lumo") || isword(p, "help") || *p == '#') {
+                rc = blockcmd(p);
+            } else {
+                m_lex.sawend = 0;
+                m_lex.eof = 0;
+                rc = doline(line);
+            }
+            const bool ended = m_lex.sawend || m_lex.eof;
+            m_lex.sawend = 0;
+            m_lex.eof = 0;
+            if (rc) {
+                if (lumo_cmdtype == 4) {
+                    // the rest of the block is skipped
+                    if (!ended)
+                        for (;;) {
+                            if (flow_getline()) break;
+                            const char* q = skipbl(console);
+                            if (isword(q, "end") && !*skipbl(q + 3)) break;
+                        }
+                    break;
+                }
+                char buf[80];
+                snprintf(buf, sizeof buf, "{search r(%d):r(%d);}\n", rc, rc);
+                const uint8_t lev = c_outlev;
+                c_outlev = 3;
+                spoutptl(buf);
+                c_outlev = lev;
+                rc = 0;
+            }
+            if (ended) break;
+        }
+    }
+    lumo_state = sv.state;
+    lumo_cmdtype = sv.cmdtype;
+    m_mayreadcons = sv.mayread;
+    m_abort_on_end = sv.abort_on_end;
+    delimit = sv.delimit;
+    m_strict = sv.strict;
+    m_linesource = sv.src;
+    lumo_xeq_depth--;
+    i_nvar = nvar;
+    return rc;
+}
+
+int lumoxeq(const char* text) {
+    // the text stands behind ":" as a one-line block of the colon form
+    std::string line = ":";
+    line += text;
+    std::vector<char> tmp(line.begin(), line.end());
+    tmp.push_back(0);
+    char* save = console;
+    TokState ts;
+    borrow_gettok(&ts);
+    console = tmp.data();
+    settok(console);
+    const int rc = lumocmd(0);
+    console = save;
+    return_gettok(&ts);
+    return rc;
+}
+
+// Settings.
+
+static int onoff(uint8_t* flag) {
+    gettok(prsestd);
+    uint8_t v;
+    if (cmdcmp(token, "on", 2))
+        v = 1;
+    else if (cmdcmp(token, "off", 3))
+        v = 0;
+    else
+        return error(198);
+    gettok(prsestd);
+    if (token[0]) return error(198);
+    *flag = v;
+    return 0;
+}
+
+int set_lumodebug() {
+    return onoff(&m_dbugflg);
+}
+
+} // namespace korvu

@@ -1,0 +1,47 @@
+// The settings table behind `set`, `query` and the c() keys of the settings.
+// Settings that belong to the matrix store and the random numbers live here
+// as plain globals and links, which those subsystems fill in.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+namespace korvu {
+
+// Matrix tolerances (the matrix store reads them).
+struct MatTolerances {
+    double tol_0 = 1e-19; // absolute floor of a pivot tolerance
+    double tol_1 = 1e-9;  // relative pivot tolerance
+    double tol_2 = 1e-8;  // tolerance of the collinearity pass
+    int32_t tol_r = 1;    // 0: pivots in natural order; else largest diagonal first
+};
+extern MatTolerances matrind;
+
+// Random numbers: `set seed` and `set seed0` run these with the tokenizer
+// behind the word; seedtext writes the state text behind c(seed). Null until
+// the generator exists: the command then says it is not yet available.
+struct RngLink {
+    int (*setseed)();
+    int (*setseed0)();
+    int (*seedtext)(char* buf, size_t n);
+};
+extern RngLink rnglink;
+
+// Settings kept here until their users come.
+struct KeptSettings {
+    uint8_t dp_comma = 0; // set dp comma|period
+    double level = 95;    // set level
+    uint8_t lumostrict = 0, lumolnum = 0, lumooptimize = 1, lumofavor_space = 0, lumolofirst = 0;
+    int32_t lumocache = 400;
+    char lumolibs[245] = "";
+    uint8_t virtual_on = 0;
+    int32_t maxiter = 16000;
+};
+extern KeptSettings kset;
+
+// The c() value of a setting: 0 unknown key, 1 number in *num, 2 text in str.
+int setting_value(const char* key, double* num, char* str, size_t n);
+
+int setcmd(int);
+int query(int);
+
+} // namespace korvu
