@@ -19,7 +19,7 @@ DATA_PUBLIC = [
     "data/vars/vartab.h", "data/vars/varlist.h", "data/vars/char.h",
     "data/expr/expr.h", "data/sort/sort.h", "data/sort/bystate.h",
     "data/formats/formats.h", "data/formats/dates.h", "data/labels/label.h",
-    "data/dta/dta.h", "data/select/generate.h",
+    "data/dta/dta.h", "data/select/generate.h", "data/vars/varcmds.h",
 ]
 LOWER = ["kernel", "output"]
 
@@ -29,6 +29,11 @@ RULES = {
     # the one link point, called at start-up, knows every subsystem
     "kernel/loop/startup.cpp": ["*"],
     "kernel/regex": [],
+    # the built-in command table names the handlers of every subsystem
+    "kernel/cmds/builtins.cpp": ["*"],
+    # the loop and the ado search dispatch class commands and class files
+    "kernel/loop/loop.cpp": ["kernel", "data", "output", "class/clslang.h"],
+    "kernel/program/adopath.cpp": ["kernel", "data", "output", "class/clslang.h"],
     # the markup engine needs only the break flag from the kernel
     "output/ptl": ["kernel/loop/brk.h"],
     "output": ["kernel", "output"],
@@ -36,7 +41,7 @@ RULES = {
     # the varlist); neither reaches up except through hooks
     "kernel": ["kernel", "data", "output"],
     "data": ["kernel", "data", "output"],
-    "results": LOWER + ["results"] + DATA_PUBLIC,
+    "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,
     "class": LOWER + ["results", "lumo", "class"] + DATA_PUBLIC,
     "graphics": LOWER + ["results", "class", "graphics"] + DATA_PUBLIC,
@@ -52,12 +57,18 @@ FLAT = {
     "kernel/startup.cpp": "kernel/loop/startup.cpp",
     "kernel/link.h": "app/link.h",
     "kernel/link.cpp": "app/link.cpp",
+    "kernel/builtins.cpp": "kernel/cmds/builtins.cpp",
+    "kernel/loop.cpp": "kernel/loop/loop.cpp",
+    "kernel/adopath.cpp": "kernel/program/adopath.cpp",
 }
 
 
 def flat_to_new(path):
     if path in FLAT:
         return FLAT[path]
+    for pub in DATA_PUBLIC:  # data/x.h of the flat tree is data/<folder>/x.h
+        if path == "data/" + os.path.basename(pub):
+            return pub
     base = os.path.basename(path)
     if path.startswith("output/") and (base.startswith("ptl") or base == "tpl.cpp"):
         return "output/ptl/" + base
