@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
 # Runs one script test: korvu-xe -b do <name>.do in a scratch directory.
-# Passes when the log holds no error status line and, where <name>.expected
-# stands beside the script, when the log matches it with the log header masked.
+# Passes when the log ends the script's run with the marker line
+# `test completed` (printed by the script's last command,
+# display "test completed"), so a run that stopped early cannot pass, and
+# when the log holds no error status line or, where <name>.expected stands
+# beside the script, when the log matches it with the log header masked.
 set -u
 exe=$1 script=$2 work=$3
 name=$(basename "$script" .do)
@@ -33,6 +36,11 @@ mask() {
   sed -E -e "s|$work|<dir>|g" \
     -e 's/[0-9]{1,2} [A-Z][a-z]{2} [0-9]{4},? [0-9]{2}:[0-9]{2}(:[0-9]{2})?/<date>/g' "$1"
 }
+if ! grep -qx 'test completed' "$name.log"; then
+  echo "the log lacks the closing marker line 'test completed':"
+  cat "$name.log"
+  exit 1
+fi
 if [ -n "${KORVU_WRITE_EXPECTED:-}" ]; then
   mask "$name.log" > "$src/$name.expected"
   echo "wrote $src/$name.expected"

@@ -246,7 +246,6 @@ static int charlist(const char* p) {
 }
 
 int charcmd(int) {
-    labels_install();
     const char* p = skipwhite(wheretok());
     std::string word;
     const char* q = p;
@@ -336,7 +335,6 @@ static std::string resolve_obj(const std::string& w, int* rc) {
 }
 
 int notescmd(int) {
-    labels_install();
     const char* p = skipwhite(wheretok());
     std::string line = p;
     settok(const_cast<char*>(""));

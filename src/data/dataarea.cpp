@@ -16,6 +16,8 @@
 #include "data/storage.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/macro.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -321,18 +323,16 @@ int news_alloc() {
 // ---------------------------------------------------------------------------
 // Saving the dictionary across a reallocation
 // ---------------------------------------------------------------------------
-static void tmpname(char* dst, size_t n) {
-    static unsigned ctr = 0;
-    const char* dir = tmpdir && *tmpdir ? tmpdir : getenv("TMPDIR");
-    if (!dir || !*dir) dir = "/tmp";
-    snprintf(dst, n, "%s/S%c%05d.%06x", dir, 'm', static_cast<int>(getpid() % 100000), ++ctr);
+static int tmpname(char* dst, size_t n) {
+    static int32_t ctr = 0;
+    return gettmpfn(dst, n, 'm', ++ctr);
 }
 
 // 0, 7 (cannot open) or 8 (cannot write).
 static int dict_to_tmp(char* name, size_t n) {
     int fd = -1;
     for (int tries = 0; tries < 100 && fd < 0; tries++) {
-        tmpname(name, n);
+        if (tmpname(name, n)) return 7;
         fd = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_EXCL, 0666 & ~usermask);
     }
     if (fd < 0) return 7;
@@ -374,7 +374,7 @@ int news_realloc(uint64_t bytes) {
     int32_t nv;
     int rc = block_shape(bytes, w, nv, n);
     if (rc) return rc;
-    char name[512];
+    char name[FNLEN];
     rc = dict_to_tmp(name, sizeof name);
     if (rc) return rc;
     if (dahooks.dict_shutdown) dahooks.dict_shutdown();
@@ -392,7 +392,7 @@ int news_realloc_fixed(int32_t n) {
     if (n == maxmaxvar) return 0;
     if (dahooks.clear_saved_results) dahooks.clear_saved_results();
     if (dahooks.clear_discard) dahooks.clear_discard();
-    char name[512];
+    char name[FNLEN];
     int rc = dict_to_tmp(name, sizeof name);
     if (rc) return rc;
     if (dahooks.dict_shutdown) dahooks.dict_shutdown();

@@ -258,6 +258,7 @@ MemoryFigures memory_figures();
 void memory_report(const MemoryFigures& f); // the printed report of `memory`
 void memory_table();                        // "Current memory allocation"
 // "%luM" for a whole number of megabytes, otherwise "%luk".
+inline constexpr size_t MEMAMTLEN = 24; // format_mem_amt: "#M" or "#k"
 char* format_mem_amt(uint64_t bytes, char* dst);
 // "1,234,567"
 char* commafy(uint64_t n, char* dst);

@@ -198,7 +198,7 @@ int exhalfyear(double h, int32_t* year, int32_t* half) {
 
 int mkwdate(char* out, int day, int month, int year) {
     if (month < 1 || month > 12 || day < 1 || day > 31 || year < 0 || year > 99999) {
-        std::strcpy(out, " invld date");
+        std::memcpy(out, " invld date", sizeof " invld date");
         return 11;
     }
     char mon[4] = {month_names[month - 1][0], month_names[month - 1][1], month_names[month - 1][2],

@@ -327,10 +327,10 @@ int parse_labels(int fd, Parsed& P, const std::set<std::string>& wanted) {
 void default_format(int code, char* slot) {
     switch (code) {
     case KV_BYTE:
-    case KV_INT: std::strcpy(slot, "%8.0g"); break;
-    case KV_LONG: std::strcpy(slot, "%12.0g"); break;
-    case KV_FLOAT: std::strcpy(slot, "%9.0g"); break;
-    case KV_DOUBLE: std::strcpy(slot, "%10.0g"); break;
+    case KV_INT: std::snprintf(slot, FMTLEN1, "%%8.0g"); break;
+    case KV_LONG: std::snprintf(slot, FMTLEN1, "%%12.0g"); break;
+    case KV_FLOAT: std::snprintf(slot, FMTLEN1, "%%9.0g"); break;
+    case KV_DOUBLE: std::snprintf(slot, FMTLEN1, "%%10.0g"); break;
     default: std::snprintf(slot, FMTLEN1, "%%%ds", code); break;
     }
 }
@@ -626,7 +626,6 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
 }
 
 int dta_use(const char* fname, const UseOpts& o) {
-    labels_install();
     int fd;
     if (int rc = openfile(fname, &fd)) return report(rc, fname);
     Parsed P;

@@ -80,7 +80,6 @@ static bool saved_var(const char* obj, int nv) {
 }
 
 int syssave(const char* fname, const SaveOpts& o) {
-    labels_install();
     if (nvar == 0 && !o.emptyok) return error(111);
     const int format = o.oldformat ? (o.midband ? 110 : 111) : 113;
     if (o.oldformat) {

@@ -16,6 +16,7 @@
 #include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 

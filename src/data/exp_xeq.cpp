@@ -12,6 +12,7 @@
 #include "kernel/cmdparse.h"
 #include "kernel/errors.h"
 #include "kernel/limits.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 #include "results/rng/rng.h"
 
@@ -172,7 +173,7 @@ void run(ExpObj* o, int i, double* num, char* str) {
         // ---- strings
         case OP_SCONST: {
             const char* s = ssystak + code[++w];
-            std::strcpy(ss[++sp], s);
+            copytext(ss[++sp], EXP_STRFRAME, s);
             break;
         }
         case OP_SVAR: {
@@ -252,7 +253,7 @@ void run(ExpObj* o, int i, double* num, char* str) {
 #define S1(OP, F)                                                                                  \
     case OP:                                                                                       \
         F(ss[sp], tmp);                                                                            \
-        std::strcpy(ss[sp], tmp);                                                                  \
+        copytext(ss[sp], EXP_STRFRAME, tmp);                                                       \
         break;
             S1(OP_LOWER, s_lower)
             S1(OP_UPPER, s_upper)
@@ -267,32 +268,32 @@ void run(ExpObj* o, int i, double* num, char* str) {
         case OP_SUBSTR:
             s_substr(ss[sp], ns[np], ns[np - 1], tmp);
             np -= 2;
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_SUBINSTR:
             s_subinstr(ss[sp], ss[sp - 1], ss[sp - 2], ns[np--], code[++w], tmp);
             sp -= 2;
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_WORD:
             s_word(ss[sp], ns[np--], tmp);
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_ABBREV:
             s_abbrev(ss[sp], ns[np--], tmp);
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_CHAR: s_char(ns[np--], ss[++sp]); break;
         case OP_REGEXS: s_regexs(ns[np--], ss[++sp]); break;
         case OP_REGEXR:
             s_regexr(ss[sp], ss[sp - 1], ss[sp - 2], tmp);
             sp -= 2;
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_STRING:
             if (code[++w]) {
                 s_string(ns[np--], ss[sp], tmp);
-                std::strcpy(ss[sp], tmp);
+                copytext(ss[sp], EXP_STRFRAME, tmp);
             } else {
                 s_string(ns[np--], nullptr, ss[++sp]);
             }
@@ -304,21 +305,21 @@ void run(ExpObj* o, int i, double* num, char* str) {
             } else {
                 s_plural(ns[np--], ss[sp], nullptr, tmp);
             }
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         case OP_SCOND: {
             double c = ns[np--];
-            std::strcpy(tmp, c != 0 ? ss[sp] : ss[sp - 1]);
+            copytext(tmp, sizeof tmp, c != 0 ? ss[sp] : ss[sp - 1]);
             sp--;
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         }
         case OP_SCOND4: {
             double c = ns[np--];
             const char* pick = xmis(c) ? ss[sp - 2] : c != 0 ? ss[sp] : ss[sp - 1];
-            std::strcpy(tmp, pick);
+            copytext(tmp, sizeof tmp, pick);
             sp -= 2;
-            std::strcpy(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
             break;
         }
         // ---- matrices: the matrix store evaluates these; here they yield `.`

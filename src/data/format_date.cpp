@@ -5,6 +5,7 @@
 #include "data/dates.h"
 #include "data/formats.h"
 #include "data/missing.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -87,7 +88,7 @@ int finish_date_desc(const char* p, int justify, char unit, FmtDesc* desc) {
     if (w < 0) return 1;
     const char* pat = *p ? p : default_pattern(unit);
     if (std::strlen(pat) >= sizeof d.pat) return 1;
-    std::strcpy(d.pat, pat);
+    copytext(d.pat, sizeof d.pat, pat);
     if (!*p) w = (unit == 0 || unit == 'g') ? 9 : pattern_width(pat);
     d.width = w < 8 ? 8 : w;
     *desc = d;

@@ -9,6 +9,7 @@
 
 #include "data/hexfloat.h"
 #include "data/missing.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -482,7 +483,7 @@ int fixfmt(char* fmt, int len) {
     std::snprintf(t, sizeof t, "%%%s%d%c%d%c%s", mark, len, d.comma ? ',' : '.', d.decimals, d.kind,
                   d.mod == 'c' ? "c" : "");
     if (std::strlen(t) > static_cast<size_t>(kFmtMaxText)) return 0;
-    std::strcpy(fmt, t);
+    copytext(fmt, static_cast<size_t>(kFmtMaxText) + 1, t);
     return 1;
 }
 
@@ -497,7 +498,7 @@ int setvarfmt(char* slot, const char* text, int vartype) {
     FmtDesc d;
     bool isstr = vartype >= 1 && vartype <= 244;
     if (chkfmt(text, isstr ? 12 : 11, &d)) return 120;
-    std::strcpy(slot, text); // at most 11 characters: chkfmt checked
+    copytext(slot, static_cast<size_t>(kFmtMaxText) + 1, text); // chkfmt checked the length
     return 0;
 }
 

@@ -9,10 +9,14 @@
 #include "data/dataarea.h"
 #include "data/formats.h"
 #include "data/storage.h"
+#include "data/varcmds.h"
+#include "data/varlist.h"
 #include "kernel/brk.h"
 #include "kernel/dict.h"
 #include "kernel/errors.h"
+#include "kernel/link.h"
 #include "kernel/macro.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -79,7 +83,7 @@ int vlfindval(const int32_t* tbl, char* dst, int maxlen, double x) {
         if (dst) {
             const char* t = vl_txt(tbl) + vl_off(tbl)[lo];
             if (maxlen > VL_MAXTEXT) {
-                std::strcpy(dst, t);
+                copytext(dst, static_cast<size_t>(maxlen) + 1, t);
             } else {
                 size_t n = strnlen(t, static_cast<size_t>(maxlen));
                 std::memcpy(dst, t, n);
@@ -341,10 +345,28 @@ static int charvalue_hook(const char* var, const char* ch, char* dst, size_t n) 
     return charfcn(var, ch, dst, n);
 }
 
-void labels_install() {
+// Labels and characteristics as the rest of the data side and the macro
+// functions read them.
+void link_labels() {
     dahooks.drop_all_extra = drop_all_extra;
     reforml_lookup = vl_lookup;
     mac_hooks.charvalue = charvalue_hook;
+    varlabel_hook = [](int v) -> const char* {
+        const char* l = ptrvarlab(v);
+        return l ? l : "";
+    };
+    datalabel_hook = []() -> const char* { return datalbl; };
+    datadate_hook = []() -> const char* {
+        const char* d = macptr("S_FNDATE");
+        return d ? d : "";
+    };
+    charget_hook = [](const char* obj, const char* name) -> const char* {
+        static char buf[245];
+        return charload(obj, name, buf, sizeof buf);
+    };
+    charset_hook = [](const char* obj, const char* name, const char* value) {
+        return charsave(obj, name, value);
+    };
 }
 
 } // namespace korvu

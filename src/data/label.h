@@ -99,7 +99,6 @@ void putdatalbl(const char* text);
 void labels_clear(int vallabs);
 // Links the labels subsystem into the data area and the formats (drop_all,
 // reforml_lookup, macro `var[char]'); idempotent.
-void labels_install();
 
 // --- label languages ------------------------------------------------------------
 inline constexpr int MLL_MAXLANG = 100;

@@ -68,25 +68,19 @@ static void fix_formats_for(const char* name) {
 }
 
 static int labnotfound(const char* name) {
-    c_outlev = 3;
-    spoutf("value label %s not found\n", name);
-    return 111;
+    return errorf(111, "value label %s not found\n", name);
 }
 
 static int chklabname(const std::string& n) {
     if (n.empty() || tokisstr(n.c_str()) || n.size() > 32 || chkname(n.c_str(), 0)) {
-        c_outlev = 3;
-        spoutf("%s invalid name\n", tokisstr(n.c_str()) ? n.c_str() + 1 : n.c_str());
-        return 198;
+        return errorf(198, "%s invalid name\n", tokisstr(n.c_str()) ? n.c_str() + 1 : n.c_str());
     }
     return 0;
 }
 
 static int vlreport(int code) {
     if (code == 134) {
-        c_outlev = 3;
-        spout21("too many values\n");
-        return 134;
+        return errtext(134, "too many values\n");
     }
     return error(code ? code : 950);
 }
@@ -361,7 +355,6 @@ static int label_save() {
 }
 
 int labelcmd(int) {
-    labels_install();
     opable = 0;
     noptn = 0;
     gettok(prsestd);

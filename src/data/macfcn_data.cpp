@@ -10,6 +10,7 @@
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/macro.h"
 
 namespace korvu {

@@ -13,15 +13,15 @@ namespace korvu {
 
 char* format_mem_amt(uint64_t bytes, char* dst) {
     if (bytes % 0x100000 == 0)
-        sprintf(dst, "%luM", static_cast<unsigned long>(bytes / 0x100000));
+        snprintf(dst, MEMAMTLEN, "%luM", static_cast<unsigned long>(bytes / 0x100000));
     else
-        sprintf(dst, "%luk", static_cast<unsigned long>(bytes / 1024));
+        snprintf(dst, MEMAMTLEN, "%luk", static_cast<unsigned long>(bytes / 1024));
     return dst;
 }
 
 char* commafy(uint64_t n, char* dst) {
     char digits[32];
-    int len = sprintf(digits, "%lu", static_cast<unsigned long>(n));
+    int len = snprintf(digits, sizeof digits, "%lu", static_cast<unsigned long>(n));
     int j = 0;
     for (int k = 0; k < len; k++) {
         if (k && (len - k) % 3 == 0) dst[j++] = ',';

@@ -12,13 +12,16 @@
 #include "data/storage.h"
 #include "data/vartab.h"
 #include "kernel/brk.h"
+#include "kernel/bystate.h"
 #include "kernel/cmdparse.h"
 #include "kernel/dict.h"
 #include "kernel/dofile.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
+#include "kernel/link.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -28,7 +31,7 @@ inline constexpr int DM_SORTPRESERVE = 34;
 int mkidxvar(char* buf) {
     int v = addwrkvar(KV_LONG, 0);
     if (v < 0) return v;
-    std::strcpy(buf, varname(v));
+    copytext(buf, NAMELEN + 1, varname(v));
     int off = mapi[v - 1];
     for (int32_t i = 1; i <= nobs; i++) std::memcpy(obsptr(i) + off, &i, 4);
     i_nvar = nvar;
@@ -204,8 +207,6 @@ int set_sortseed() {
     setsortseed(static_cast<uint32_t>(x));
     return 0;
 }
-
-extern int (*syssort_hook)(const int32_t* vars, int n);
 
 void link_sorting() {
     syssort_hook = syssort_vars;

@@ -16,6 +16,7 @@
 #include "kernel/dict.h"
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
+#include "kernel/link.h"
 #include "kernel/options.h"
 #include "output/spout.h"
 
@@ -761,6 +762,8 @@ static int optvlist(const char* text, int* dst, int maxvars, int* count) {
     return rc;
 }
 
-static const bool optvlist_linked = (findvlist_hook = optvlist, true);
+void link_varlists() {
+    findvlist_hook = optvlist;
+}
 
 } // namespace korvu

@@ -21,10 +21,12 @@
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
 #include "kernel/program.h"
+#include "kernel/scratch.h"
 #include "kernel/startup.h"
 #include "output/spout.h"
 
@@ -117,7 +119,7 @@ const char* mapdirname(const char* dir) {
 char* pathjoin(char* dst, const char* dir, const char* file) {
     std::string d = dir;
     if (!d.empty() && d.back() != '/') d += '/';
-    strcpy(dst, (d + file).c_str());
+    copytext(dst, FNLEN, (d + file).c_str());
     return dst;
 }
 
@@ -458,13 +460,11 @@ static int32_t adosize_value() {
 int numlist_hook(const char* text, double* values, int n, int flags, int* count);
 
 // Links the program side into the hooks of the kernel and the data area.
-static struct ProgramLink {
-    ProgramLink() {
-        mac_fcn_hooks[MXF_SYSDIR] = sysdir_fcn;
-        dahooks.adosize = adosize_value;
-        znumlist_hook = numlist_hook;
-        frame_hooks.autoloading = loading;
-    }
-} program_link;
+void link_programs() {
+    mac_fcn_hooks[MXF_SYSDIR] = sysdir_fcn;
+    dahooks.adosize = adosize_value;
+    znumlist_hook = numlist_hook;
+    frame_hooks.autoloading = loading;
+}
 
 } // namespace korvu

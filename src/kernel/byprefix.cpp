@@ -155,7 +155,7 @@ static void startline(std::vector<char>& line, const std::string& rest, const ch
     line.push_back(0);
     settok(line.data());
     gettok(prsestd);
-    strcpy(cmd, word);
+    setcmdword(word);
 }
 
 // The last observation of the group that starts at `start`.

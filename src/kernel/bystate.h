@@ -43,4 +43,8 @@ int by_call();
 int by_lastcall();
 void by_fromto(int32_t* n1, int32_t* n2);
 
+// The sort of the by driver: filled in by the sort code, which is built on
+// the kernel side that runs `by`.
+extern int (*syssort_hook)(const int32_t* vars, int n);
+
 } // namespace korvu

@@ -227,7 +227,7 @@ int parse1() {
             if (uable == 3) return notalow("using");
             if (int rc = gettokfn(filesp)) {
                 if (uable == 2 && (!token[0] || tokis(token, ","))) {
-                    strcpy(filesp, " ");
+                    snprintf(filesp, sizeof filesp, " ");
                     if (token[0]) ungettok();
                 } else {
                     return error(rc);

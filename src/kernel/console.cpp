@@ -9,10 +9,9 @@
 #include <string>
 
 #include "kernel/loop.h"
+#include "kernel/macro.h"
 
 namespace korvu {
-
-const char* (*fkey_lookup)(const char* name) = nullptr;
 
 static EditLine* el = nullptr;
 static History* hist = nullptr;
@@ -32,7 +31,7 @@ static char* prompt_fn(EditLine*) {
 static unsigned char fkey(EditLine* e, int n) {
     char name[8];
     snprintf(name, sizeof name, "F%d", n);
-    const char* text = fkey_lookup ? fkey_lookup(name) : nullptr;
+    const char* text = macptr(name);
     if (!text || !*text) return CC_NORM;
     std::string t = text;
     bool enter = t.back() == ';';
@@ -49,7 +48,8 @@ FKEY(1)
 FKEY(2)
 FKEY(3)
 FKEY(4)
-FKEY(5) FKEY(6) FKEY(7) FKEY(8) FKEY(9) FKEY(10)
+FKEY(5)
+FKEY(6) FKEY(7) FKEY(8) FKEY(9) FKEY(10)
 #undef FKEY
 
     static void editor_init() {

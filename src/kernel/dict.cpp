@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -265,7 +267,7 @@ void* dmnext(const void* item, char* nameout, int type, int* typeout) {
         h = item ? dmhdr(item)->tnext : dm_dtyp[type];
     }
     if (!h) return nullptr;
-    if (nameout) std::strcpy(nameout, h->name);
+    if (nameout) copytext(nameout, NAMELEN + 1, h->name);
     if (typeout) *typeout = h->type;
     return dmval(h);
 }

@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <cstring>
 
+#include "data/dataarea.h"
 #include "kernel/dict.h"
+#include "kernel/link.h"
 #include "kernel/macro.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -101,8 +104,8 @@ int dmread(int fd) {
 }
 
 int dmtmpsave(char* fnout, size_t fnsize) {
-    char fn[1024];
-    mktmpfn(fn);
+    char fn[FNLEN];
+    if (mktmpfn(fn, sizeof fn)) return 914;
     int fd = ::open(fn, O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (fd < 0) return 914;
     int rc = dmwrite(fd);
@@ -134,6 +137,21 @@ int dmtmprestore(const char* fn) {
         c_outlev = was;
     }
     return rc ? 1 : 0;
+}
+
+static uint64_t dict_bytes() {
+    uint64_t alloc, used;
+    dmmemory(&alloc, &used);
+    return used;
+}
+
+// The data area parks and restores the dictionary around a reallocation.
+void link_dictionary() {
+    dahooks.dict_write = dmwrite;
+    dahooks.dict_read = dmread;
+    dahooks.dict_shutdown = dmshutdown;
+    dahooks.dict_init = dminit;
+    dahooks.dict_bytes = dict_bytes;
 }
 
 } // namespace korvu

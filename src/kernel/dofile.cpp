@@ -220,9 +220,6 @@ toolong:
 // ---- frames -----------------------------------------------------------------
 
 uint8_t breakallowed = 0, breakdetail = 0;
-__attribute__((weak)) int32_t caller_vernum = KORVU_VERSION;
-__attribute__((weak)) uint8_t program_class = 0;
-__attribute__((weak)) uint8_t resort_on_exit = 0;
 int32_t gstate = 0;
 uint8_t estrestore = 0;
 int32_t psvfctr = -1;
@@ -231,15 +228,6 @@ uint8_t hastmp_fhopened = 0, hastmp_hreturn = 0, hastmp_class = 0, hastmp_vars =
 const LoopBody* loopsrc = nullptr;
 uint8_t status_hold = 0;
 FrameHooks frame_hooks{};
-
-__attribute__((weak)) int pgm_prolog(PgmFrame* f) {
-    f->rec = nullptr;
-    return notyet("programs");
-}
-__attribute__((weak)) int pgm_retcls(const PgmFrame*) {
-    return 0;
-}
-__attribute__((weak)) void pgm_epilog(const PgmFrame*) {}
 
 // The arguments of a do-file or program: `0' the whole text, then `1', `2',
 // ... a word each; a string's quotes are dropped and an empty word keeps its

@@ -1,13 +1,16 @@
 #include "kernel/errors.h"
 
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "data/dataarea.h"
 #include "kernel/cmdparse.h"
 #include "kernel/limits.h"
 #include "kernel/loop.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -41,7 +44,7 @@ static constexpr int NMSG = sizeof msgtab / sizeof msgtab[0];
 
 char* loadmsg(char* dst, int i) {
     const char* s = i >= 0 && i < NMSG ? msgtab[i] : "nothing";
-    strcpy(dst, s);
+    copytext(dst, MSGLEN, s);
     return dst;
 }
 
@@ -295,6 +298,27 @@ static int errormsg(int code) {
     }
     if (code >= 3001 && code <= 3999) spout21("Lumo run-time error\n");
     return code;
+}
+
+int errtext(int code, const char* text) {
+    uint8_t saved = c_outlev;
+    c_outlev = 3;
+    spout21(text);
+    c_outlev = saved;
+    return code;
+}
+
+int errorf(int code, const char* fmt, ...) {
+    va_list ap;
+    va_start(ap, fmt);
+    va_list ap2;
+    va_copy(ap2, ap);
+    int n = std::vsnprintf(nullptr, 0, fmt, ap);
+    va_end(ap);
+    std::string text(n > 0 ? static_cast<size_t>(n) : 0, '\0');
+    if (n > 0) std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
+    va_end(ap2);
+    return errtext(code, text.c_str());
 }
 
 int error(int code) {

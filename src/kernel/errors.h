@@ -1,6 +1,7 @@
 // Return codes and their messages. A function that fails prints its message
 // where it fails (usually through `error`) and returns the code; nothing throws.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 
 namespace korvu {
@@ -10,6 +11,10 @@ extern int32_t captrc;   // code of the last captured request; `_rc`
 extern uint8_t error_style;
 
 int error(int code);
+// A message of the caller's own: the text at the error level (the level is
+// put back after), and the code returned, as in `return errtext(198, "...")`.
+int errtext(int code, const char* text);
+int errorf(int code, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 int invalid(const char* what);
 int required(const char* what);
 int notalow(const char* what);
@@ -34,6 +39,7 @@ int nomatchbrace();
 int noobsnoerr();
 int fierr(int code, const char* filename);
 int extended_error(double value);
+inline constexpr size_t MSGLEN = 32; // loadmsg: longest entry of the table and its end
 char* loadmsg(char* dst, int i);
 int errcmd();
 

@@ -16,6 +16,7 @@
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
@@ -56,11 +57,7 @@ int flow_getline() {
 }
 
 static void setcmd() {
-    gettok(prsestd);
-    kvFAST = token[32];
-    token[32] = 0;
-    strcpy(cmd, token);
-    token[32] = kvFAST;
+    gettokcmd();
 }
 
 int flow_dispatch() {
@@ -590,7 +587,9 @@ int foreachrest(char* dst, size_t n) {
     return 0;
 }
 
-[[maybe_unused]] static const bool fe_hooked = (mac_hooks.ferest = foreachrest, true);
+void link_flow() {
+    mac_hooks.ferest = foreachrest;
+}
 
 // Next element of list from *offset: a word, or a simple or compound string
 // without its quotes. False at the end.

@@ -9,6 +9,19 @@
 namespace korvu {
 
 char token[504];
+char cmd[34];
+
+void setcmdword(const char* word) {
+    size_t n = strnlen(word, NAMELEN);
+    std::memcpy(cmd, word, n);
+    cmd[n] = 0;
+}
+
+char* gettokcmd() {
+    gettok(prsestd);
+    setcmdword(token);
+    return token;
+}
 
 const char prsestd[] = " \\\"'`~:;,<>/?!@|#$%^&*()-+=[]{}";
 const char prseopt[] = " \\\"'`~:;,<>/?!@|#$%^&*()=[]{}";

@@ -6,6 +6,7 @@
 namespace korvu {
 
 extern char token[504]; // the last token; a string is marked by '"' in token[0]
+extern char cmd[34];    // the command word: the first 32 characters of the first token
 
 // Delimiter sets; blank, double quote and backquote are in all of them.
 extern const char prsestd[], prseopt[], prsenum[], prsedlgnum[], prsevar[], prsestd2[], prsestdnp[],
@@ -23,6 +24,11 @@ struct TokState { // borrow_gettok/return_gettok
 };
 
 void settok(char* text);
+// The command word: gettokcmd reads the next word of the line (blank and
+// standard delimiters) and puts its first 32 characters in `cmd`, `token`
+// keeping the whole; setcmdword puts a given word there.
+char* gettokcmd();
+void setcmdword(const char* word);
 char* gettok(const char* delims);
 int gettoklong(char* dst, const char* delims, int brackets);
 int gettokfn(char* dst);

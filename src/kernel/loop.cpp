@@ -25,7 +25,6 @@
 namespace korvu {
 
 char* console = nullptr;
-char cmd[34];
 uint8_t procflg = 1, syselseflg = 0, runprog = 0, doeof = 0, delimit = 0;
 DoFile* dofilep = nullptr;
 char sys_pgmname[33], sys_pgmclass[33];
@@ -273,11 +272,7 @@ int doreq() {
     settok(console);
 
     if (globalrc == 0) {
-        gettok(prsestd);
-        kvFAST = token[32];
-        token[32] = 0;
-        strcpy(cmd, token);
-        token[32] = kvFAST;
+        gettokcmd();
         globalrc = selreq();
         nvar = i_nvar;
     }
@@ -335,10 +330,7 @@ static int selreq_body() {
 static int nextword() {
     gettok(prsestd);
     if (tokis(token, ":")) gettok(prsestd);
-    kvFAST = token[32];
-    token[32] = 0;
-    strcpy(cmd, token);
-    token[32] = kvFAST;
+    setcmdword(token);
     return 0;
 }
 
@@ -380,11 +372,7 @@ int prefix_capture(int) {
 }
 
 int prefix_break(int on) {
-    gettok(prsestd);
-    kvFAST = token[32];
-    token[32] = 0;
-    strcpy(cmd, token);
-    token[32] = kvFAST;
+    gettokcmd();
     int was = setbreak(on);
     int rc = selreq();
     nvar = i_nvar;

@@ -9,7 +9,6 @@ namespace korvu {
 struct DoFile; // the open do-file reader
 
 extern char* console; // the current request line, conslen bytes
-extern char cmd[34];  // the command word: the first 32 characters of the first token
 extern uint8_t procflg, syselseflg, runprog, doeof, delimit;
 extern DoFile* dofilep;
 extern char sys_pgmname[33], sys_pgmclass[33];

@@ -11,6 +11,7 @@
 #include "kernel/macro.h"
 #include "kernel/macro_deps.h"
 #include "kernel/macro_internal.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -89,7 +90,8 @@ int macgen(int kind) {
     if (!*p) return store(kind, name.c_str(), "");
     // one scratch kept across calls: a loop of `local` commands allocates nothing
     static std::vector<char> buf;
-    if (buf.size() < static_cast<size_t>(macrolen) + 1) buf.resize(static_cast<size_t>(macrolen) + 1);
+    if (buf.size() < static_cast<size_t>(macrolen) + 1)
+        buf.resize(static_cast<size_t>(macrolen) + 1);
     buf[0] = 0;
     if (p[0] == '=' && p[1] != '=') {
         gettok(prsestd);
@@ -241,11 +243,11 @@ int tmpvcmd(int isvar) {
         if (int rc = chklmname(t)) return rc;
         std::string name = "_" + std::string(t);
         if (chkmacname(name.c_str())) return badname(t);
-        char val[1200];
+        char val[FNLEN];
         if (isvar)
             mktmpvn(val);
-        else
-            mktmpfn(val);
+        else if (mktmpfn(val, sizeof val))
+            return error(914);
         if (int rc = macresave(name.c_str(), val)) return rc;
     }
     return n ? 0 : error(198);

@@ -17,6 +17,7 @@
 #include "kernel/macro_deps.h"
 #include "kernel/macro_internal.h"
 #include "kernel/regex.h"
+#include "kernel/scratch.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -499,7 +500,10 @@ int macexfcn(char* dst) {
         return put(dst, s);
     }
     if (cmdcmp(c, "tempvar", 5)) return mktmpvn(dst), 0;
-    if (cmdcmp(c, "tempfile", 5)) return mktmpfn(dst), 0;
+    if (cmdcmp(c, "tempfile", 5)) {
+        size_t room = static_cast<size_t>(macrolen) < FNLEN ? static_cast<size_t>(macrolen) : FNLEN;
+        return mktmpfn(dst, room) ? error(914) : 0;
+    }
     for (const char* m : {"rownames", "colnames", "roweq", "coleq", "rowfullnames", "colfullnames"})
         if (cmdcmp(c, m, 4)) return hook(MXF_MATNAMES, m, dst);
     for (const char* m : {"rowsof", "colsof", "rownumb", "colnumb"})

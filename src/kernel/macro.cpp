@@ -1,6 +1,7 @@
 // The macro store on the dictionary, temporary names, and the clean-up of a
 // frame's locals and temporaries.
 #include "kernel/macro.h"
+#include "kernel/scratch.h"
 
 #include <unistd.h>
 
@@ -215,8 +216,8 @@ int macincr_quiet(const char* name, const char* op, char* out, int mode) {
     numtext(op[0] == '-' ? x - 1 : x + 1, newtext);
     int rc = macresave(name, newtext);
     if (rc) return rc;
-    if (out && mode == 1) std::strcpy(out, newtext);
-    if (out && mode == -1) std::strcpy(out, oldtext);
+    if (out && mode == 1) copytext(out, sizeof newtext, newtext);
+    if (out && mode == -1) copytext(out, sizeof oldtext, oldtext);
     return 0;
 }
 
@@ -247,20 +248,25 @@ char* mktmpvn(char* dst) {
     return dst;
 }
 
-char* gettmpfn(char* dst, int letter, int32_t n) {
-    int k = std::sprintf(dst, "%s/S%c%05d.", tmpdir ? tmpdir : "/tmp", letter, unix_pid);
+int gettmpfn(char* dst, size_t size, int letter, int32_t n) {
+    int k = std::snprintf(dst, size, "%s/S%c%05d.", tmpdir && *tmpdir ? tmpdir : "/tmp", letter,
+                          unix_pid);
+    if (k < 0 || static_cast<size_t>(k) + 7 > size) {
+        if (size) dst[0] = 0;
+        return 914;
+    }
     digits(dst + k, static_cast<uint32_t>(n), 34, b34);
-    return dst;
+    return 0;
 }
 
 static inline int32_t nextfctr(int32_t c) {
     return c >= 1544000000 ? 1 : c + 1;
 }
 
-char* mktmpfn(char* dst) {
-    gettmpfn(dst, 't', tmpfctr);
+int mktmpfn(char* dst, size_t size) {
+    if (int rc = gettmpfn(dst, size, 't', tmpfctr)) return rc;
     tmpfctr = nextfctr(tmpfctr);
-    return dst;
+    return 0;
 }
 
 bool istmpvn(const char* name, int32_t since) {
@@ -277,8 +283,9 @@ bool istmpvn(const char* name, int32_t since) {
 }
 
 int rmtmpfn(int32_t since) {
-    char fn[1200];
-    for (int32_t c = since; c != tmpfctr; c = nextfctr(c)) ::unlink(gettmpfn(fn, 't', c));
+    char fn[FNLEN];
+    for (int32_t c = since; c != tmpfctr; c = nextfctr(c))
+        if (!gettmpfn(fn, sizeof fn, 't', c)) ::unlink(fn);
     return 0;
 }
 

@@ -65,8 +65,12 @@ int tmpvcmd(int isvar); // 1: `tempvar`, `tempname`; 0: `tempfile`
 // --- temporary names --------------------------------------------------------
 
 char* mktmpvn(char* dst); // "__" and six base-36 digits of tmpvctr
-char* mktmpfn(char* dst); // "%s/S%c%05d." of tmpdir, 't', pid, six base-34 digits
-char* gettmpfn(char* dst, int letter, int32_t n);
+// The one temporary file name of the system: "%s/S%c%05d." of tmpdir, the
+// letter, the process number, then the counter n in six base-34 digits, into
+// dst of size bytes. 0, or 914 (printed by the caller) when the name does not
+// fit. mktmpfn takes the letter 't' and the next value of tmpfctr.
+int gettmpfn(char* dst, size_t size, int letter, int32_t n);
+int mktmpfn(char* dst, size_t size);
 bool istmpvn(const char* name, int32_t since);
 // Frame end: rmtmpfn unlinks the temporary files named since `since`;
 // rmtmpvn drops the temporary variables named since then; rmtmpdyn clears the

@@ -303,10 +303,8 @@ int chkopt() {
 }
 
 static int outofrange(const char* name, const char* lo, const char* hi) {
-    c_outlev = 3;
     spoutsetptagweak();
-    spoutf("%s must be between %s and %s\n", name, lo, hi);
-    return 198;
+    return errorf(198, "%s must be between %s and %s\n", name, lo, hi);
 }
 
 int chkrange(const char* name, int v, int lo, int hi) {

@@ -74,7 +74,7 @@ int pgmgen();
 
 void adoinit();                          // defaults of the directories and S_ADO
 const char* mapdirname(const char* dir); // codeword to directory, else dir with "/"
-char* pathjoin(char* dst, const char* dir, const char* file);
+char* pathjoin(char* dst, const char* dir, const char* file); // dst of FNLEN bytes
 // The nth file name.ext along S_ADO; 1 when found (path in pathout).
 int srchado(const char* name, const char* ext, int nth, char* pathout, size_t size);
 int srchadofile(const char* name, char* pathout, size_t size);

@@ -26,6 +26,7 @@
 #include "kernel/errors.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/options.h"
@@ -68,13 +69,6 @@ static std::string initerr_lines[4];
 static int ninitlines = 0;
 
 void console_close();
-void link_expressions();
-void link_sorting();
-void link_macro_functions();
-void link_matrix();
-void link_results();
-void link_class();
-extern const char* (*fkey_lookup)(const char* name);
 
 static void initerr(const char* text) {
     if (!text) {
@@ -315,8 +309,6 @@ static int inibatch() {
 
 static int console_alloc();
 static void console_release();
-static void link_data_area();
-static void link_labels_to_variables();
 
 int sinit0(int argc, char** argv) {
     sinit_state = 1;
@@ -418,7 +410,7 @@ int sinit0(int argc, char** argv) {
     sinit_state = 10;
     sinit_state = 12;
     register_fixed_client(console_alloc, console_release);
-    link_data_area();
+    link_all();
     if (news_alloc()) {
         initerr("Allocation failure.");
         initerr(nullptr);
@@ -426,18 +418,6 @@ int sinit0(int argc, char** argv) {
     }
     dminit();
     adoinit();
-    fkey_lookup = [](const char* name) -> const char* { return macptr(name); };
-    labels_install();
-    link_labels_to_variables();
-    link_expressions();
-    link_sorting();
-    link_macro_functions();
-    link_matrix();
-    link_test_break();
-    link_more_macro_functions();
-    link_results();
-    link_class();
-    link_lumo();
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
@@ -500,41 +480,6 @@ static int console_alloc() {
 static void console_release() {
     if (console) console_kept = console;
     console = nullptr;
-}
-
-static uint64_t dict_bytes() {
-    uint64_t alloc, used;
-    dmmemory(&alloc, &used);
-    return used;
-}
-
-// describe, list and the time-series operators read labels and
-// characteristics through these.
-static void link_labels_to_variables() {
-    varlabel_hook = [](int v) -> const char* {
-        const char* l = ptrvarlab(v);
-        return l ? l : "";
-    };
-    datalabel_hook = []() -> const char* { return datalbl; };
-    datadate_hook = []() -> const char* {
-        const char* d = macptr("S_FNDATE");
-        return d ? d : "";
-    };
-    charget_hook = [](const char* obj, const char* name) -> const char* {
-        static char buf[245];
-        return charload(obj, name, buf, sizeof buf);
-    };
-    charset_hook = [](const char* obj, const char* name, const char* value) {
-        return charsave(obj, name, value);
-    };
-}
-
-static void link_data_area() {
-    dahooks.dict_write = dmwrite;
-    dahooks.dict_read = dmread;
-    dahooks.dict_shutdown = dmshutdown;
-    dahooks.dict_init = dminit;
-    dahooks.dict_bytes = dict_bytes;
 }
 
 static void profile_step() {

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "kernel/brk.h"
+#include "kernel/link.h"
 
 namespace korvu {
 

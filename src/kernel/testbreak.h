@@ -9,7 +9,6 @@ namespace korvu {
 
 extern int64_t test_break_after; // polls left before the break; 0 when off
 
-void link_test_break();
 // Counts one poll; raises the break flag when the count runs out.
 void test_break_tick();
 

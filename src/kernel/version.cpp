@@ -80,11 +80,7 @@ static char* findcolon(char* p) {
 
 // The next word of the line becomes the command and is dispatched.
 static int runbehind() {
-    gettok(prsestd);
-    kvFAST = token[32];
-    token[32] = 0;
-    strcpy(cmd, token);
-    token[32] = kvFAST;
+    gettokcmd();
     return selreq();
 }
 

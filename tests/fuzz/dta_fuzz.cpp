@@ -12,6 +12,7 @@
 #include "data/dta.h"
 #include "data/label.h"
 #include "kernel/dict.h"
+#include "kernel/link.h"
 #include "output/spout.h"
 
 using namespace korvu;
@@ -24,7 +25,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     maxmaxvar = DEFAULT_MAXVAR;
     matsize = DEFAULT_MATSIZE;
     if (news_alloc()) std::abort();
-    labels_install();
+    link_all();
     s_outlev = 5; // quiet
     char tmpl[] = "/tmp/dtafuzz.XXXXXX";
     int fd = mkstemp(tmpl);

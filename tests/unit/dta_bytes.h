@@ -14,6 +14,7 @@
 #include "data/label.h"
 #include "data/storage.h"
 #include "kernel/dict.h"
+#include "kernel/link.h"
 
 struct Bytes {
     std::vector<uint8_t> b;
@@ -73,7 +74,7 @@ struct DtaFixture : ::testing::Test {
         korvu::maxmaxvar = korvu::DEFAULT_MAXVAR;
         korvu::matsize = korvu::DEFAULT_MATSIZE;
         ASSERT_EQ(korvu::news_alloc(), 0);
-        korvu::labels_install();
+        korvu::link_all(); // the product's wiring
         korvu::sysflag = 0;
         korvu::virtualflg = 0;
         korvu::updata = 0;

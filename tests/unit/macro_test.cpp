@@ -10,10 +10,12 @@
 #include "kernel/dict.h"
 #include "kernel/gettok.h"
 #include "kernel/limits.h"
+#include "kernel/link.h"
 #include "kernel/loop.h"
 #include "kernel/macro.h"
 #include "kernel/macro_deps.h"
 #include "kernel/regex.h"
+#include "kernel/scratch.h"
 
 using namespace korvu;
 
@@ -28,12 +30,17 @@ struct Mac : ::testing::Test {
         static char tmp[] = "/tmp";
         if (!tmpdir) tmpdir = tmp;
         unix_pid = static_cast<int32_t>(getpid());
+        // the macro code on its own: only the kernel's links, none of the data side
+        mac_hooks = MacHooks{};
+        for (auto& h : mac_fcn_hooks) h = nullptr;
+        link_programs();
+        link_flow();
     }
     void TearDown() override {
         vernum = saved_vernum;
         typelmac = DM_LMAC0;
-        mac_hooks = MacHooks{};
         dmshutdown();
+        link_all();
     }
     // Expands a line in a buffer of conslen bytes; returns the text, or "r(920)".
     std::string x(const std::string& line) {
@@ -315,22 +322,75 @@ TEST_F(Mac, TemporaryVariableNames) {
 
 TEST_F(Mac, TemporaryFileNames) {
     tmpfctr = 1;
-    char fn[1200], want[1200];
-    mktmpfn(fn);
+    char fn[FNLEN], want[FNLEN];
+    ASSERT_EQ(mktmpfn(fn, sizeof fn), 0);
     std::snprintf(want, sizeof want, "%s/St%05d.000001", tmpdir, unix_pid);
     EXPECT_STREQ(fn, want);
     tmpfctr = 34 * 34 - 1; // "0000xx"
-    mktmpfn(fn);
+    ASSERT_EQ(mktmpfn(fn, sizeof fn), 0);
     EXPECT_EQ(std::string(fn).substr(std::strlen(fn) - 6), "0000xx");
     tmpfctr = 1544000000;
-    mktmpfn(fn);
+    ASSERT_EQ(mktmpfn(fn, sizeof fn), 0);
     EXPECT_EQ(tmpfctr, 1);
+}
+
+// A long temporary directory is taken whole, and one too long for the buffer
+// gives 914 without writing past it.
+TEST_F(Mac, TemporaryFileNameFromLongDirectory) {
+    char* saved = tmpdir;
+    std::string dir(2000, 'd');
+    dir[0] = '/';
+    tmpdir = dir.data();
+    tmpfctr = 34 * 34 * 34 + 2; // "001002" in base 34
+    std::vector<char> fn(FNLEN + 16, '#');
+    ASSERT_EQ(mktmpfn(fn.data(), FNLEN), 0);
+    char tail[64];
+    std::snprintf(tail, sizeof tail, "/St%05d.001002", unix_pid);
+    EXPECT_EQ(std::string(fn.data()), dir + tail);
+    EXPECT_EQ(tmpfctr, 34 * 34 * 34 + 3);
+    // room for the directory but not the digits: 914, the counter unchanged
+    std::string longer(FNLEN - 10, 'e');
+    longer[0] = '/';
+    tmpdir = longer.data();
+    EXPECT_EQ(mktmpfn(fn.data(), FNLEN), 914);
+    EXPECT_EQ(tmpfctr, 34 * 34 * 34 + 3);
+    for (size_t i = FNLEN; i < fn.size(); ++i) EXPECT_EQ(fn[i], '#');
+    tmpdir = saved;
+}
+
+TEST(Scratch, MacroBuffersAreReusedAndSized) {
+    char* a = allocmacro();
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(a[0], 0);
+    std::memset(a, 'x', static_cast<size_t>(macrolen)); // the whole of macrolen is usable
+    a[macrolen] = 0;
+    freechar(a);
+    char* b = allocmacro();
+    EXPECT_EQ(b, a); // the released buffer comes back
+    EXPECT_EQ(b[0], 0);
+    char* c = allocchar(10);
+    ASSERT_NE(c, nullptr);
+    EXPECT_NE(c, b);
+    freechar(c);
+    freechar(b);
+    freechar(nullptr);
+    scratch_release();
+}
+
+TEST(Scratch, CopyTextCutsAndTerminates) {
+    char d[4] = {'#', '#', '#', '#'};
+    EXPECT_EQ(copytext(d, sizeof d, "abcdef"), 6u);
+    EXPECT_STREQ(d, "abc");
+    EXPECT_EQ(copytext(d, sizeof d, "ab"), 2u);
+    EXPECT_STREQ(d, "ab");
+    EXPECT_EQ(copytext(d, 0, "zz"), 2u);
+    EXPECT_STREQ(d, "ab");
 }
 
 TEST_F(Mac, FrameEndRemovesFilesLocalsAndTemporaryItems) {
     int32_t vsince = tmpvctr, fsince = tmpfctr;
-    char fn[1200], n1[16];
-    mktmpfn(fn);
+    char fn[FNLEN], n1[16];
+    ASSERT_EQ(mktmpfn(fn, sizeof fn), 0);
     FILE* f = std::fopen(fn, "w");
     ASSERT_NE(f, nullptr);
     std::fclose(f);

@@ -16,3 +16,4 @@ drop _all
 capture noisily set memory 1k
 set memory 20m
 memory
+display "test completed"

@@ -9,3 +9,4 @@ describe f-s
 describe i, short
 capture noisily describe zz
 capture noisily describe, bogus
+display "test completed"

@@ -21,3 +21,4 @@ format
 capture noisily list L.x
 capture noisily tsrevar L.x
 capture noisily tsrevar x, list substitute
+display "test completed"

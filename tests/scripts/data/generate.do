@@ -20,3 +20,4 @@ list
 capture noisily generate x = 1
 capture noisily generate z = "a"+1
 capture noisily generate byte q = "a"
+display "test completed"

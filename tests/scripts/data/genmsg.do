@@ -24,3 +24,4 @@ replace m = 1000 in 1, nopromote
 replace m = 2.5 in 2, nopromote
 replace m = . in 3
 list h k m
+display "test completed"

@@ -38,3 +38,4 @@ end
 list p q
 capture noisily input mpg float mpg
 capture noisily input str1 age
+display "test completed"

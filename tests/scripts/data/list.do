@@ -19,3 +19,4 @@ list id if 1
 capture noisily list id in 9
 capture noisily list nothere
 capture noisily list, table display
+display "test completed"

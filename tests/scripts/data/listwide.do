@@ -15,3 +15,4 @@ list in 2/3, table
 list third fourth, display
 list third fourth, abbreviate(3)
 list averyveryverylongname1 third, abbreviate(12) noobs
+display "test completed"

@@ -24,3 +24,4 @@ set varabbrev on
 list pri
 capture noisily set varabbrev maybe
 capture noisily list float
+display "test completed"

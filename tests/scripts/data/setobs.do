@@ -12,3 +12,4 @@ capture noisily set obs 2.5
 capture noisily set obs -1
 capture noisily set obs many
 describe, short
+display "test completed"

@@ -32,3 +32,4 @@ list
 describe
 drop _all
 describe
+display "test completed"

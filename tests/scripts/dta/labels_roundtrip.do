@@ -17,3 +17,4 @@ label drop _all
 do yn
 label list yn
 capture use nosuch, clear
+display "test completed"

@@ -20,3 +20,4 @@ use people
 list
 char list
 describe
+display "test completed"

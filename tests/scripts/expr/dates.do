@@ -11,3 +11,4 @@ error !(date("1jan2000","dmy") == 14610 & monthly("2000m3","ym") == 482)
 error !(week(mdy(1,1,2000)) == 1 & quarter(mdy(5,1,2000)) == 2)
 capture noisily display d(32jan2000)
 error _rc != 198
+display "test completed"

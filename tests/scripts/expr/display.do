@@ -8,3 +8,4 @@ display "a" + "b" " c"
 display .a " " . " " 1/3
 display %9.2f 1 2
 display _pi
+display "test completed"

@@ -29,3 +29,4 @@ error !(sum(3) == 3 & sum(.) == 0)
 * _rc is the code of the last captured command
 capture error 7
 error !(_rc == 7)
+display "test completed"

@@ -23,3 +23,4 @@ error _rc != 130
 display sum(1)+sum(1)+sum(1)+sum(1)+sum(1)
 capture noisily display sum(1)+sum(1)+sum(1)+sum(1)+sum(1)+sum(1)
 error _rc != 130
+display "test completed"

@@ -20,3 +20,4 @@ error !(-(.) == .)
 error !(. * 0 == .)
 error !(missing(.b) & !missing(0))
 error !(1.0x+3ff == .)
+display "test completed"

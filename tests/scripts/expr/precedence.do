@@ -29,3 +29,4 @@ error !(((((1)))) == 1)
 error !(1 < 2 < 3)
 error !("ab" < "b")
 error !("a" + "b" == "ab")
+display "test completed"

@@ -48,3 +48,4 @@ capture noisily if 1
 display "an exit inside a loop leaves the do-file"
 do _exitloop
 display "back"
+display "test completed"

@@ -21,3 +21,4 @@ noisily {
         display "nested"
     }
 }
+display "test completed"

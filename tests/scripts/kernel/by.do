@@ -10,3 +10,4 @@ capture noisily by x y: list
 capture noisily bysort x: list
 capture noisily by x: by x: list
 capture noisily by x, bogus: list
+display "test completed"

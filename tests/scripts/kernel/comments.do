@@ -13,5 +13,5 @@ display "f"
 display "h"; display "i";
 #delimit cr
 display "tab	inside"
-display "last line without a line feed is lost"
-display "x"
+do _nolf
+display "test completed"

@@ -22,3 +22,4 @@ set output proc
 capture error 2000
 error 0
 display "after error 0"
+display "test completed"

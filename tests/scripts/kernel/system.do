@@ -13,3 +13,4 @@ capture noisily type nosuchfile.txt
 shell echo from the shell
 ! echo bang
 sleep 10
+display "test completed"

@@ -19,3 +19,4 @@ local cs : char x[]
 local d : data label
 local so : sortedby
 display "[`t'] [`f'] [`vl'] [`va'] [`c'] [`cs'] [`d'] [`so']"
+display "test completed"

@@ -30,3 +30,4 @@ global drop1 "d"
 global drop2 "d"
 macro drop drop*
 macro dir
+display "test completed"

@@ -8,3 +8,4 @@ while `i' < 3 {
   local i = `i' + 1
 }
 display `i'
+display "test completed"

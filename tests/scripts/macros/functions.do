@@ -28,3 +28,4 @@ local f : list sort f
 display `"`f'"'
 local dq : list local (l2) | global (nosuch)
 display "[`dq']"
+display "test completed"

@@ -7,3 +7,4 @@ capture noisily translate tags.ptag narrow.log
 translate tags.ptag narrow.log, replace
 log html tags.ptag tags.html
 type tags.html
+display "test completed"

@@ -41,3 +41,4 @@ capture noisily sysdir bogus
 set adosize 10
 capture noisily set adosize 5
 set adosize 500
+display "test completed"

@@ -4,3 +4,4 @@ adopath
 personal
 which echo
 which adopath.hlp
+display "test completed"

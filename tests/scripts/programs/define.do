@@ -74,3 +74,4 @@ capture noisily do _noend.do
 program dir
 program drop _all
 program dir
+display "test completed"

@@ -95,3 +95,4 @@ program define splitter
     display "1=[`1'] 2=[`2'] 3=[`3']"
 end
 splitter a b,c
+display "test completed"

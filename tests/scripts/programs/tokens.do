@@ -72,3 +72,4 @@ numlist "4 1 3", sort
 capture noisily numlist "1(0)5"
 capture noisily numlist "1/3 2", ascending
 capture noisily numlist "3 2 2", descending
+display "test completed"

@@ -55,3 +55,4 @@ markout m2 x y
 list
 capture noisily markout x y
 capture noisily mark m2
+display "test completed"

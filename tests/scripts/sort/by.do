@@ -60,3 +60,4 @@ assert _rc == 9
 * a command that cannot be run by group
 capture by g: describe
 assert _rc == 190
+display "test completed"

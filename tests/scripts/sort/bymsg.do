@@ -13,3 +13,4 @@ by g: replace y = 0 if y == .
 by g: drop if _n == 2
 by g: count
 capture noisily by g, rc0: count if "s"
+display "test completed"

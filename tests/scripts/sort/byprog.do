@@ -40,3 +40,4 @@ program define outer, byable(recall)
 end
 by g: outer
 assert $inner == 0
+display "test completed"

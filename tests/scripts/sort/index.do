@@ -20,3 +20,4 @@ assert id == _n
 local srt : sortedby
 assert "`srt'" == "id"
 describe, short
+display "test completed"

@@ -81,3 +81,4 @@ capture sort z, stable index(q)
 assert _rc == 198
 capture sort
 assert _rc == 100
+display "test completed"

@@ -85,3 +85,4 @@ assert $c1 == 6755165439 & $c2 == 13514051422975
 sort b in 1001/2500
 run _cks
 assert $c1 == 6752409875 & $c2 == 13507136153815
+display "test completed"

@@ -1,0 +1,2 @@
+ex
+display "not reached: ex is exit"

@@ -1,0 +1,2 @@
+exit
+display "not reached"

@@ -1,0 +1,2 @@
+display "last line without a line feed is lost"
+display "x"

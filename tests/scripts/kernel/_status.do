@@ -1,0 +1,3 @@
+display "before"
+error 459
+display "never"
