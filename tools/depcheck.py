@@ -40,6 +40,8 @@ RULES = {
     # the kernel and the data side call each other (the kernel's parse fills
     # the varlist); neither reaches up except through hooks
     "kernel": ["kernel", "data", "output"],
+    # uniform() draws inline in the evaluator; the generator includes nothing
+    "data/expr/exp_xeq.cpp": ["kernel", "data", "output", "results/rng/rng.h"],
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,
@@ -60,6 +62,7 @@ FLAT = {
     "kernel/builtins.cpp": "kernel/cmds/builtins.cpp",
     "kernel/loop.cpp": "kernel/loop/loop.cpp",
     "kernel/adopath.cpp": "kernel/program/adopath.cpp",
+    "data/exp_xeq.cpp": "data/expr/exp_xeq.cpp",
 }
 
 

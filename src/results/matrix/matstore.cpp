@@ -268,7 +268,7 @@ int matfullnameparse(const char* tok, char* eq, char* nm, char* op) {
         rest = dot + 1;
     }
     if (!*rest || std::strlen(rest) >= STRIPE_NAME) return 198;
-    std::strcpy(nm, rest);
+    std::memcpy(nm, rest, std::strlen(rest) + 1);
     return 0;
 }
 
