@@ -1,5 +1,5 @@
 // The console edition.
-#include "kernel/startup.h"
+#include "kernel/loop/startup.h"
 
 int main(int argc, char** argv) {
     return korvu::korvu_main(argc, argv);

@@ -7,17 +7,17 @@
 #include <vector>
 
 #include "class/clslang.h"
-#include "kernel/brk.h"
-#include "kernel/builtins.h"
-#include "kernel/cmdparse.h"
-#include "kernel/dict.h"
-#include "kernel/errors.h"
-#include "kernel/flow.h"
-#include "kernel/gettok.h"
-#include "kernel/limits.h"
-#include "kernel/loop.h"
-#include "kernel/macro.h"
-#include "kernel/program.h"
+#include "kernel/cmds/builtins.h"
+#include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
+#include "kernel/flow/flow.h"
+#include "kernel/loop/brk.h"
+#include "kernel/loop/limits.h"
+#include "kernel/loop/loop.h"
+#include "kernel/macro/macro.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/program/program.h"
 #include "output/spout.h"
 
 namespace korvu {

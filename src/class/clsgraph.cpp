@@ -8,8 +8,8 @@
 #include <string>
 
 #include "class/clslang.h"
-#include "data/missing.h"
-#include "kernel/errors.h"
+#include "data/area/missing.h"
+#include "kernel/errors/errors.h"
 #include "output/spout.h"
 
 namespace korvu {

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "data/missing.h"
-#include "kernel/dict.h"
-#include "kernel/errors.h"
+#include "data/area/missing.h"
+#include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "output/spout.h"
 
 namespace korvu {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "output/ptl.h"
+#include "output/ptl/ptl.h"
 
 namespace korvu {
 

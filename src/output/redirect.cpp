@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "output/ptl.h"
+#include "output/ptl/ptl.h"
 #include "output/spout.h"
 
 namespace korvu {

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "kernel/brk.h"
+#include "kernel/loop/brk.h"
 
 namespace korvu {
 

@@ -3,7 +3,7 @@
 #pragma once
 #include <cstdint>
 
-#include "output/ptl.h"
+#include "output/ptl/ptl.h"
 
 namespace korvu {
 

@@ -2,13 +2,13 @@
 // the expression compiler, macro expansion and the data area.
 #include <cstring>
 
-#include "data/dataarea.h"
-#include "data/expr.h"
-#include "data/varlist.h"
-#include "kernel/argparse.h"
-#include "kernel/dofile.h"
-#include "kernel/loop.h"
-#include "kernel/macro.h"
+#include "data/area/dataarea.h"
+#include "data/expr/expr.h"
+#include "data/vars/varlist.h"
+#include "kernel/flow/dofile.h"
+#include "kernel/loop/loop.h"
+#include "kernel/macro/macro.h"
+#include "kernel/program/argparse.h"
 #include "results/estore.h"
 #include "results/stores.h"
 

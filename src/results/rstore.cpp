@@ -4,12 +4,12 @@
 
 #include <cstring>
 
-#include "data/formats.h"
-#include "data/missing.h"
-#include "kernel/brk.h"
-#include "kernel/dict.h"
-#include "kernel/macro.h"
-#include "kernel/options.h"
+#include "data/area/missing.h"
+#include "data/formats/formats.h"
+#include "kernel/dict/dict.h"
+#include "kernel/loop/brk.h"
+#include "kernel/macro/macro.h"
+#include "kernel/parse/options.h"
 #include "output/spout.h"
 
 namespace korvu {

@@ -8,17 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "data/dataarea.h"
-#include "data/expr.h"
-#include "data/formats.h"
-#include "data/label.h"
-#include "data/missing.h"
-#include "data/storage.h"
-#include "data/vartab.h"
-#include "kernel/brk.h"
-#include "kernel/cmdparse.h"
-#include "kernel/errors.h"
-#include "kernel/options.h"
+#include "data/area/dataarea.h"
+#include "data/area/missing.h"
+#include "data/area/storage.h"
+#include "data/expr/expr.h"
+#include "data/formats/formats.h"
+#include "data/labels/label.h"
+#include "data/vars/vartab.h"
+#include "kernel/errors/errors.h"
+#include "kernel/loop/brk.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/options.h"
 #include "output/spout.h"
 #include "results/stores.h"
 

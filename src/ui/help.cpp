@@ -9,12 +9,12 @@
 #include <cstring>
 #include <vector>
 
-#include "kernel/brk.h"
-#include "kernel/builtins.h"
-#include "kernel/errors.h"
-#include "kernel/gettok.h"
-#include "kernel/macro.h"
-#include "kernel/program.h"
+#include "kernel/cmds/builtins.h"
+#include "kernel/errors/errors.h"
+#include "kernel/loop/brk.h"
+#include "kernel/macro/macro.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/program/program.h"
 #include "output/spout.h"
 #include "results/stores.h"
 

@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <string>
 
-#include "data/dataarea.h"
-#include "data/dta.h"
-#include "data/label.h"
-#include "kernel/dict.h"
-#include "kernel/link.h"
+#include "app/link.h"
+#include "data/area/dataarea.h"
+#include "data/dta/dta.h"
+#include "data/labels/label.h"
+#include "kernel/dict/dict.h"
 #include "output/spout.h"
 
 using namespace korvu;

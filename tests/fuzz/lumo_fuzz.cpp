@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "kernel/dict.h"
+#include "kernel/dict/dict.h"
 #include "lumo_fuzz_one.h"
 #include "output/spout.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "kernel/dict.h"
+#include "kernel/dict/dict.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/lumo.h"
 

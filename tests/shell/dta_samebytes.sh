@@ -47,9 +47,9 @@ printf 'use a1\nsave a3\nuse a1_in, clear\nsave a3_in\n' > again.do
 for f in a1 a1_in; do
   python3 "$ref" $f.dta || fail "stray bytes in the cells of $f.dta"
 done
-cmp a1.dta a3.dta >/dev/null || fail "a1.dta and a3.dta differ"
-cmp a1_in.dta a3_in.dta >/dev/null || fail "a1_in.dta and a3_in.dta differ"
 # the time stamp may differ by a minute between runs: compare past the header
+cmp <(tail -c +110 a1.dta) <(tail -c +110 a3.dta) || fail "a1.dta and a3.dta differ"
+cmp <(tail -c +110 a1_in.dta) <(tail -c +110 a3_in.dta) || fail "a1_in.dta and a3_in.dta differ"
 cmp <(tail -c +110 a1.dta) <(tail -c +110 a2.dta) || fail "a1.dta and a2.dta differ"
 cmp <(tail -c +110 a1_in.dta) <(tail -c +110 a2_in.dta) || fail "a1_in.dta and a2_in.dta differ"
 # the cells themselves, worked out by hand

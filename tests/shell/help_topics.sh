@@ -18,7 +18,7 @@ shorthand=$(grep -rhoE '\{(ifin|weight|dtype|var|varname|vars|varlist|depvar|dep
 
 # commands: rows of the built-in table with a handler
 cmds=$(grep -oE '^\s*\{"[^"]+", [0-9]+, .{3}, [0-9]+, [0-9]+, [0-9], [A-Za-z_0-9]+' \
-  "$top/src/kernel/builtins.cpp" | grep -v nullptr | sed -E 's/^\s*\{"([^"]+)".*/\1/' | sort -u)
+  "$top/src/kernel/cmds/builtins.cpp" | grep -v nullptr | sed -E 's/^\s*\{"([^"]+)".*/\1/' | sort -u)
 [ "$(echo "$cmds" | wc -l)" -gt 50 ] || fail "could not read the built-in table"
 ados=$(find "$top/base" -name '*.ado' -exec basename {} .ado \; | sort -u)
 

@@ -2,7 +2,7 @@
 #pragma once
 #include <string>
 
-#include "output/ptl.h"
+#include "output/ptl/ptl.h"
 #include "output/spout.h"
 
 struct CapturedOutput {

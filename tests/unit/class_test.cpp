@@ -8,8 +8,8 @@
 #include <string>
 
 #include "class/clsstore.h"
-#include "data/missing.h"
-#include "kernel/dict.h"
+#include "data/area/missing.h"
+#include "kernel/dict/dict.h"
 
 using namespace korvu;
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "data/dataarea.h"
+#include "data/area/dataarea.h"
 
 inline void open_data_area(uint64_t memory) {
     using namespace korvu;

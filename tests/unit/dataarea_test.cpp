@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string>
 
-#include "data/dataarea.h"
-#include "data/storage.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
 #include "dataarea_fixture.h"
 
 using namespace korvu;
@@ -727,7 +727,7 @@ TEST_F(Area, DynamicArea) {
 // ---- the commands, driven through the tokenizer ----------------------------
 
 #include "capture.h"
-#include "kernel/gettok.h"
+#include "kernel/parse/gettok.h"
 
 namespace {
 char line[256];

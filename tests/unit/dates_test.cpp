@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "data/dates.h"
-#include "data/missing.h"
+#include "data/area/missing.h"
+#include "data/formats/dates.h"
 
 using namespace korvu;
 

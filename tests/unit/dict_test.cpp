@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "kernel/dict.h"
+#include "kernel/dict/dict.h"
 
 using namespace korvu;
 

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "data/dataarea.h"
-#include "data/label.h"
-#include "data/storage.h"
-#include "kernel/dict.h"
-#include "kernel/link.h"
+#include "app/link.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
+#include "data/labels/label.h"
+#include "kernel/dict/dict.h"
 
 struct Bytes {
     std::vector<uint8_t> b;

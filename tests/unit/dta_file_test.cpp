@@ -6,10 +6,10 @@
 #include <sys/stat.h>
 
 #include "capture.h"
-#include "data/char.h"
-#include "data/dta.h"
+#include "data/dta/dta.h"
+#include "data/vars/char.h"
 #include "dta_bytes.h"
-#include "kernel/macro.h"
+#include "kernel/macro/macro.h"
 
 using namespace korvu;
 

@@ -6,8 +6,8 @@
 #include <set>
 
 #include "capture.h"
-#include "data/char.h"
-#include "data/dta.h"
+#include "data/dta/dta.h"
+#include "data/vars/char.h"
 #include "dta_bytes.h"
 
 using namespace korvu;

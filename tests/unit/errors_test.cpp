@@ -5,7 +5,7 @@
 #include <string>
 
 #include "capture.h"
-#include "kernel/errors.h"
+#include "kernel/errors/errors.h"
 #include "output/spout.h"
 
 using namespace korvu;

@@ -11,15 +11,15 @@
 #include <vector>
 
 #include "capture.h"
-#include "data/dataarea.h"
-#include "data/exp_ops.h"
-#include "data/expr.h"
-#include "data/storage.h"
-#include "data/vartab.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
+#include "data/expr/exp_ops.h"
+#include "data/expr/expr.h"
+#include "data/vars/vartab.h"
 #include "dataarea_fixture.h"
-#include "kernel/cmdparse.h"
-#include "kernel/gettok.h"
-#include "kernel/limits.h"
+#include "kernel/loop/limits.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/gettok.h"
 
 using namespace korvu;
 

@@ -8,11 +8,11 @@
 #include <random>
 #include <string>
 
-#include "data/dates.h"
-#include "data/formats.h"
-#include "data/hexfloat.h"
-#include "data/missing.h"
-#include "kernel/options.h"
+#include "data/area/hexfloat.h"
+#include "data/area/missing.h"
+#include "data/formats/dates.h"
+#include "data/formats/formats.h"
+#include "kernel/parse/options.h"
 #include "output/spout.h"
 
 using namespace korvu;

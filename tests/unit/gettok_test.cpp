@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kernel/gettok.h"
+#include "kernel/parse/gettok.h"
 
 using namespace korvu;
 

@@ -5,10 +5,10 @@
 #include <random>
 
 #include "capture.h"
-#include "data/char.h"
-#include "data/label.h"
+#include "data/labels/label.h"
+#include "data/vars/char.h"
 #include "dta_bytes.h"
-#include "kernel/gettok.h"
+#include "kernel/parse/gettok.h"
 
 using namespace korvu;
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "capture.h"
-#include "kernel/dict.h"
+#include "kernel/dict/dict.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/lumo.h"
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "../fuzz/lumo_fuzz_one.h"
-#include "kernel/dict.h"
+#include "kernel/dict/dict.h"
 #include "output/spout.h"
 
 using namespace korvu;

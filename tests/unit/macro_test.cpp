@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "kernel/dict.h"
-#include "kernel/gettok.h"
-#include "kernel/limits.h"
-#include "kernel/link.h"
-#include "kernel/loop.h"
-#include "kernel/macro.h"
-#include "kernel/macro_deps.h"
-#include "kernel/regex.h"
-#include "kernel/scratch.h"
+#include "app/link.h"
+#include "kernel/dict/dict.h"
+#include "kernel/loop/limits.h"
+#include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
+#include "kernel/macro/macro.h"
+#include "kernel/macro/macro_deps.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/regex/regex.h"
 
 using namespace korvu;
 

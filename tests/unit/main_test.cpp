@@ -1,7 +1,7 @@
 // Unit tests of the core library; each subsystem adds its own file beside this one.
 #include <gtest/gtest.h>
 
-#include "kernel/link.h"
+#include "app/link.h"
 
 // Every test runs against the wiring of the product: the one link point.
 namespace {

@@ -13,10 +13,10 @@
 #include <cstring>
 #include <vector>
 
-#include "data/dataarea.h"
-#include "data/missing.h"
-#include "kernel/cmdparse.h"
-#include "kernel/dict.h"
+#include "data/area/dataarea.h"
+#include "data/area/missing.h"
+#include "kernel/dict/dict.h"
+#include "kernel/parse/cmdparse.h"
 #include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
 #include "results/settings.h"

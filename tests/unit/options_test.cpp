@@ -4,9 +4,9 @@
 #include <string>
 
 #include "capture.h"
-#include "kernel/cmdparse.h"
-#include "kernel/gettok.h"
-#include "kernel/options.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/parse/options.h"
 
 using namespace korvu;
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "kernel/argparse.h"
-#include "kernel/dict.h"
-#include "kernel/limits.h"
-#include "kernel/loop.h"
-#include "kernel/program.h"
+#include "kernel/dict/dict.h"
+#include "kernel/loop/limits.h"
+#include "kernel/loop/loop.h"
+#include "kernel/program/argparse.h"
+#include "kernel/program/program.h"
 
 using namespace korvu;
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <unistd.h>
 
-#include "kernel/brk.h"
+#include "kernel/loop/brk.h"
 #include "output/console_sink.h"
-#include "output/ptl_state.h"
+#include "output/ptl/ptl_state.h"
 
 namespace korvu {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "output/ptl_capture.h"
-#include "output/ptl_state.h"
+#include "output/ptl/ptl_capture.h"
+#include "output/ptl/ptl_state.h"
 
 namespace korvu {
 namespace {

@@ -10,8 +10,8 @@
 #include <string>
 #include <unistd.h>
 
-#include "output/ptl_capture.h"
-#include "output/ptl_state.h"
+#include "output/ptl/ptl_capture.h"
+#include "output/ptl/ptl_state.h"
 
 namespace korvu {
 namespace {

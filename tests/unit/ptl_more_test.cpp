@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "kernel/brk.h"
-#include "output/ptl_capture.h"
-#include "output/ptl_state.h"
+#include "kernel/loop/brk.h"
+#include "output/ptl/ptl_capture.h"
+#include "output/ptl/ptl_state.h"
 
 namespace korvu {
 namespace {

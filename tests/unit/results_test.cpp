@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "capture.h"
-#include "kernel/dict.h"
-#include "kernel/limits.h"
-#include "kernel/macro.h"
+#include "kernel/dict/dict.h"
+#include "kernel/loop/limits.h"
+#include "kernel/macro/macro.h"
 #include "results/estore.h"
 #include "results/settings.h"
 #include "results/stores.h"

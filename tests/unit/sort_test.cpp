@@ -8,11 +8,11 @@
 #include <cstring>
 #include <vector>
 
-#include "data/dataarea.h"
-#include "data/generate.h"
-#include "data/sort.h"
-#include "data/storage.h"
-#include "data/vartab.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
+#include "data/select/generate.h"
+#include "data/sort/sort.h"
+#include "data/vars/vartab.h"
 
 using namespace korvu;
 

@@ -8,8 +8,8 @@
 
 #include <cstring>
 
-#include "data/dataarea.h"
-#include "data/storage.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
 
 using namespace korvu;
 

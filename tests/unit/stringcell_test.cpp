@@ -5,8 +5,8 @@
 #include <cstring>
 #include <memory>
 
-#include "data/dataarea.h"
-#include "data/storage.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
 #include "dataarea_fixture.h"
 
 using namespace korvu;

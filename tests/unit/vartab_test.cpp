@@ -7,15 +7,15 @@
 #include <vector>
 
 #include "capture.h"
-#include "data/dataarea.h"
-#include "data/storage.h"
-#include "data/varlist.h"
-#include "data/vartab.h"
+#include "data/area/dataarea.h"
+#include "data/area/storage.h"
+#include "data/vars/varlist.h"
+#include "data/vars/vartab.h"
 #include "dataarea_fixture.h"
-#include "kernel/cmdparse.h"
-#include "kernel/dict.h"
-#include "kernel/gettok.h"
-#include "kernel/options.h"
+#include "kernel/dict/dict.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/parse/options.h"
 
 using namespace korvu;
 

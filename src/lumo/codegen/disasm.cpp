@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "data/missing.h"
+#include "data/area/missing.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/lumo.h"
 #include "output/spout.h"

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "data/missing.h"
-#include "kernel/brk.h"
+#include "data/area/missing.h"
+#include "kernel/loop/brk.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/front/cc.h"
 #include "lumo/front/expr.h"

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "data/missing.h"
-#include "kernel/brk.h"
+#include "data/area/missing.h"
+#include "kernel/loop/brk.h"
 #include "lumo/front/cc.h"
 #include "lumo/lumo.h"
 

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <new>
 
-#include "kernel/brk.h"
-#include "kernel/dict.h"
-#include "kernel/limits.h"
-#include "kernel/loop.h"
+#include "kernel/dict/dict.h"
+#include "kernel/loop/brk.h"
+#include "kernel/loop/limits.h"
+#include "kernel/loop/loop.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/front/cc.h"
 #include "lumo/front/expr.h"

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <vector>
 
-#include "data/missing.h"
-#include "kernel/brk.h"
+#include "data/area/missing.h"
+#include "kernel/loop/brk.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
 #include "results/settings.h"

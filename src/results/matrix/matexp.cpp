@@ -11,14 +11,14 @@
 #include <cstring>
 #include <new>
 
-#include "data/dataarea.h"
-#include "data/expr.h"
-#include "data/missing.h"
-#include "kernel/brk.h"
-#include "kernel/cmdparse.h"
-#include "kernel/dict.h"
-#include "kernel/errors.h"
-#include "kernel/options.h"
+#include "data/area/dataarea.h"
+#include "data/area/missing.h"
+#include "data/expr/expr.h"
+#include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
+#include "kernel/loop/brk.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/options.h"
 #include "output/spout.h"
 #include "results/rng/rng.h"
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "data/dataarea.h"
-#include "data/missing.h"
-#include "kernel/cmdparse.h"
-#include "kernel/dict.h"
-#include "kernel/errors.h"
+#include "data/area/dataarea.h"
+#include "data/area/missing.h"
+#include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
+#include "kernel/parse/cmdparse.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
 

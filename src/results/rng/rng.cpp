@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "kernel/errors.h"
-#include "kernel/gettok.h"
-#include "kernel/limits.h"
-#include "kernel/options.h"
+#include "kernel/errors/errors.h"
+#include "kernel/loop/limits.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/parse/options.h"
 #include "output/spout.h"
 
 namespace korvu {
