@@ -73,6 +73,25 @@ int chunk_select(int i0, int i1, std::vector<double>& buf, std::vector<uint8_t>&
     return 0;
 }
 
+// Calls f(x, w) for each selected observation of v in range whose value is
+// not missing, block by block; 1 on a break, or the weight's error.
+template <class F> int each_selected(int v, F&& f) {
+    std::vector<double> buf(CHUNK), w(CHUNK);
+    std::vector<uint8_t> sel(CHUNK);
+    for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
+        int i1 = std::min(nobs2, i0 + CHUNK - 1);
+        if (kvpollstd()) return 1;
+        if (int rc = chunk_select(i0, i1, buf, sel, w)) return error(rc);
+        for (int j = 0; j <= i1 - i0; ++j) {
+            if (!sel[j]) continue;
+            double x = korvu_data(v, i0 + j);
+            if (x >= misval) continue;
+            f(x, w[j]);
+        }
+    }
+    return 0;
+}
+
 // The first pass, also gathering the used values (and weights) when asked.
 int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* wts) {
     if (!ifclause && !weclause) {
@@ -97,27 +116,15 @@ int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* w
         p.sumw_e = 0;
         return 0;
     }
-    std::vector<double> buf(CHUNK), w(CHUNK);
-    std::vector<uint8_t> sel(CHUNK);
-    for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
-        int i1 = std::min(nobs2, i0 + CHUNK - 1);
-        if (kvpollstd()) return 1;
-        if (int rc = chunk_select(i0, i1, buf, sel, w)) return error(rc);
-        for (int j = 0; j <= i1 - i0; ++j) {
-            if (!sel[j]) continue;
-            double x = korvu_data(v, i0 + j);
-            if (x >= misval) continue;
-            double wj = w[j];
-            accumerr(&p.sumw, &p.sumw_e, wj);
-            accumerr(&p.sum, &p.sum_e, wj * x);
-            if (x < p.min) p.min = x;
-            if (x > p.max) p.max = x;
-            ++p.n;
-            if (vals) vals->push_back(x);
-            if (wts && weclause) wts->push_back(wj);
-        }
-    }
-    return 0;
+    return each_selected(v, [&](double x, double wj) {
+        accumerr(&p.sumw, &p.sumw_e, wj);
+        accumerr(&p.sum, &p.sum_e, wj * x);
+        if (x < p.min) p.min = x;
+        if (x > p.max) p.max = x;
+        ++p.n;
+        if (vals) vals->push_back(x);
+        if (wts && weclause) wts->push_back(wj);
+    });
 }
 
 // Sums of w * (x - mean) and w * (x - mean)^2 over the same observations:
@@ -143,21 +150,12 @@ int second_pass(int v, double mean, double sumw, double* meanout, double* ss) {
         if (*ss < 0) *ss = 0;
         return 0;
     }
-    std::vector<double> buf(CHUNK), w(CHUNK);
-    std::vector<uint8_t> sel(CHUNK);
-    for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
-        int i1 = std::min(nobs2, i0 + CHUNK - 1);
-        if (kvpollstd()) return 1;
-        if (int rc = chunk_select(i0, i1, buf, sel, w)) return error(rc);
-        for (int j = 0; j <= i1 - i0; ++j) {
-            if (!sel[j]) continue;
-            double x = korvu_data(v, i0 + j);
-            if (x >= misval) continue;
-            double d = x - mean, wd = w[j] * d;
+    if (int rc = each_selected(v, [&](double x, double wj) {
+            double d = x - mean, wd = wj * d;
             accumerr(&s1, &e1, wd);
             accumerr(&s, &e, wd * d);
-        }
-    }
+        }))
+        return rc;
     double r = s1 + e1;
     *meanout = mean + r / sumw;
     *ss = (s + e) - r * r / sumw;

@@ -499,6 +499,28 @@ static int runbody(const std::vector<char>& rest) {
     return runblock_old(console);
 }
 
+// One pass with the loop's macro set to value; false when the loop stops.
+static bool looppass(const LoopSave& s, int32_t first, const std::vector<char>& rest,
+                     const char* lname, const char* value, int& rc, bool& ran) {
+    if (int src = macresave(lname, value)) {
+        rc = src;
+        return false;
+    }
+    passbegin(s, first);
+    if (rc) procflg = 0;
+    if (int brc = runbody(rest)) rc = brc;
+    ran = true;
+    return !exitflg;
+}
+
+// A loop that made no pass still reads its body once, unrun, to its end.
+static void loopskip(bool ran, int32_t first, const std::vector<char>& rest) {
+    if (ran || exitflg) return;
+    sys_upline = first;
+    procflg = 0;
+    runbody(rest);
+}
+
 int forvals(int) {
     char* head = lwheretok();
     char* brace = blockbrace(wheretok());
@@ -542,21 +564,9 @@ int forvals(int) {
             if (ran) break;
         }
         loopvalue(v, value);
-        if (int src = macresave(lname, value)) {
-            rc = src;
-            break;
-        }
-        passbegin(s, first);
-        if (rc) procflg = 0;
-        if (int brc = runbody(rest)) rc = brc;
-        ran = true;
-        if (exitflg) break;
+        if (!looppass(s, first, rest, lname, value, rc, ran)) break;
     }
-    if (!ran && !exitflg) {
-        sys_upline = first;
-        procflg = 0;
-        runbody(rest);
-    }
+    loopskip(ran, first, rest);
     loopend(s);
     return rc;
 }
@@ -773,21 +783,9 @@ int foreach (int) {
             rc = 1;
             if (ran) break;
         }
-        if (int src = macresave(lname, elem.data())) {
-            rc = src;
-            break;
-        }
-        passbegin(s, first);
-        if (rc) procflg = 0;
-        if (int brc = runbody(rest)) rc = brc;
-        ran = true;
-        if (exitflg) break;
+        if (!looppass(s, first, rest, lname, elem.data(), rc, ran)) break;
     }
-    if (!ran && !exitflg) {
-        sys_upline = first;
-        procflg = 0;
-        runbody(rest);
-    }
+    loopskip(ran, first, rest);
     fedepth--;
     fe_cur = list.prev;
     if (made) macerase(list.name);
