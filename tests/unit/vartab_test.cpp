@@ -399,6 +399,8 @@ TEST_F(Vars, SavedListAndOptionLists) {
     settok(line.data());
     ASSERT_EQ(ssvlist(prsestd2, 0), 0);
     gettok(prsestd);
+    opable = 0; // options allowed, none read yet, as a command that takes them
+    noptn = 0;
     ASSERT_EQ(proption(), 0);
     int dst[10];
     EXPECT_EQ(findvlist("keep", 4, dst, 10), 2);
