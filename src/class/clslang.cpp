@@ -1106,7 +1106,6 @@ void link_class() {
     mac_hooks.clsvalue = clsvalue_hook;
     frame_hooks.rmtmpclass = cls_frame_end;
     frame_hooks.cls_clear_return = clsrtn_clear;
-    cls_make_builtin_classes();
 }
 
 } // namespace korvu

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "app/link.h"
+#include "class/clslang.h"
 #include "data/area/dataarea.h"
 #include "data/area/missing.h"
 #include "data/labels/label.h"
@@ -418,6 +419,7 @@ int sinit0(int argc, char** argv) {
     }
     dminit();
     adoinit();
+    cls_make_builtin_classes(); // their keys go into the dictionary
     sinit_state = 13;
     if (shownotes) {
         int k = 0;
