@@ -45,9 +45,9 @@ done
 # cells by an independent reader: 2^1023 is 8.98846567431158e+307 exactly,
 # 2^127 is 1.7014118346046923e+38
 python3 - "$ref" <<'PY' || fail "cells of the old-format files"
-import importlib.util, struct, sys
-spec = importlib.util.spec_from_file_location("dtacells", sys.argv[1])
-m = importlib.util.module_from_spec(spec); spec.loader.exec_module(m)
+import os, struct, sys
+sys.path.insert(0, os.path.dirname(os.path.abspath(sys.argv[1])))
+import dtacells as m
 M, F = 2.0 ** 1023, 2.0 ** 127
 want = [
     [1.5, F, 20, 1000, 2147483647],

@@ -22,8 +22,8 @@ nest() {
   }'
 }
 
-for spec in if:35000 brace:15000 forv:20000 foreach:10000; do
-  kind=${spec%%:*} n=${spec##*:}
+for depth in if:35000 brace:15000 forv:20000 foreach:10000; do
+  kind=${depth%%:*} n=${depth##*:}
   nest "$kind" "$n" > deep.do
   printf 'do deep.do, nostop\ndisplay "alive"\n' | "$exe" -q > out.txt 2>&1
   st=$?
