@@ -35,11 +35,6 @@ int classerr(int code) {
     return error(code);
 }
 
-int endofline() {
-    gettok(prsestd);
-    return token[0] ? error(198) : 0;
-}
-
 // Items of a type in the order they were added (the dictionary keeps the
 // newest first).
 std::vector<void*> items_of(int type) {

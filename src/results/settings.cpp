@@ -34,30 +34,12 @@ KeptSettings kset;
 
 namespace {
 
-int endofline() {
-    gettok(prsestd);
-    if (token[0]) return error(198);
-    return 0;
-}
-
 int readint(int* out) {
     gettok(prsenum);
     double v;
     if (cnvstoz(token, &v) || v != std::floor(v) || std::fabs(v) > 2147483647.0) return error(198);
     *out = static_cast<int>(v);
     return 0;
-}
-
-// on|off, then the end of the line.
-int readflag(uint8_t* out) {
-    gettok(prsestd);
-    if (cmdcmp(token, "on", 2))
-        *out = 1;
-    else if (cmdcmp(token, "off", 3))
-        *out = 0;
-    else
-        return error(198);
-    return endofline();
 }
 
 int set_more() {
@@ -468,6 +450,21 @@ std::string valtext(const Val& v) {
 }
 
 } // namespace
+
+// on|off, then the end of the line.
+int readflag(uint8_t* out) {
+    gettok(prsestd);
+    uint8_t v;
+    if (cmdcmp(token, "on", 2))
+        v = 1;
+    else if (cmdcmp(token, "off", 3))
+        v = 0;
+    else
+        return error(198);
+    if (int rc = endofline()) return rc;
+    *out = v;
+    return 0;
+}
 
 int setting_value(const char* key, double* numout, char* str, size_t n) {
     for (const SetRow& r : set_table) {

@@ -42,6 +42,8 @@ extern KeptSettings kset;
 int setting_value(const char* key, double* num, char* str, size_t n);
 
 int setcmd(int);
+// on|off, then the end of the line; *out changes only when both are right.
+int readflag(uint8_t* out);
 int query(int);
 
 } // namespace korvu

@@ -30,7 +30,8 @@ static int errmsg(const char* text, int rc) {
     return rc;
 }
 
-static int endofline() {
+// The end of the line, naming a word left over.
+static int endofline_named() {
     gettok(prsestd);
     if (!token[0]) return 0;
     uint8_t old = c_outlev;
@@ -91,7 +92,7 @@ int renamecmd(int) {
     gettok(prsestd);
     if (!token[0] || tokisstr(token)) return error(198);
     std::string newn = token;
-    if (int rc = endofline()) return rc;
+    if (int rc = endofline_named()) return rc;
     int v = korvu_findvar(oldn.c_str(), 1, 0);
     if (v < 0) return -v;
     if (!strcmp(varname(v), newn.c_str())) return 0;
@@ -167,7 +168,7 @@ int formatcmd(int) {
     if (rc) return rc;
     std::vector<int32_t> list(varlist_vr, varlist_vr + lnvar);
     if (!fmtfirst && !readfmt(&fmt)) {
-        if (int r2 = endofline()) return r2;
+        if (int r2 = endofline_named()) return r2;
         if (list.empty()) {
             allvarlist();
             list.assign(varlist_vr, varlist_vr + lnvar);
@@ -180,7 +181,7 @@ int formatcmd(int) {
         }
         return 0;
     }
-    if (int r2 = endofline()) return r2;
+    if (int r2 = endofline_named()) return r2;
     if (list.empty()) return required("varlist");
     for (int32_t v : list) { // all or nothing
         char slot[FMTLEN1];
@@ -210,7 +211,7 @@ int set_obs() {
     double x;
     if (!token[0] || tokisstr(token) || cnvstoz(token, &x) || x != std::floor(x) || x < 0)
         return errmsg("set obs requires a nonnegative whole number of observations\n", 198);
-    if (int rc = endofline()) return rc;
+    if (int rc = endofline_named()) return rc;
     // a count past what the observation table can number never fits
     if (x > 2147483646.0) return dataarea_error(901);
     const int32_t n = static_cast<int32_t>(x);

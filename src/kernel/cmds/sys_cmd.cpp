@@ -36,12 +36,6 @@
 
 namespace korvu {
 
-static int endofline() {
-    gettok(prsestd);
-    if (token[0]) return error(198);
-    return 0;
-}
-
 static int readint(int* out) {
     gettok(prsenum);
     double v;

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstring>
 
+#include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 
@@ -358,6 +359,11 @@ uint32_t cmdhash(const char* text) {
     for (const unsigned char* p = reinterpret_cast<const unsigned char*>(text); *p; p++)
         h = h * 31 + *p;
     return h % 1997333137u;
+}
+
+int endofline() {
+    gettok(prsestd);
+    return token[0] ? error(198) : 0;
 }
 
 } // namespace korvu

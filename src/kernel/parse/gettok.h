@@ -30,6 +30,8 @@ void settok(char* text);
 char* gettokcmd();
 void setcmdword(const char* word);
 char* gettok(const char* delims);
+// 0 at the end of the line; 198 when a word is left over.
+int endofline();
 int gettoklong(char* dst, const char* delims, int brackets);
 int gettokfn(char* dst);
 int gtokis(int c);

@@ -247,23 +247,8 @@ int lumoxeq(const char* text) {
 
 // Settings.
 
-static int onoff(uint8_t* flag) {
-    gettok(prsestd);
-    uint8_t v;
-    if (cmdcmp(token, "on", 2))
-        v = 1;
-    else if (cmdcmp(token, "off", 3))
-        v = 0;
-    else
-        return error(198);
-    gettok(prsestd);
-    if (token[0]) return error(198);
-    *flag = v;
-    return 0;
-}
-
 int set_lumodebug() {
-    return onoff(&m_dbugflg);
+    return readflag(&m_dbugflg);
 }
 
 } // namespace korvu

@@ -442,16 +442,27 @@ std::string stemstripe(int n, const char* stem) {
     return s;
 }
 
+// The targets and the source matrix of a decomposition.
+static int decompsource(int ntargets, std::vector<std::string>* t, std::string* src, MVal* a) {
+    if (int rc = targets(ntargets, t, src)) return rc;
+    return mvload(src->c_str(), DM_MATRIX, a, true);
+}
+
+// 504 with the subcommand's name when a decomposition meets a missing value.
+static int refusemissing(const MVal& a, const char* prefix) {
+    for (double x : a.v)
+        if (x >= misval) return level3(504, prefix), error(504);
+    return 0;
+}
+
 int matceigen() {
     std::vector<std::string> t;
     std::string src;
-    if (int rc = targets(2, &t, &src)) return rc;
     MVal a;
-    if (int rc = mvload(src.c_str(), DM_MATRIX, &a, true)) return rc;
+    if (int rc = decompsource(2, &t, &src, &a)) return rc;
     if (a.r != a.c) return error(503);
     if (!a.sym && !issymmatrix(src.c_str(), DM_MATRIX)) return error(505);
-    for (double x : a.v)
-        if (x >= misval) return level3(504, "matrix symeigen: "), error(504);
+    if (int rc = refusemissing(a, "matrix symeigen: ")) return rc;
     int n = a.r;
     MVal vec = withnames(n, n, mvrowstripe(a), stemstripe(n, "e"));
     MVal val = withnames(1, n, "", stemstripe(n, "e"));
@@ -464,12 +475,10 @@ int matceigen() {
 int matsvd() {
     std::vector<std::string> t;
     std::string src;
-    if (int rc = targets(3, &t, &src)) return rc;
     MVal a;
-    if (int rc = mvload(src.c_str(), DM_MATRIX, &a, true)) return rc;
+    if (int rc = decompsource(3, &t, &src, &a)) return rc;
     if (a.r < a.c) return error(503);
-    for (double x : a.v)
-        if (x >= misval) return level3(504, "matrix svd: "), error(504);
+    if (int rc = refusemissing(a, "matrix svd: ")) return rc;
     MVal u = withnames(a.r, a.c, mvrowstripe(a), mvcolstripe(a));
     MVal w = withnames(1, a.c, stemstripe(1, "r"), mvcolstripe(a));
     MVal v = withnames(a.c, a.c, mvcolstripe(a), mvcolstripe(a));
@@ -482,12 +491,10 @@ int matsvd() {
 int mateigenvalues() {
     std::vector<std::string> t;
     std::string src;
-    if (int rc = targets(2, &t, &src)) return rc;
     MVal a;
-    if (int rc = mvload(src.c_str(), DM_MATRIX, &a, true)) return rc;
+    if (int rc = decompsource(2, &t, &src, &a)) return rc;
     if (a.r != a.c) return error(503);
-    for (double x : a.v)
-        if (x >= misval) return level3(504, "matrix eigenvalues: "), error(504);
+    if (int rc = refusemissing(a, "matrix eigenvalues: ")) return rc;
     int n = a.r;
     MVal re = withnames(1, n, stemstripe(1, "real"), stemstripe(n, "c"));
     MVal im = withnames(1, n, stemstripe(1, "complex"), stemstripe(n, "c"));
