@@ -207,28 +207,40 @@ const char* closer(const char* p, const char* e) {
     return nullptr;
 }
 
-// Splits [b, e) at top-level commas.
-std::vector<std::pair<const char*, const char*>> splitargs(const char* b, const char* e) {
-    std::vector<std::pair<const char*, const char*>> out;
+// The pieces of [b, e) before each separator outside brackets and quotes go
+// into out; *last is where the final piece starts. False when a quote is
+// not closed (the pieces before it stand).
+static bool splittop(const char* b, const char* e, char sep,
+                     std::vector<std::pair<const char*, const char*>>* out, const char** last) {
     int depth = 0;
-    const char* start = b;
-    bool any = false;
+    *last = b;
     for (const char* p = b; p < e; p++) {
-        if (*p != ' ') any = true;
         if (*p == '"') {
             const char* q = static_cast<const char*>(memchr(p + 1, '"', e - p - 1));
-            if (!q) break;
+            if (!q) return false;
             p = q;
             continue;
         }
         if (*p == '(' || *p == '[') depth++;
         if (*p == ')' || *p == ']') depth--;
-        if (*p == ',' && depth == 0) {
-            out.push_back({start, p});
-            start = p + 1;
+        if (*p == sep && depth == 0) {
+            out->push_back({*last, p});
+            *last = p + 1;
         }
     }
-    if (any) out.push_back({start, e});
+    return true;
+}
+
+// Splits [b, e) at top-level commas.
+std::vector<std::pair<const char*, const char*>> splitargs(const char* b, const char* e) {
+    std::vector<std::pair<const char*, const char*>> out;
+    const char* last;
+    splittop(b, e, ',', &out, &last);
+    for (const char* p = b; p < e; p++)
+        if (*p != ' ') {
+            out.push_back({last, e});
+            break;
+        }
     return out;
 }
 
@@ -629,23 +641,9 @@ int joinrows(std::vector<MVal>& parts, MVal* out);
 int parenthesized(const char* b, const char* e, MVal* out) {
     // split at top-level backslashes into rows, then commas into columns
     std::vector<std::pair<const char*, const char*>> rows;
-    int depth = 0;
-    const char* start = b;
-    for (const char* p = b; p < e; p++) {
-        if (*p == '"') {
-            const char* q = static_cast<const char*>(memchr(p + 1, '"', e - p - 1));
-            if (!q) return error(198);
-            p = q;
-            continue;
-        }
-        if (*p == '(' || *p == '[') depth++;
-        if (*p == ')' || *p == ']') depth--;
-        if (*p == '\\' && depth == 0) {
-            rows.push_back({start, p});
-            start = p + 1;
-        }
-    }
-    rows.push_back({start, e});
+    const char* last;
+    if (!splittop(b, e, '\\', &rows, &last)) return error(198);
+    rows.push_back({last, e});
     if (rows.size() == 1 && splitargs(b, e).size() <= 1) return evalspan(b, e, out);
     std::vector<MVal> stacked;
     for (auto& row : rows) {
