@@ -295,19 +295,27 @@ static void compile_number(double x, bool imag) {
 
 static void cc_sub(int lo, int hi);
 
-// The pieces of a list split at top-level commas: [lo, hi) into cuts.
-static int splitcommas(int lo, int hi, int* cuts, int maxcuts) {
-    int n = 0;
-    cuts[n++] = lo - 1;
+// The first token tok of [lo, hi) outside brackets, or -1.
+static int firsttop(int lo, int hi, int tok) {
     for (int i = lo; i < hi; i++) {
         if (isopener(T(i))) {
             i = M(i);
             continue;
         }
-        if (T(i) == ',') {
-            if (n >= maxcuts) cc_fail("too many list elements\n");
-            cuts[n++] = i;
-        }
+        if (T(i) == tok) return i;
+    }
+    return -1;
+}
+
+// The pieces of a list split at top-level commas: [lo, hi) into cuts; more
+// than maxcuts pieces fail with toomany.
+static int splitcommas(int lo, int hi, int* cuts, int maxcuts,
+                       const char* toomany = "too many list elements\n") {
+    int n = 0;
+    cuts[n++] = lo - 1;
+    for (int i = lo; (i = firsttop(i, hi, ',')) >= 0; i++) {
+        if (n >= maxcuts) cc_fail("%s", toomany);
+        cuts[n++] = i;
     }
     cuts[n] = hi;
     return n; // pieces
@@ -317,19 +325,7 @@ static int splitcommas(int lo, int hi, int* cuts, int maxcuts) {
 static int compile_subscripts(int lo, int hi) {
     if (lo >= hi) cc_fail("invalid []\n");
     int cuts[4];
-    int n = 0;
-    cuts[n++] = lo - 1;
-    for (int i = lo; i < hi; i++) {
-        if (isopener(T(i))) {
-            i = M(i);
-            continue;
-        }
-        if (T(i) == ',') {
-            if (n >= 2) cc_fail("invalid [ ] list subscript\n");
-            cuts[n++] = i;
-        }
-    }
-    cuts[n] = hi;
+    const int n = splitcommas(lo, hi, cuts, 2, "invalid [ ] list subscript\n");
     for (int k = 0; k < n; k++) {
         const int a = cuts[k] + 1, b = cuts[k + 1];
         if (a >= b) cc_fail("invalid []\n");
@@ -538,54 +534,42 @@ static void cc_sub(int lo, int hi) {
         return;
     }
     // assignment, at the first "=" outside brackets
-    for (int i = lo; i < hi; i++) {
-        if (isopener(T(i))) {
-            i = M(i);
-            continue;
-        }
-        if (T(i) == '=') {
-            compile_assign(lo, i, hi);
-            return;
-        }
+    if (const int i = firsttop(lo, hi, '='); i >= 0) {
+        compile_assign(lo, i, hi);
+        return;
     }
     // the conditional
-    for (int i = lo; i < hi; i++) {
-        if (isopener(T(i))) {
-            i = M(i);
-            continue;
-        }
-        if (T(i) == '?') {
-            int nest = 0, colon = -1;
-            for (int j = i + 1; j < hi; j++) {
-                if (isopener(T(j))) {
-                    j = M(j);
-                    continue;
-                }
-                if (T(j) == '?') nest++;
-                if (T(j) == ':') {
-                    if (nest == 0) {
-                        colon = j;
-                        break;
-                    }
-                    nest--;
-                }
+    if (const int i = firsttop(lo, hi, '?'); i >= 0) {
+        int nest = 0, colon = -1;
+        for (int j = i + 1; j < hi; j++) {
+            if (isopener(T(j))) {
+                j = M(j);
+                continue;
             }
-            if (colon < 0) cc_fail("%s found where %s expected\n", "nothing", "':'");
-            cc_sub(lo, i);
-            const int c = tpop();
-            if (known(EL(c)) && !numfam(EL(c))) mismatch1("? (conditional)", c);
-            const int lelse = fu_crtag(""), lend = fu_crtag("");
-            fu_reftag(MOP_TST0, lelse);
-            cc_sub(i + 1, colon);
-            const int a = tpop();
-            fu_reftag(MOP_GOTO, lend);
-            fu_settagadr(lelse);
-            cc_sub(colon + 1, hi);
-            const int b = tpop();
-            fu_settagadr(lend);
-            tpush(mtyp_isequal(a, b, 1) ? a : mtyp_add(ET_TM, OT_MATRIX, 0));
-            return;
+            if (T(j) == '?') nest++;
+            if (T(j) == ':') {
+                if (nest == 0) {
+                    colon = j;
+                    break;
+                }
+                nest--;
+            }
         }
+        if (colon < 0) cc_fail("%s found where %s expected\n", "nothing", "':'");
+        cc_sub(lo, i);
+        const int c = tpop();
+        if (known(EL(c)) && !numfam(EL(c))) mismatch1("? (conditional)", c);
+        const int lelse = fu_crtag(""), lend = fu_crtag("");
+        fu_reftag(MOP_TST0, lelse);
+        cc_sub(i + 1, colon);
+        const int a = tpop();
+        fu_reftag(MOP_GOTO, lend);
+        fu_settagadr(lelse);
+        cc_sub(colon + 1, hi);
+        const int b = tpop();
+        fu_settagadr(lend);
+        tpush(mtyp_isequal(a, b, 1) ? a : mtyp_add(ET_TM, OT_MATRIX, 0));
+        return;
     }
     // binary operators, right to left outside brackets
     const BinOp* best = nullptr;
@@ -797,16 +781,7 @@ int cc_expr() {
     // the top split decides whether this is an assignment
     int lo = 0, hi = w->ntok;
     while (T(lo) == '(' && M(lo) == hi - 1 && lo + 1 < hi - 1) lo++, hi--;
-    for (int i = lo; i < hi; i++) {
-        if (isopener(T(i))) {
-            i = M(i);
-            continue;
-        }
-        if (T(i) == '=') {
-            m_exprflags |= EX_ASSIGN;
-            break;
-        }
-    }
+    if (firsttop(lo, hi, '=') >= 0) m_exprflags |= EX_ASSIGN;
     cc_sub(0, w->ntok);
     if (w->ntstk != 1) cc_fail("expr. stack misaligned, n=%d\n", w->ntstk);
     for (int k = 0; k < w->npost; k++) {
