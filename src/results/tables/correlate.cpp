@@ -178,8 +178,8 @@ int casewise(const std::vector<int>& vars, const std::vector<int>& obs,
     int k = static_cast<int>(vars.size());
     Moments m;
     if (int rc = moments(vars, obs, w, weighted, &m)) return rc;
-    if (m.n == 0) return error(2000);
-    if (m.n == 1 && !cov) return error(2001);
+    if (m.n == 0) return errtext(2000, "no observations\n");
+    if (m.n == 1 && !cov) return errtext(2001, "insufficient observations\n");
     double N = weighted && wgttype == WGT_FW ? kvround(m.sumw) : static_cast<double>(m.n);
     std::vector<double> C(static_cast<size_t>(k) * k);
     double div = covdiv(m);
@@ -208,7 +208,6 @@ int casewise(const std::vector<int>& vars, const std::vector<int>& obs,
     for (int v : vars) nm.emplace_back(varname(v));
     if (int rc = tab_postmat("C", RT_MATRIX, C, k, k, nm, nm)) return rc;
     if (s_outlev > 2) return 0;
-    if (weighted) txt("(sum of wgt is " + fm("%12.4e", m.sumw) + ")\n");
     char b[64];
     snprintf(b, sizeof b, "(obs=%.0f)\n", N);
     txt(b);
@@ -329,14 +328,14 @@ int correlatecmd(int) {
     if (int rc = chkopt()) return rc;
     if (weclause)
         if (int rc = wgtdflt(WGT_AW)) return rc;
-    if (bonf && sidak) return errtext(198, "bonferroni and sidak may not be combined");
+    if (bonf && sidak) return errtext(198, "bonferroni and sidak may not be combined\n");
     if (!pw && (sig || showobs || bonf || sidak || star < misval || print < misval))
-        return errtext(198, "sig, obs, star(), print(), bonferroni and sidak go with pairwise");
-    if (pw && (means || cov)) return errtext(198, "means and covariance do not go with pairwise");
+        return errtext(198, "sig, obs, star(), print(), bonferroni and sidak go with pairwise\n");
+    if (pw && (means || cov)) return errtext(198, "means and covariance do not go with pairwise\n");
     for (double x : {star, print})
         if (x < misval && (x <= 0 || x >= 1)) {
             if (x >= 1 && x < 100) continue; // a level given in percent
-            return errtext(198, "star() and print() take a level between 0 and 1");
+            return errtext(198, "star() and print() take a level between 0 and 1\n");
         }
     if (star < misval && star >= 1) star /= 100;
     if (print < misval && print >= 1) print /= 100;
@@ -347,7 +346,7 @@ int correlatecmd(int) {
         for (int j = 1; j <= nvar; j++)
             if (!ispatexempt(j)) vars.push_back(j);
     for (int x : vars)
-        if (isstrtype(typlist[x - 1])) return errorf(109, "%s is a string variable", varname(x));
+        if (isstrtype(typlist[x - 1])) return errorf(109, "%s is a string variable\n", varname(x));
     if (vars.empty()) return error(102);
     std::vector<int> obs;
     std::vector<double> w;

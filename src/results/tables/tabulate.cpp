@@ -289,7 +289,7 @@ int oneway(const Classes& cl, const std::vector<double>& w, bool weighted, const
 int onewaysum(const Classes& cl, const std::vector<int>& obs, const std::vector<double>& w,
               bool weighted, const Opts& o) {
     int K = cl.k(), y = o.sumvar;
-    if (isstrtype(typlist[y - 1])) return errtext(109, "summarize() needs a numeric variable");
+    if (isstrtype(typlist[y - 1])) return errtext(109, "summarize() needs a numeric variable\n");
     std::vector<double> sw(K + 1, 0), sx(K + 1, 0), se(K + 1, 0), nn(K + 1, 0);
     std::vector<double> yv(obs.size());
     for (size_t k = 0; k < obs.size(); k++) yv[k] = korvu_data(y, obs[k]);
@@ -459,12 +459,14 @@ int twoway(const Classes& a, const Classes& b, const std::vector<double>& w, boo
         bool last = c1 == c;
         int width = (c1 - c0) * cw;
         txt("\n");
+        // the inner width runs to the bar before the totals (one blank more)
+        int inner = last ? width + 1 : width;
         std::string ch = chead;
-        if (static_cast<int>(ch.size()) > width) ch = ch.substr(0, width);
-        txt(std::string(sw + 1, ' ') + "{c |}" +
-            rjust(ch, width / 2 + static_cast<int>(ch.size()) / 2) +
-            std::string(std::max(0, width - (width / 2 + static_cast<int>(ch.size()) / 2)), ' ') +
-            (last ? "{c |}" : "") + "\n");
+        if (static_cast<int>(ch.size()) > inner) ch = ch.substr(0, inner);
+        int lead = (inner - static_cast<int>(ch.size())) / 2;
+        txt(std::string(sw + 1, ' ') + "{c |}" + std::string(lead, ' ') + ch +
+            std::string(inner - lead - static_cast<int>(ch.size()), ' ') + (last ? "{c |}" : "") +
+            "\n");
         std::string hl = rjust(rhead, sw) + " {c |}";
         for (int j = c0; j < c1; j++) {
             std::string lab = cattext(b, ci[j], o.nolabel);
@@ -474,8 +476,8 @@ int twoway(const Classes& a, const Classes& b, const std::vector<double>& w, boo
         if (last) hl += " {c |}" + rjust("Total", cw - 1);
         txt(hl + "\n");
         std::string rule =
-            "{hline " + std::to_string(sw + 1) + "}{c +}{hline " + std::to_string(width) + "}";
-        if (last) rule += "{c +}{hline " + std::to_string(cw) + "}";
+            "{hline " + std::to_string(sw + 1) + "}{c +}{hline " + std::to_string(inner) + "}";
+        if (last) rule += "{c +}{hline " + std::to_string(cw - 1) + "}";
         txt(rule + "\n");
         for (int i = 0; i <= r; i++) {
             if ((i & 0xff) == 0 && kvpollstd()) return 1;
@@ -502,7 +504,7 @@ int twoway(const Classes& a, const Classes& b, const std::vector<double>& w, boo
                 newline();
             }
             if (lines.size() > 1 && i < r - 1)
-                txt(std::string(sw + 1, ' ') + "{c |}" + std::string(width, ' ') +
+                txt(std::string(sw + 1, ' ') + "{c |}" + std::string(inner, ' ') +
                     (last ? "{c |}" : "") + "\n");
         }
     }
@@ -550,9 +552,9 @@ int makeindicators(const Classes& cl, const std::string& stub, bool withmissing,
     std::vector<std::string> names;
     for (int j = 0; j < K; j++) {
         std::string nm = stub + std::to_string(j + 1);
-        if (nm.size() > 32) return errorf(198, "%s invalid name", nm.c_str());
+        if (nm.size() > 32) return errorf(198, "%s invalid name\n", nm.c_str());
         if (chkname(nm.c_str(), 1)) return 198;
-        if (sysfindvar(nm.c_str())) return errorf(110, "%s already defined", nm.c_str());
+        if (sysfindvar(nm.c_str())) return errorf(110, "%s already defined\n", nm.c_str());
         names.push_back(nm);
     }
     std::vector<char> buf(KV_STRMAX + 2);
@@ -584,7 +586,7 @@ int makeindicators(const Classes& cl, const std::string& stub, bool withmissing,
 int tab_postmat(const char* name, int type, const std::vector<double>& m, int rows, int cols,
                 const std::vector<std::string>& rn, const std::vector<std::string>& cn) {
     if (rows < 1 || cols < 1) return 0;
-    if (rows > MAX_MATDIM || cols > MAX_MATDIM) return errtext(915, "matrix too large");
+    if (rows > MAX_MATDIM || cols > MAX_MATDIM) return errtext(915, "matrix too large\n");
     for (int k = 0; k < 3; k++) dmrm(dmfind0(name, type + k));
     int save = dynmattype;
     dynmattype = type;
@@ -614,7 +616,7 @@ int tabulatecmd(int) {
     wgtable = 0;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW;
     if (int rc = parse()) return rc;
-    if (lnvar > 2) return errtext(103, "too many variables");
+    if (lnvar > 2) return errtext(103, "too many variables\n");
     Opts o{};
     o.missing = findopt("missing", 1, 0);
     o.nolabel = findopt("nolabel", 5, 0);
@@ -639,16 +641,16 @@ int tabulatecmd(int) {
     int sv[2];
     int nsv = findvlist("summarize", 2, sv, 2);
     if (int rc = chkopt()) return rc;
-    if (nsv > 1) return errtext(103, "summarize() takes one variable");
+    if (nsv > 1) return errtext(103, "summarize() takes one variable\n");
     if (nsv == 1) o.sumvar = sv[0];
     if (weclause)
         if (int rc = wgtdflt(WGT_FW)) return rc;
     bool two = lnvar == 2;
     if (!two && (o.row || o.col || o.cell || o.chi2 || o.lr || o.exact || o.v || o.gamma ||
                  o.taub || !o.matcol.empty()))
-        return errtext(198, "row, column, cell and the statistics need two variables");
+        return errtext(198, "row, column, cell and the statistics need two variables\n");
     if (two && (!o.gen.empty() || o.sumvar))
-        return errtext(198, "generate() and summarize() take one variable");
+        return errtext(198, "generate() and summarize() take one variable\n");
     for (const std::string* m : {&o.matcell, &o.matrow, &o.matcol})
         if (!m->empty() && chkname(m->c_str(), 1)) return 198;
     std::vector<int> obs;
@@ -662,7 +664,7 @@ int tabulatecmd(int) {
         return twoway(a, b, w, weighted, o);
     }
     if (!o.gen.empty()) {
-        if (a.k() > 1000) return errtext(134, "too many values for indicator variables");
+        if (a.k() > 1000) return errtext(134, "too many values for indicator variables\n");
         if (int rc = makeindicators(a, o.gen, o.missing, o.nolabel)) return rc;
     }
     if (o.sumvar) return onewaysum(a, obs, w, weighted, o);
