@@ -46,88 +46,100 @@ struct Moments {
     std::vector<double> mean, cp, mn, mx; // cp: k x k
 };
 
-int moments(const std::vector<int>& vars, const std::vector<int>& obs, const std::vector<double>& w,
-            bool weighted, Moments* m) {
+// Reads observations b0.. of the sample (up to BLK) variable by variable into
+// columns col[a * BLK + q], keeps the complete ones packed at the front with
+// their weights in wt, and returns how many there are.
+int load_block(const std::vector<int>& vars, const Sample& S, size_t b0, double* col, double* wt) {
+    int k = static_cast<int>(vars.size());
+    int m = static_cast<int>(std::min<size_t>(BLK, S.size() - b0));
+    for (int a = 0; a < k; a++) {
+        double* c = col + static_cast<size_t>(a) * BLK;
+        int v = vars[a];
+        if (S.all)
+            for (int q = 0; q < m; q++) c[q] = korvu_data(v, S.i0 + static_cast<int>(b0) + q);
+        else
+            for (int q = 0; q < m; q++) c[q] = korvu_data(v, S.obs[b0 + q]);
+    }
+    int n = 0;
+    for (int q = 0; q < m; q++) {
+        bool ok = true;
+        for (int a = 0; a < k; a++) ok &= col[static_cast<size_t>(a) * BLK + q] < misval;
+        if (!ok) continue;
+        if (n != q)
+            for (int a = 0; a < k; a++)
+                col[static_cast<size_t>(a) * BLK + n] = col[static_cast<size_t>(a) * BLK + q];
+        wt[n++] = S.wt(b0 + q);
+    }
+    return n;
+}
+
+int moments(const std::vector<int>& vars, const Sample& S, Moments* m) {
     int k = static_cast<int>(vars.size());
     m->mean.assign(k, 0);
     m->cp.assign(static_cast<size_t>(k) * k, 0);
     m->mn.assign(k, misval);
     m->mx.assign(k, -misval);
-    std::vector<double> blk(static_cast<size_t>(k) * BLK), wb(BLK);
+    std::vector<double> col(static_cast<size_t>(k) * BLK), wt(BLK);
     std::vector<double> s(k, 0), se(k, 0);
     double sw = 0, swe = 0;
     long long n = 0;
-    // pass 1: sums
-    for (size_t b0 = 0; b0 < obs.size(); b0 += BLK) {
+    const bool weighted = S.weighted;
+    // pass 1: sums, block by block
+    for (size_t b0 = 0; b0 < S.size(); b0 += BLK) {
         if (kvpollstd()) return 1;
-        size_t b1 = std::min(obs.size(), b0 + BLK);
-        std::vector<double> bs(k, 0);
-        double bw = 0;
-        for (size_t q = b0; q < b1; q++) {
-            int i = obs[q];
-            bool ok = true;
-            for (int a = 0; a < k; a++) {
-                double x = korvu_data(vars[a], i);
-                if (x >= misval) {
-                    ok = false;
-                    break;
-                }
-                blk[a] = x;
-            }
-            if (!ok) continue;
-            double wi = weighted ? w[q] : 1.0;
-            for (int a = 0; a < k; a++) {
-                bs[a] += wi * blk[a];
-                m->mn[a] = std::min(m->mn[a], blk[a]);
-                m->mx[a] = std::max(m->mx[a], blk[a]);
-            }
-            bw += wi;
-            n++;
+        int nb = load_block(vars, S, b0, col.data(), wt.data());
+        for (int a = 0; a < k; a++) {
+            const double* c = col.data() + static_cast<size_t>(a) * BLK;
+            double bs = 0, lo = m->mn[a], hi = m->mx[a];
+            if (weighted)
+                for (int q = 0; q < nb; q++) bs += wt[q] * c[q];
+            else
+                for (int q = 0; q < nb; q++) bs += c[q];
+            for (int q = 0; q < nb; q++) lo = std::min(lo, c[q]), hi = std::max(hi, c[q]);
+            m->mn[a] = lo, m->mx[a] = hi;
+            accumerr(&s[a], &se[a], bs);
         }
-        for (int a = 0; a < k; a++) accumerr(&s[a], &se[a], bs[a]);
+        double bw = 0;
+        for (int q = 0; q < nb; q++) bw += wt[q];
         accumerr(&sw, &swe, bw);
+        n += nb;
     }
     m->n = n;
     m->sumw = sw + swe;
     if (n == 0) return 0;
     for (int a = 0; a < k; a++) m->mean[a] = (s[a] + se[a]) / m->sumw;
     // pass 2: centred cross products, and the mean's correction
-    std::vector<double> c(static_cast<size_t>(k) * k, 0), ce(static_cast<size_t>(k) * k, 0);
-    std::vector<double> d1(k, 0), d1e(k, 0);
-    std::vector<double> bc(static_cast<size_t>(k) * k), bd(k);
-    for (size_t b0 = 0; b0 < obs.size(); b0 += BLK) {
+    std::vector<double> c2(static_cast<size_t>(k) * k, 0), ce(static_cast<size_t>(k) * k, 0);
+    std::vector<double> d1(k, 0), d1e(k, 0), wd(static_cast<size_t>(k) * BLK);
+    for (size_t b0 = 0; b0 < S.size(); b0 += BLK) {
         if (kvpollstd()) return 1;
-        size_t b1 = std::min(obs.size(), b0 + BLK);
-        std::fill(bc.begin(), bc.end(), 0.0);
-        std::fill(bd.begin(), bd.end(), 0.0);
-        for (size_t q = b0; q < b1; q++) {
-            int i = obs[q];
-            bool ok = true;
-            for (int a = 0; a < k; a++) {
-                double x = korvu_data(vars[a], i);
-                if (x >= misval) {
-                    ok = false;
-                    break;
-                }
-                blk[a] = x - m->mean[a];
-            }
-            if (!ok) continue;
-            double wi = weighted ? w[q] : 1.0;
-            for (int a = 0; a < k; a++) {
-                double wa = wi * blk[a];
-                bd[a] += wa;
-                for (int b = 0; b <= a; b++) bc[a * k + b] += wa * blk[b];
-            }
+        int nb = load_block(vars, S, b0, col.data(), wt.data());
+        for (int a = 0; a < k; a++) {
+            double* c = col.data() + static_cast<size_t>(a) * BLK;
+            double* w = wd.data() + static_cast<size_t>(a) * BLK;
+            double mu = m->mean[a], bd = 0;
+            for (int q = 0; q < nb; q++) c[q] -= mu;
+            if (weighted)
+                for (int q = 0; q < nb; q++) w[q] = wt[q] * c[q];
+            else
+                for (int q = 0; q < nb; q++) w[q] = c[q];
+            for (int q = 0; q < nb; q++) bd += w[q];
+            accumerr(&d1[a], &d1e[a], bd);
         }
         for (int a = 0; a < k; a++) {
-            accumerr(&d1[a], &d1e[a], bd[a]);
-            for (int b = 0; b <= a; b++) accumerr(&c[a * k + b], &ce[a * k + b], bc[a * k + b]);
+            const double* w = wd.data() + static_cast<size_t>(a) * BLK;
+            for (int b = 0; b <= a; b++) {
+                const double* c = col.data() + static_cast<size_t>(b) * BLK;
+                double t = 0;
+                for (int q = 0; q < nb; q++) t += w[q] * c[q];
+                accumerr(&c2[a * k + b], &ce[a * k + b], t);
+            }
         }
     }
     for (int a = 0; a < k; a++)
         for (int b = 0; b <= a; b++) {
             double da = d1[a] + d1e[a], db = d1[b] + d1e[b];
-            double v = (c[a * k + b] + ce[a * k + b]) - da * db / m->sumw;
+            double v = (c2[a * k + b] + ce[a * k + b]) - da * db / m->sumw;
             m->cp[a * k + b] = m->cp[b * k + a] = v;
         }
     for (int a = 0; a < k; a++) m->mean[a] += (d1[a] + d1e[a]) / m->sumw;
@@ -173,11 +185,11 @@ void showmatrix(const std::vector<int>& vars, const std::vector<double>& M, bool
     }
 }
 
-int casewise(const std::vector<int>& vars, const std::vector<int>& obs,
-             const std::vector<double>& w, bool weighted, bool means, bool cov) {
+int casewise(const std::vector<int>& vars, const Sample& S, bool means, bool cov) {
+    bool weighted = S.weighted;
     int k = static_cast<int>(vars.size());
     Moments m;
-    if (int rc = moments(vars, obs, w, weighted, &m)) return rc;
+    if (int rc = moments(vars, S, &m)) return rc;
     if (m.n == 0) return errtext(2000, "no observations\n");
     if (m.n == 1 && !cov) return errtext(2001, "insufficient observations\n");
     double N = weighted && wgttype == WGT_FW ? kvround(m.sumw) : static_cast<double>(m.n);
@@ -227,9 +239,9 @@ int casewise(const std::vector<int>& vars, const std::vector<int>& obs,
 }
 
 // The pairwise form: each pair over the observations where both are present.
-int pairwise(const std::vector<int>& vars, const std::vector<int>& obs,
-             const std::vector<double>& w, bool weighted, bool sig, bool showobs, double star,
+int pairwise(const std::vector<int>& vars, const Sample& S, bool sig, bool showobs, double star,
              double print, int adjust) {
+    bool weighted = S.weighted;
     int k = static_cast<int>(vars.size());
     std::vector<double> R(static_cast<size_t>(k) * k, misval), P(R), NN(R);
     int npairs = k * (k - 1) / 2;
@@ -238,7 +250,7 @@ int pairwise(const std::vector<int>& vars, const std::vector<int>& obs,
         for (int b = 0; b <= a; b++) {
             Moments m;
             std::vector<int> pv = {vars[a], vars[b]};
-            if (int rc = moments(pv, obs, w, weighted, &m)) return rc;
+            if (int rc = moments(pv, S, &m)) return rc;
             double n = weighted && wgttype == WGT_FW ? kvround(m.sumw) : static_cast<double>(m.n);
             double r = misval, p = misval;
             if (m.n > 0) {
@@ -348,16 +360,10 @@ int correlatecmd(int) {
     for (int x : vars)
         if (isstrtype(typlist[x - 1])) return errorf(109, "%s is a string variable\n", varname(x));
     if (vars.empty()) return error(102);
-    std::vector<int> obs;
-    std::vector<double> w;
-    bool weighted;
-    if (int rc = tab_sample(obs, w, &weighted)) return rc;
-    if (pw)
-        return pairwise(vars, obs, w, weighted, sig, showobs, star, print,
-                        bonf    ? 1
-                        : sidak ? 2
-                                : 0);
-    return casewise(vars, obs, w, weighted, means, cov);
+    Sample S;
+    if (int rc = tab_sample(&S)) return rc;
+    if (pw) return pairwise(vars, S, sig, showobs, star, print, bonf ? 1 : sidak ? 2 : 0);
+    return casewise(vars, S, means, cov);
 }
 
 } // namespace korvu

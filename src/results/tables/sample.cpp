@@ -1,6 +1,7 @@
 // The observations a table command works on: those in range that pass the
 // `if` condition and carry a weight that is neither missing nor zero.
 #include <algorithm>
+#include <cmath>
 
 #include "data/area/missing.h"
 #include "data/expr/expr.h"
@@ -11,12 +12,13 @@
 
 namespace korvu {
 
-int tab_sample(std::vector<int>& obs, std::vector<double>& w, bool* weighted) {
+int tab_sample(Sample* s) {
     constexpr int CHUNK = 4096;
-    obs.clear();
-    w.clear();
-    *weighted = weclause != 0;
-    if (nobs2 >= nobs1) obs.reserve(static_cast<size_t>(nobs2 - nobs1 + 1));
+    *s = Sample{};
+    s->i0 = nobs1, s->i1 = nobs2;
+    s->weighted = weclause != 0;
+    s->all = !ifclause && !weclause;
+    if (s->all) return 0;
     std::vector<double> cond(CHUNK), wt(CHUNK);
     initialize_xeq();
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
@@ -31,19 +33,18 @@ int tab_sample(std::vector<int>& obs, std::vector<double>& w, bool* weighted) {
                 double x = wt[j];
                 if (x >= misval || x == 0) continue;
                 if (x < 0 && wgttype != WGT_IW) return error(402);
-                if (wgttype == WGT_FW && x != static_cast<double>(static_cast<long long>(x)))
-                    return error(401);
-                w.push_back(x);
+                if (wgttype == WGT_FW && x != std::floor(x)) return error(401);
+                s->w.push_back(x);
             }
-            obs.push_back(i);
+            s->obs.push_back(i);
         }
     }
     // analytic weights are scaled to sum to the number of observations
-    if (weclause && wgttype == WGT_AW && !w.empty()) {
-        double s = 0;
-        for (double x : w) s += x;
-        double f = static_cast<double>(w.size()) / s;
-        for (double& x : w) x *= f;
+    if (weclause && wgttype == WGT_AW && !s->w.empty()) {
+        double sum = 0;
+        for (double x : s->w) sum += x;
+        double f = static_cast<double>(s->w.size()) / sum;
+        for (double& x : s->w) x *= f;
     }
     return 0;
 }

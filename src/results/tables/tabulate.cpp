@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "data/area/dataarea.h"
@@ -32,103 +33,155 @@ namespace korvu {
 namespace {
 
 // The categories of one variable over the sample, in sorted order, and the
-// category of each sampled observation (-1: left out for a missing value).
+// means to find the category of any value (-1: none, or a missing value left
+// out). Nothing is kept per observation: the passes read the data again.
 struct Classes {
     int var = 0;
     bool isstr = false;
+    bool withmissing = false;
     std::vector<double> vals;      // numeric categories, ascending (missing last)
     std::vector<std::string> strs; // string categories, in byte order
-    std::vector<int> code;         // per sampled observation
+    int nonmiss = 0;               // categories before the missing ones
+    bool dense = false;            // whole numbers: idx[x - lo]
+    double lo = 0;
+    std::vector<int> idx;
+    std::unordered_map<std::string, int> smap;
     int k() const { return static_cast<int>(isstr ? strs.size() : vals.size()); }
+    int code(double x) const {
+        if (x >= misval) {
+            if (!withmissing) return -1;
+            for (size_t j = nonmiss; j < vals.size(); j++)
+                if (vals[j] == x) return static_cast<int>(j);
+            return -1;
+        }
+        if (dense) {
+            double d = x - lo;
+            if (d < 0 || d >= static_cast<double>(idx.size()) || x != std::floor(x)) return -1;
+            return idx[static_cast<size_t>(d)];
+        }
+        auto e = vals.begin() + nonmiss;
+        auto it = std::lower_bound(vals.begin(), e, x);
+        return it != e && *it == x ? static_cast<int>(it - vals.begin()) : -1;
+    }
+    int code(const char* s) const {
+        if (!*s && !withmissing) return -1;
+        auto it = smap.find(s);
+        return it == smap.end() ? -1 : it->second;
+    }
+    // the category of observation i
+    int codeof(int i, char* buf) const {
+        if (isstr) return code(skorvu_data(var, i, buf));
+        return code(korvu_data(var, i));
+    }
 };
 
-int classify(int v, const std::vector<int>& obs, bool withmissing, Classes* cl) {
+// Finds the categories; with `counts` also the sum of the weights in each
+// (done in the last pass where the categories allow it, else in one more).
+int classify(int v, const Sample& S, bool withmissing, Classes* cl, std::vector<double>* counts) {
     cl->var = v;
     cl->isstr = isstrtype(typlist[v - 1]);
-    size_t n = obs.size();
-    cl->code.assign(n, -1);
+    cl->withmissing = withmissing;
+    size_t n = S.size();
+    std::vector<char> buf(KV_STRMAX + 2);
+    bool counted = false;
     if (cl->isstr) {
-        std::unordered_map<std::string, int> seen;
-        std::vector<int> raw(n, -1);
-        std::vector<char> buf(KV_STRMAX + 2);
+        std::vector<double> raw; // weights by first-seen id
         for (size_t k = 0; k < n; k++) {
             if ((k & 0xffff) == 0 && kvpollstd()) return 1;
-            skorvu_data(v, obs[k], buf.data());
+            skorvu_data(v, S.at(k), buf.data());
             if (!buf[0] && !withmissing) continue;
-            auto it = seen.find(buf.data());
-            if (it == seen.end()) {
-                int id = static_cast<int>(cl->strs.size());
-                it = seen.emplace(buf.data(), id).first;
+            auto it = cl->smap.find(buf.data());
+            if (it == cl->smap.end()) {
+                it = cl->smap.emplace(buf.data(), static_cast<int>(cl->strs.size())).first;
                 cl->strs.emplace_back(buf.data());
+                raw.push_back(0);
             }
-            raw[k] = it->second;
+            raw[it->second] += S.wt(k);
         }
         std::vector<int> order(cl->strs.size());
         for (size_t j = 0; j < order.size(); j++) order[j] = static_cast<int>(j);
         std::sort(order.begin(), order.end(),
                   [&](int a, int b) { return cl->strs[a] < cl->strs[b]; });
-        std::vector<int> rank(order.size());
         std::vector<std::string> sorted(order.size());
-        for (size_t j = 0; j < order.size(); j++)
-            rank[order[j]] = static_cast<int>(j), sorted[j] = cl->strs[order[j]];
+        if (counts) counts->assign(order.size(), 0);
+        for (size_t j = 0; j < order.size(); j++) {
+            sorted[j] = cl->strs[order[j]];
+            cl->smap[sorted[j]] = static_cast<int>(j);
+            if (counts) (*counts)[j] = raw[order[j]];
+        }
         cl->strs.swap(sorted);
-        for (size_t k = 0; k < n; k++)
-            if (raw[k] >= 0) cl->code[k] = rank[raw[k]];
         return 0;
     }
-    // numbers: whole values in a modest range are counted in place; others
-    // are sorted and found by bisection
-    std::vector<double> x(n);
+    // numbers: the range, whether all are whole, and the missing values seen
     double mn = 0, mx = 0;
     bool whole = true, any = false;
+    std::vector<double> miss;
     for (size_t k = 0; k < n; k++) {
         if ((k & 0xffff) == 0 && kvpollstd()) return 1;
-        double t = korvu_data(v, obs[k]);
-        x[k] = t;
-        if (t >= misval) continue;
+        double t = korvu_data(v, S.at(k));
+        if (t >= misval) {
+            if (withmissing && std::find(miss.begin(), miss.end(), t) == miss.end())
+                miss.push_back(t);
+            continue;
+        }
         if (!any) mn = mx = t, any = true;
         mn = t < mn ? t : mn;
         mx = t > mx ? t : mx;
         if (whole && t != std::floor(t)) whole = false;
     }
-    std::vector<double> miss; // distinct missing values seen
-    if (withmissing)
-        for (size_t k = 0; k < n; k++)
-            if (x[k] >= misval && std::find(miss.begin(), miss.end(), x[k]) == miss.end())
-                miss.push_back(x[k]);
     std::sort(miss.begin(), miss.end());
     if (any && whole && mx - mn < 2e7) {
+        // whole values in a modest range: presence marked in place, and the
+        // weights summed beside it when the range is small
         size_t span = static_cast<size_t>(mx - mn) + 1;
-        std::vector<int> idx(span, -1);
-        for (size_t k = 0; k < n; k++)
-            if (x[k] < misval) idx[static_cast<size_t>(x[k] - mn)] = 0;
-        for (size_t s = 0; s < span; s++)
-            if (idx[s] == 0) {
-                idx[s] = static_cast<int>(cl->vals.size());
-                cl->vals.push_back(mn + static_cast<double>(s));
+        cl->dense = true;
+        cl->lo = mn;
+        cl->idx.assign(span, -1);
+        bool count_here = counts && span <= (size_t(1) << 20);
+        std::vector<double> dc(count_here ? span : 0, 0.0);
+        std::vector<double> mc(miss.size(), 0.0);
+        for (size_t k = 0; k < n; k++) {
+            if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+            double t = korvu_data(v, S.at(k));
+            if (t >= misval) {
+                if (count_here && withmissing)
+                    mc[std::find(miss.begin(), miss.end(), t) - miss.begin()] += S.wt(k);
+                continue;
             }
-        for (size_t k = 0; k < n; k++)
-            if (x[k] < misval) cl->code[k] = idx[static_cast<size_t>(x[k] - mn)];
+            size_t d = static_cast<size_t>(t - mn);
+            cl->idx[d] = 0;
+            if (count_here) dc[d] += S.wt(k);
+        }
+        for (size_t d = 0; d < span; d++)
+            if (cl->idx[d] == 0) {
+                cl->idx[d] = static_cast<int>(cl->vals.size());
+                cl->vals.push_back(mn + static_cast<double>(d));
+                if (count_here) counts->push_back(dc[d]);
+            }
+        if (count_here) {
+            for (double c : mc) counts->push_back(c);
+            counted = true;
+        }
     } else if (any) {
-        std::vector<double> u;
-        u.reserve(n);
-        for (double t : x)
-            if (t < misval) u.push_back(t);
-        std::sort(u.begin(), u.end());
-        u.erase(std::unique(u.begin(), u.end()), u.end());
-        cl->vals = u;
-        for (size_t k = 0; k < n; k++)
-            if (x[k] < misval)
-                cl->code[k] =
-                    static_cast<int>(std::lower_bound(u.begin(), u.end(), x[k]) - u.begin());
+        std::unordered_set<double> seen;
+        for (size_t k = 0; k < n; k++) {
+            if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+            double t = korvu_data(v, S.at(k));
+            if (t < misval) seen.insert(t);
+        }
+        cl->vals.assign(seen.begin(), seen.end());
+        std::sort(cl->vals.begin(), cl->vals.end());
     }
-    int base = static_cast<int>(cl->vals.size());
+    cl->nonmiss = static_cast<int>(cl->vals.size());
     for (double m : miss) cl->vals.push_back(m);
-    if (!miss.empty())
-        for (size_t k = 0; k < n; k++)
-            if (x[k] >= misval)
-                cl->code[k] = base + static_cast<int>(std::find(miss.begin(), miss.end(), x[k]) -
-                                                      miss.begin());
+    if (counts && !counted) {
+        counts->assign(cl->vals.size(), 0);
+        for (size_t k = 0; k < n; k++) {
+            if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+            int j = cl->code(korvu_data(v, S.at(k)));
+            if (j >= 0) (*counts)[j] += S.wt(k);
+        }
+    }
     return 0;
 }
 
@@ -227,11 +280,8 @@ struct Opts {
 
 // ---- one-way ----------------------------------------------------------------------
 
-int oneway(const Classes& cl, const std::vector<double>& w, bool weighted, const Opts& o) {
+int oneway(const Classes& cl, const std::vector<double>& f, bool weighted, const Opts& o) {
     int K = cl.k();
-    std::vector<double> f(K, 0);
-    for (size_t k = 0; k < cl.code.size(); k++)
-        if (cl.code[k] >= 0) f[cl.code[k]] += weighted ? w[k] : 1.0;
     double N = 0;
     for (double x : f) N += x;
     std::vector<int> order(K);
@@ -286,32 +336,36 @@ int oneway(const Classes& cl, const std::vector<double>& w, bool weighted, const
 
 // tabulate x, summarize(y): mean, standard deviation and frequency of y in
 // each category of x.
-int onewaysum(const Classes& cl, const std::vector<int>& obs, const std::vector<double>& w,
-              bool weighted, const Opts& o) {
+int onewaysum(const Classes& cl, const Sample& S, const Opts& o) {
     int K = cl.k(), y = o.sumvar;
+    bool weighted = S.weighted;
     if (isstrtype(typlist[y - 1])) return errtext(109, "summarize() needs a numeric variable\n");
     std::vector<double> sw(K + 1, 0), sx(K + 1, 0), se(K + 1, 0), nn(K + 1, 0);
-    std::vector<double> yv(obs.size());
-    for (size_t k = 0; k < obs.size(); k++) yv[k] = korvu_data(y, obs[k]);
+    std::vector<char> buf(KV_STRMAX + 2);
+    size_t n = S.size();
     // two passes: the means, then the sums of squares about them
-    for (size_t k = 0; k < obs.size(); k++) {
-        int j = cl.code[k];
-        if (j < 0 || yv[k] >= misval) continue;
-        double wk = weighted ? w[k] : 1.0;
+    for (size_t k = 0; k < n; k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        int j = cl.codeof(S.at(k), buf.data());
+        double yk = korvu_data(y, S.at(k));
+        if (j < 0 || yk >= misval) continue;
+        double wk = S.wt(k);
         for (int g : {j, K}) {
             accumerr(&sw[g], &se[g], wk);
-            sx[g] += wk * yv[k];
+            sx[g] += wk * yk;
             nn[g] += 1;
         }
     }
     std::vector<double> mean(K + 1), ss(K + 1, 0), sse(K + 1, 0);
     for (int g = 0; g <= K; g++) mean[g] = sw[g] > 0 ? sx[g] / (sw[g] + se[g]) : misval;
-    for (size_t k = 0; k < obs.size(); k++) {
-        int j = cl.code[k];
-        if (j < 0 || yv[k] >= misval) continue;
-        double wk = weighted ? w[k] : 1.0;
+    for (size_t k = 0; k < n; k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        int j = cl.codeof(S.at(k), buf.data());
+        double yk = korvu_data(y, S.at(k));
+        if (j < 0 || yk >= misval) continue;
+        double wk = S.wt(k);
         for (int g : {j, K}) {
-            double d = yv[k] - mean[g];
+            double d = yk - mean[g];
             accumerr(&ss[g], &sse[g], wk * d * d);
         }
     }
@@ -347,13 +401,20 @@ int onewaysum(const Classes& cl, const std::vector<int>& obs, const std::vector<
 
 // ---- two-way ------------------------------------------------------------------------
 
-int twoway(const Classes& a, const Classes& b, const std::vector<double>& w, bool weighted,
-           const Opts& o) {
+int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
     int R = a.k(), C = b.k();
+    bool weighted = S.weighted;
+    if (static_cast<double>(R) * C > 1e8) return errtext(134, "too many values\n");
     std::vector<double> n(static_cast<size_t>(R) * C, 0);
-    for (size_t k = 0; k < a.code.size(); k++)
-        if (a.code[k] >= 0 && b.code[k] >= 0)
-            n[static_cast<size_t>(a.code[k]) * C + b.code[k]] += weighted ? w[k] : 1.0;
+    std::vector<char> buf(KV_STRMAX + 2);
+    for (size_t k = 0, m = S.size(); k < m; k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        int i = S.at(k);
+        int ca = a.codeof(i, buf.data());
+        if (ca < 0) continue;
+        int cb = b.codeof(i, buf.data());
+        if (cb >= 0) n[static_cast<size_t>(ca) * C + cb] += S.wt(k);
+    }
     // categories seen only where the other variable is missing drop out
     std::vector<double> rs(R, 0), cs(C, 0);
     for (int i = 0; i < R; i++)
@@ -566,6 +627,7 @@ int makeindicators(const Classes& cl, const std::string& stub, bool withmissing,
             lab = std::string(varname(cl.var)) + "==" + vl_lookup(lblname(cl.var), cl.vals[j]);
         putvarlab(nv, lab.c_str());
         for (int i = 1; i <= nobs; i++) {
+            if ((i & 0xffff) == 0 && kvpollstd()) return 1;
             double y;
             if (cl.isstr) {
                 skorvu_data(cl.var, i, buf.data());
@@ -653,22 +715,22 @@ int tabulatecmd(int) {
         return errtext(198, "generate() and summarize() take one variable\n");
     for (const std::string* m : {&o.matcell, &o.matrow, &o.matcol})
         if (!m->empty() && chkname(m->c_str(), 1)) return 198;
-    std::vector<int> obs;
-    std::vector<double> w;
-    bool weighted;
-    if (int rc = tab_sample(obs, w, &weighted)) return rc;
+    Sample S;
+    if (int rc = tab_sample(&S)) return rc;
     Classes a, b;
-    if (int rc = classify(varlist_vr[0], obs, o.missing, &a)) return rc;
     if (two) {
-        if (int rc = classify(varlist_vr[1], obs, o.missing, &b)) return rc;
-        return twoway(a, b, w, weighted, o);
+        if (int rc = classify(varlist_vr[0], S, o.missing, &a, nullptr)) return rc;
+        if (int rc = classify(varlist_vr[1], S, o.missing, &b, nullptr)) return rc;
+        return twoway(a, b, S, o);
     }
+    std::vector<double> f;
+    if (int rc = classify(varlist_vr[0], S, o.missing, &a, o.sumvar ? nullptr : &f)) return rc;
     if (!o.gen.empty()) {
         if (a.k() > 1000) return errtext(134, "too many values for indicator variables\n");
         if (int rc = makeindicators(a, o.gen, o.missing, o.nolabel)) return rc;
     }
-    if (o.sumvar) return onewaysum(a, obs, w, weighted, o);
-    return oneway(a, w, weighted, o);
+    if (o.sumvar) return onewaysum(a, S, o);
+    return oneway(a, f, S.weighted, o);
 }
 
 } // namespace korvu
