@@ -83,6 +83,11 @@ for a, x in [("0.5", "0.3"), ("2", "1"), ("2", "3"), ("5.5", "4"), ("10", "12"),
     add("gammap_dadx", [a, x], mp.diff(lambda s, t: P(s, t), (a, x), (1, 1)), FWD)
     add("gammap_da", [a, x], mp.diff(lambda s: P(s, x), a), 1e-12)
     add("gammap_dada", [a, x], mp.diff(lambda s: P(s, x), a, 2), 1e-12)
+# the same in the upper tail, where P is near 1 and its derivatives are small
+for a, x in [("2", "10"), ("5", "30"), ("0.5", "20"), ("10", "40"), ("3", "60"), ("4", "5.5")]:
+    a, x = mp.mpf(float(a)), mp.mpf(float(x))
+    add("gammap_da", [a, x], mp.diff(lambda s: P(s, x), a), 1e-12)
+    add("gammap_dada", [a, x], mp.diff(lambda s: P(s, x), a, 2), 1e-12)
 
 # incomplete beta
 for a in ["0.1", "0.5", "1", "2.5", "10", "50", "200", "1000"]:
