@@ -73,76 +73,89 @@ int load_block(const std::vector<int>& vars, const Sample& S, size_t b0, double*
     return n;
 }
 
+// Sums and dot products with four running sums, so that the additions of a
+// block need not wait for each other.
+double sum4(const double* x, int n) {
+    double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+    int q = 0;
+    for (; q + 4 <= n; q += 4) s0 += x[q], s1 += x[q + 1], s2 += x[q + 2], s3 += x[q + 3];
+    for (; q < n; q++) s0 += x[q];
+    return (s0 + s1) + (s2 + s3);
+}
+double dot4(const double* x, const double* y, int n) {
+    double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+    int q = 0;
+    for (; q + 4 <= n; q += 4)
+        s0 += x[q] * y[q], s1 += x[q + 1] * y[q + 1], s2 += x[q + 2] * y[q + 2],
+            s3 += x[q + 3] * y[q + 3];
+    for (; q < n; q++) s0 += x[q] * y[q];
+    return (s0 + s1) + (s2 + s3);
+}
+
+// One pass over the data: each block, held in cache as columns, gives its
+// weighted means and centred cross products (two sweeps of the block), and
+// blocks are merged by the exact update for the sums of products about the
+// mean of two groups, C = C1 + C2 + (m2 - m1)(m2 - m1)' w1 w2 / (w1 + w2),
+// with the sums compensated.
 int moments(const std::vector<int>& vars, const Sample& S, Moments* m) {
     int k = static_cast<int>(vars.size());
     m->mean.assign(k, 0);
     m->cp.assign(static_cast<size_t>(k) * k, 0);
     m->mn.assign(k, misval);
     m->mx.assign(k, -misval);
-    std::vector<double> col(static_cast<size_t>(k) * BLK), wt(BLK);
-    std::vector<double> s(k, 0), se(k, 0);
-    double sw = 0, swe = 0;
+    std::vector<double> col(static_cast<size_t>(k) * BLK), wt(BLK),
+        wd(static_cast<size_t>(k) * BLK);
+    std::vector<double> ce(static_cast<size_t>(k) * k, 0), bm(k), delta(k);
+    double W = 0;
     long long n = 0;
     const bool weighted = S.weighted;
-    // pass 1: sums, block by block
     for (size_t b0 = 0; b0 < S.size(); b0 += BLK) {
         if (kvpollstd()) return 1;
         int nb = load_block(vars, S, b0, col.data(), wt.data());
-        for (int a = 0; a < k; a++) {
-            const double* c = col.data() + static_cast<size_t>(a) * BLK;
-            double bs = 0, lo = m->mn[a], hi = m->mx[a];
-            if (weighted)
-                for (int q = 0; q < nb; q++) bs += wt[q] * c[q];
-            else
-                for (int q = 0; q < nb; q++) bs += c[q];
-            for (int q = 0; q < nb; q++) lo = std::min(lo, c[q]), hi = std::max(hi, c[q]);
-            m->mn[a] = lo, m->mx[a] = hi;
-            accumerr(&s[a], &se[a], bs);
-        }
-        double bw = 0;
-        for (int q = 0; q < nb; q++) bw += wt[q];
-        accumerr(&sw, &swe, bw);
-        n += nb;
-    }
-    m->n = n;
-    m->sumw = sw + swe;
-    if (n == 0) return 0;
-    for (int a = 0; a < k; a++) m->mean[a] = (s[a] + se[a]) / m->sumw;
-    // pass 2: centred cross products, and the mean's correction
-    std::vector<double> c2(static_cast<size_t>(k) * k, 0), ce(static_cast<size_t>(k) * k, 0);
-    std::vector<double> d1(k, 0), d1e(k, 0), wd(static_cast<size_t>(k) * BLK);
-    for (size_t b0 = 0; b0 < S.size(); b0 += BLK) {
-        if (kvpollstd()) return 1;
-        int nb = load_block(vars, S, b0, col.data(), wt.data());
+        if (nb == 0) continue;
+        double wb = weighted ? sum4(wt.data(), nb) : nb;
+        // the block's means, corrected by a second sweep
         for (int a = 0; a < k; a++) {
             double* c = col.data() + static_cast<size_t>(a) * BLK;
-            double* w = wd.data() + static_cast<size_t>(a) * BLK;
-            double mu = m->mean[a], bd = 0;
+            double lo = m->mn[a], hi = m->mx[a];
+            double sum = weighted ? dot4(wt.data(), c, nb) : sum4(c, nb);
+            for (int q = 0; q < nb; q++) lo = std::min(lo, c[q]), hi = std::max(hi, c[q]);
+            m->mn[a] = lo, m->mx[a] = hi;
+            double mu = sum / wb;
             for (int q = 0; q < nb; q++) c[q] -= mu;
+            double* w = wd.data() + static_cast<size_t>(a) * BLK;
             if (weighted)
                 for (int q = 0; q < nb; q++) w[q] = wt[q] * c[q];
             else
                 for (int q = 0; q < nb; q++) w[q] = c[q];
-            for (int q = 0; q < nb; q++) bd += w[q];
-            accumerr(&d1[a], &d1e[a], bd);
+            double corr = sum4(w, nb) / wb;
+            for (int q = 0; q < nb; q++) c[q] -= corr;
+            if (weighted)
+                for (int q = 0; q < nb; q++) w[q] = wt[q] * c[q];
+            else
+                for (int q = 0; q < nb; q++) w[q] = c[q];
+            bm[a] = mu + corr;
         }
+        // merge: the block's own products, and those of the shift of its mean
+        double Wn = W + wb, f = W * wb / Wn;
+        for (int a = 0; a < k; a++) delta[a] = bm[a] - m->mean[a];
         for (int a = 0; a < k; a++) {
             const double* w = wd.data() + static_cast<size_t>(a) * BLK;
             for (int b = 0; b <= a; b++) {
                 const double* c = col.data() + static_cast<size_t>(b) * BLK;
-                double t = 0;
-                for (int q = 0; q < nb; q++) t += w[q] * c[q];
-                accumerr(&c2[a * k + b], &ce[a * k + b], t);
+                double t = dot4(w, c, nb);
+                accumerr(&m->cp[a * k + b], &ce[a * k + b], t + delta[a] * delta[b] * f);
             }
         }
+        for (int a = 0; a < k; a++) m->mean[a] += delta[a] * (wb / Wn);
+        W = Wn;
+        n += nb;
     }
+    m->n = n;
+    m->sumw = W;
     for (int a = 0; a < k; a++)
-        for (int b = 0; b <= a; b++) {
-            double da = d1[a] + d1e[a], db = d1[b] + d1e[b];
-            double v = (c2[a * k + b] + ce[a * k + b]) - da * db / m->sumw;
-            m->cp[a * k + b] = m->cp[b * k + a] = v;
-        }
-    for (int a = 0; a < k; a++) m->mean[a] += (d1[a] + d1e[a]) / m->sumw;
+        for (int b = 0; b <= a; b++)
+            m->cp[b * k + a] = m->cp[a * k + b] = m->cp[a * k + b] + ce[a * k + b];
     return 0;
 }
 
