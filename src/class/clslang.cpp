@@ -2,6 +2,8 @@
 // the built-in members and class macro expansion.
 #include "class/clslang.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,13 +54,18 @@ static bool namechar(char c) {
 
 // Splits ".a.b[2].c" into its components; 0 or 4029 / 4003.
 static int splitname(const char* text, std::vector<Comp>& out) {
-    out.clear();
+    size_t nc = 0;
     const char* p = text;
     while (*p == ' ') p++;
     if (*p == '.') p++;
     for (;;) {
-        Comp c;
-        if (out.empty() && !strncmp(p, "__key(", 6)) {
+        if (out.size() <= nc) out.emplace_back();
+        Comp& c = out[nc];
+        c.paren.clear();
+        c.index = 0;
+        c.more.clear();
+        c.key = nullkey;
+        if (nc == 0 && !strncmp(p, "__key(", 6)) {
             const char* e = nullptr;
             c.key = ref_to_key(p, &e);
             if (!e) return 4003;
@@ -87,11 +94,12 @@ static int splitname(const char* text, std::vector<Comp>& out) {
                 c.index = static_cast<int>(v);
             p = e + 1;
         }
-        out.push_back(c);
+        nc++;
         if (!*p || *p == ' ') break;
         if (*p != '.') return 4003;
         p++;
     }
+    out.resize(nc);
     return 0;
 }
 
@@ -299,10 +307,19 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
     return 0;
 }
 
+// Look-ups nest (a class file read on first use makes look-ups of its own),
+// so each depth keeps its own list of components, reused from line to line.
+static std::vector<Comp> comp_pool[8];
+static int comp_depth = 0;
+
 int cls_find(const char* name, bool create, ClsRef* out) {
-    std::vector<Comp> comps;
-    if (int rc = splitname(name, comps)) return rc;
-    return find_comps(comps, comps.size(), create, out);
+    std::vector<Comp> local;
+    std::vector<Comp>& comps = comp_depth < 8 ? comp_pool[comp_depth] : local;
+    comp_depth++;
+    int rc = splitname(name, comps);
+    if (!rc) rc = find_comps(comps, comps.size(), create, out);
+    comp_depth--;
+    return rc;
 }
 
 static int report(const std::string& name, int rc) {
@@ -409,8 +426,20 @@ static std::string numtext(double x, bool exact) {
         }
         return ".";
     }
+    if (exact && x == std::trunc(x) && std::fabs(x) < 1e15) {
+        // whole numbers, the usual counters, without the general conversion
+        char* e = buf + sizeof buf;
+        *--e = 0;
+        uint64_t u = static_cast<uint64_t>(std::fabs(x));
+        do *--e = static_cast<char>('0' + u % 10);
+        while (u /= 10);
+        if (x < 0) *--e = '-';
+        return e;
+    }
     if (exact) {
-        snprintf(buf, sizeof buf, "%.17g", x);
+        // the shortest text that reads back as the same double
+        auto r = std::to_chars(buf, buf + sizeof buf - 1, x);
+        *r.ptr = 0;
     } else {
         fmtnum(buf, "%18.0g", x);
     }
@@ -434,7 +463,7 @@ static std::string valuetext(clskey v) {
 }
 
 // Class references inside an expression become their values.
-static std::string expand_refs(const std::string& s) {
+static std::string expand_refs(const std::string& s, const std::string* known, clskey knownval) {
     std::string out;
     out.reserve(s.size() + 16);
     size_t i = 0, n = s.size();
@@ -462,7 +491,12 @@ static std::string expand_refs(const std::string& s) {
         while (e < n && (namechar(s[e]) || s[e] == '.' || s[e] == '[' || s[e] == ']')) e++;
         std::string ref = s.substr(i, e - i);
         ClsRef r{};
-        if (!cls_find(ref.c_str(), false, &r)) {
+        int frc = 0;
+        if (known && ref == *known)
+            r.value = knownval;
+        else
+            frc = cls_find(ref.c_str(), false, &r);
+        if (!frc) {
             int t = r.value ? cls_ntype(cls_node(r.value)) : 0;
             if (t == CLS_DOUBLE) {
                 out += numtext(cls_get_num(r.value), true);
@@ -490,9 +524,11 @@ static std::string expand_refs(const std::string& s) {
     return out;
 }
 
-static int eval_expression(const std::string& text, clskey* out) {
+// known: a reference already resolved to knownval by the caller.
+static int eval_expression(const std::string& text, clskey* out, const std::string* known = nullptr,
+                           clskey knownval = nullkey) {
     static ExpObj obj; // a compiled object is large: not on the stack
-    std::string e = expand_refs(text);
+    std::string e = expand_refs(text, known, knownval);
     if (int rc = compexp_text(&obj, e.data(), e.data() + e.size(), 3, 0)) return rc;
     int32_t s1 = nobs1, s2 = nobs2, ss1 = nobss1, ss2 = nobss2;
     nobs1 = nobss1 = 1;
@@ -633,24 +669,35 @@ int cls_rvalue(const std::string& text, clskey* out) {
         std::string tok, rest;
         split_first(t, &tok, &rest);
         std::string base, word;
-        if (split_call(tok, &base, &word)) {
+        bool split = split_call(tok, &base, &word);
+        if (split && (word == "new" || word == "copy" || word == "_clone" || word == "_clone1" ||
+                      word == "ref")) {
+            ClsRef b{};
+            if (!cls_find(base.c_str(), false, &b) && b.value)
+                return creator(tok, b.value, word, rest, out);
+        }
+        ClsRef r{};
+        int rc = cls_find(tok.c_str(), false, &r);
+        if (!rc) {
+            // a member program of the owner comes before a member of that name
+            if (split && r.owner && cls_searchpgm(classtype_of(r.owner), word.c_str()))
+                return creator(tok, r.owner, word, rest, out);
+            if (rest.empty()) {
+                if (!r.value) return report(tok, 4002);
+                return cls_newvalue(out, r.value, 0);
+            }
+            return eval_expression(t, out, &tok, r.value);
+        }
+        if (split) {
             ClsRef b{};
             if (!cls_find(base.c_str(), false, &b) && b.value) {
                 int bt = cls_ntype(cls_node(b.value));
-                bool objectish = bt == CLS_CLASS || bt == CLS_CLASSTYPE;
-                if (word == "new" || word == "copy" || word == "_clone" || word == "_clone1" ||
-                    word == "ref" ||
-                    (objectish && cls_searchpgm(classtype_of(b.value), word.c_str())))
+                if ((bt == CLS_CLASS || bt == CLS_CLASSTYPE) &&
+                    cls_searchpgm(classtype_of(b.value), word.c_str()))
                     return creator(tok, b.value, word, rest, out);
             }
         }
         if (rest.empty()) {
-            ClsRef r{};
-            int rc = cls_find(tok.c_str(), false, &r);
-            if (!rc) {
-                if (!r.value) return report(tok, 4002);
-                return cls_newvalue(out, r.value, 0);
-            }
             // `.a` to `.z` alone are missing values
             bool misscode = tok.size() == 2 && tok[1] >= 'a' && tok[1] <= 'z';
             if (!misscode) return report(tok, rc);
