@@ -59,7 +59,7 @@ int cls_findclasstype(const char* name, clskey* out) {
 }
 
 // Runs one command line as if it had been read (for `_cls` lines).
-static int runline(const std::string& text) {
+int cls_runline(const std::string& text) {
     snprintf(console, conslen, "%s", text.c_str());
     settok(console);
     gettok(prsestd);
@@ -154,11 +154,11 @@ static int read_block(const std::string& name) {
             continue;
         }
         if (line.compare(0, 5, "_cls ") == 0) {
-            rc = runline(line.substr(5));
+            rc = cls_runline(line.substr(5));
             continue;
         }
         if (line.compare(0, 8, "version ") == 0) {
-            rc = runline(line);
+            rc = cls_runline(line);
             reinterpret_cast<ClsType*>(cls_ndata(cls_node(ct)))->version = vernum;
             continue;
         }
@@ -370,11 +370,9 @@ int stclass(int) {
     if (word == "toplevel") return class_toplevel();
     if (word == "_dmm") return class_dmm();
     if (word == "pgmdir") return class_pgmdir();
-    if (word == "modify" || word == "nameof" || word == "nameoflocal" || word == "new" ||
-        word == "set" || word == "korvu" || word == "try" || word == "undo") {
-        std::string what = "class " + word;
-        return notyet(what.c_str());
-    }
+    int found = 0;
+    int rc = class_subcommand(word, after, &found);
+    if (found) return rc;
     return say("not a class definition or subcommand\n", 198);
 }
 
@@ -382,7 +380,7 @@ int stclass(int) {
 int clscmd_direct(int) {
     std::string rest = trim(wheretok());
     if (rest.empty()) return 0;
-    return runline(rest);
+    return cls_runline(rest);
 }
 
 } // namespace korvu

@@ -117,6 +117,21 @@ static int _populate_stylenames(clskey inst) {
     return cls_hold_key(h, arr);
 }
 
+static const char* const style_words[] = {"setstyle", "_read_style", "_restyle",
+                                          "_populate_stylenames"};
+static const char* const grid_words[] = {"dims", "put", "get"};
+
+bool cls_builtin_has(clskey ct, const char* word) {
+    if (!strcmp(word, "null")) return true;
+    if (cls_type_is_of_type(ct, "style"))
+        for (const char* w : style_words)
+            if (!strcmp(word, w)) return true;
+    if (cls_type_is_of_type(ct, "grid"))
+        for (const char* w : grid_words)
+            if (!strcmp(word, w)) return true;
+    return false;
+}
+
 static int cls_style(clskey inst, const char* word, const char* args, int* found) {
     *found = 1;
     if (!strcmp(word, "setstyle")) return setstyle(inst, args);

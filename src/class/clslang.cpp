@@ -216,8 +216,13 @@ static clskey* meta_array(clskey v, const Comp& c) {
     return s && *s ? s : nullptr;
 }
 
+// Set while an expression is evaluated: a name that is not there is not
+// looked for as a class file (no command may run inside the evaluator).
+static bool find_noload = false;
+
 static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create, ClsRef* out) {
     clskey* holder = nullptr;
+    clskey* global_holder = nullptr; // the holder of a top-level name
     clskey cur = nullkey, owner = nullkey;
     size_t i = 0;
     const Comp& c0 = comps[0];
@@ -265,9 +270,10 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
                 }
                 if (n) {
                     holder = reinterpret_cast<clskey*>(cls_ndata(cls_node(n)));
+                    global_holder = scope != 2 ? holder : nullptr;
                 } else if (scope != 2) {
-                    clskey ct;
-                    if (cls_findclasstype(c.name.c_str(), &ct)) return 4012;
+                    clskey ct = cls_findclasstype_loaded(c.name.c_str());
+                    if (!ct && (find_noload || cls_findclasstype(c.name.c_str(), &ct))) return 4012;
                     cur = ct;
                 } else {
                     return 4012;
@@ -301,6 +307,10 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
         owner = v;
         if (int rc = apply_index(c, create, holder, cur)) return rc;
     }
+    const Comp& last = comps[ncomp - 1];
+    out->arr = last.index && holder ? reference_key : nullkey;
+    out->dex = last.index && holder ? reference_dex : -1;
+    out->top = holder && holder == global_holder;
     out->holder = holder;
     out->value = holder ? cls_drill(*holder) : cur;
     out->owner = owner;
@@ -416,7 +426,7 @@ static int member_hook(clskey inst, const char* pgm, const char* args, int* foun
 
 // --- values as text ---------------------------------------------------------------
 
-static std::string numtext(double x, bool exact) {
+std::string cls_numtext(double x, bool exact) {
     char buf[64];
     if (ismissing(x)) {
         int l = missing_letter(x);
@@ -452,7 +462,7 @@ static std::string valuetext(clskey v) {
     v = cls_drill(v);
     if (!v) return "";
     switch (cls_ntype(cls_node(v))) {
-    case CLS_DOUBLE: return numtext(cls_get_num(v), false);
+    case CLS_DOUBLE: return cls_numtext(cls_get_num(v), false);
     case CLS_STRING:
     case CLS_TMPSTRING: return cls_ndata(cls_node(v));
     default: {
@@ -499,7 +509,7 @@ static std::string expand_refs(const std::string& s, const std::string* known, c
         if (!frc) {
             int t = r.value ? cls_ntype(cls_node(r.value)) : 0;
             if (t == CLS_DOUBLE) {
-                out += numtext(cls_get_num(r.value), true);
+                out += cls_numtext(cls_get_num(r.value), true);
             } else if (t == CLS_STRING) {
                 const char* sv = cls_get_str(r.value);
                 if (strchr(sv, '"')) {
@@ -742,7 +752,7 @@ static int assign_ref(const std::string& lhs, const std::string& rhs) {
     return cls_unlink(old);
 }
 
-static int assign(const std::string& lhs, const std::string& rhs) {
+int cls_assign(const std::string& lhs, const std::string& rhs) {
     if (ends_with(lhs, ".ref")) return assign_ref(lhs.substr(0, lhs.size() - 4), rhs);
     clskey v;
     if (int rc = cls_rvalue(rhs, &v)) return rc;
@@ -765,6 +775,11 @@ static int assign(const std::string& lhs, const std::string& rhs) {
             return 4019;
         }
     }
+    if (stlog_level)
+        if (int rc = cls_log_change(lhs, dst)) {
+            cls_unlink(v);
+            return rc;
+        }
     // a number into an unshared number stays in place
     if (v && cls_ntype(cls_node(v)) == CLS_DOUBLE && cls_node(v)->refct == 1) {
         double x = cls_get_num(v);
@@ -892,6 +907,16 @@ static int builtin_member(const std::string& full, const ClsRef& b, const std::s
     return 0;
 }
 
+bool cls_has_member_call(clskey value, const char* word) {
+    value = cls_drill(value);
+    if (!value) return false;
+    if (is_member_word(word)) return true;
+    int t = cls_ntype(cls_node(value));
+    if (t != CLS_CLASS && t != CLS_CLASSTYPE) return false;
+    if (cls_searchpgm(classtype_of(value), word)) return true;
+    return cls_builtin_has(classtype_of(value), word);
+}
+
 // A call line or form: name, then its arguments. out gets the text result.
 static int runcmd(const std::string& tok, const std::string& args, std::string* out, bool* hasout) {
     *hasout = false;
@@ -986,8 +1011,9 @@ int cls_clscmd() {
     std::string name = line.substr(0, e);
     std::string rest = e == std::string::npos ? "" : line.substr(e);
     std::string after = trim(rest);
+    cls_log_newline();
     if (!after.empty() && after[0] == '=' && (after.size() < 2 || after[1] != '=')) {
-        return assign(name, after.substr(1));
+        return cls_assign(name, after.substr(1));
     }
     std::string out;
     bool hasout = false;
@@ -1134,6 +1160,28 @@ static int declare(clskey inst, const std::string& text) {
 
 // --- link ----------------------------------------------------------------------------
 
+// cls() and scls() of expressions: the value of a name, without a class
+// file read and without a message; missing or empty when there is none.
+static clskey exp_lookup(const char* name) {
+    char buf[EXP_STRMAX + 2];
+    snprintf(buf, sizeof buf, "%s%s", name[0] == '.' ? "" : ".", name);
+    ClsRef r{};
+    find_noload = true;
+    int rc = cls_find(buf, false, &r);
+    find_noload = false;
+    return rc ? nullkey : r.value;
+}
+
+static double exp_clsnum(const char* name) {
+    clskey v = exp_lookup(name);
+    return v && cls_ntype(cls_node(v)) == CLS_DOUBLE ? cls_get_num(v) : misval;
+}
+
+static void exp_clsstr(const char* name, char* out) {
+    std::string t = valuetext(exp_lookup(name));
+    snprintf(out, EXP_STRMAX + 1, "%s", t.c_str());
+}
+
 static int clsvalue_hook(const char* ref, char* dst, size_t n) {
     return cls_xpand(ref, dst, n);
 }
@@ -1143,6 +1191,7 @@ int cls_discard_all() {
     if (cls_loc) return 0;
     clsrtn_clear();
     locals.clear();
+    cls_log_forget();
     cls_discard();
     return cls_make_builtin_classes();
 }
@@ -1151,6 +1200,8 @@ void link_class() {
     cls_init();
     cls_member_hook = member_hook;
     mac_hooks.clsvalue = clsvalue_hook;
+    exphooks.clsnum = exp_clsnum;
+    exphooks.clsstr = exp_clsstr;
     frame_hooks.rmtmpclass = cls_frame_end;
     frame_hooks.cls_clear_return = clsrtn_clear;
 }
