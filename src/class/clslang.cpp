@@ -641,9 +641,7 @@ static int creator(const std::string& full, clskey base, const std::string& word
         return cls_clone1_instance(out, base);
     }
     if (word == "ref") {
-        c_outlev = 3;
-        spout21("= assigment of a reference is not allowed\n");
-        return 4009;
+        return errtext(4009, "= assigment of a reference is not allowed\n");
     }
     // a member program, whose `class exit` value is the result
     clsrtn_clear();
@@ -726,9 +724,7 @@ static bool ends_with(const std::string& s, const char* tail) {
 static int assign_ref(const std::string& lhs, const std::string& rhs) {
     std::string r = trim(rhs);
     if (!ends_with(r, ".ref") || r.find(' ') != std::string::npos) {
-        c_outlev = 3;
-        spout21("= assigment of a reference is not allowed\n");
-        return 4009;
+        return errtext(4009, "= assigment of a reference is not allowed\n");
     }
     std::string rbase = r.substr(0, r.size() - 4);
     ClsRef src{};
@@ -770,9 +766,7 @@ int cls_assign(const std::string& lhs, const std::string& rhs) {
         clskey oct = classtype_of(old), nct = classtype_of(v);
         if (oct != nct && !cls_type_is_of_type(nct, cls_nname(cls_node(oct)))) {
             cls_unlink(v);
-            c_outlev = 3;
-            spout21("     may not assign instances of incompatible classes\n");
-            return 4019;
+            return errtext(4019, "     may not assign instances of incompatible classes\n");
         }
     }
     if (stlog_level)
@@ -1072,9 +1066,7 @@ int cls_parse_decl(const std::string& text, Decl* d) {
         i = j + 1;
     }
     if (w.empty() || (w.size() == 1 && cls_parsetype(w[0].c_str(), 0))) {
-        c_outlev = 3;
-        spout21("attribute declaration requires a name\n");
-        return 198;
+        return errtext(198, "attribute declaration requires a name\n");
     }
     if (w.size() == 1) {
         d->name = w[0];
@@ -1095,10 +1087,7 @@ int cls_parse_decl(const std::string& text, Decl* d) {
         return error(198);
     }
     if (!cls_chkname(d->name.c_str())) {
-        c_outlev = 3;
-        spout21(d->name.c_str());
-        spout21(" invalid name\n");
-        return 198;
+        return errorf(198, "%s invalid name\n", d->name.c_str());
     }
     return 0;
 }
