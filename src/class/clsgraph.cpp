@@ -8,6 +8,7 @@
 #include <string>
 
 #include "class/clslang.h"
+#include "class/clsscheme.h"
 #include "data/area/missing.h"
 #include "kernel/errors/errors.h"
 #include "output/spout.h"
@@ -30,11 +31,13 @@ static const char* ownclass(clskey inst) {
 }
 
 // The scheme's entry of this object's class: `.__SCHEME.<class>`.
+// The scheme is read from its file the first time a style is asked for.
 static clskey scheme_of(clskey inst) {
-    std::string ref = std::string(".__SCHEME.") + ownclass(inst);
-    ClsRef r{};
-    if (cls_find(ref.c_str(), false, &r) || !r.value) return nullkey;
-    return cls_ntype(cls_node(r.value)) == CLS_CLASS ? r.value : nullkey;
+    clskey root = cls_scheme_root();
+    if (!root || cls_ntype(cls_node(root)) != CLS_CLASS) return nullkey;
+    clskey* h = cls_find_name_in_class(ownclass(inst), root);
+    clskey v = h ? cls_drill(*h) : nullkey;
+    return v && cls_ntype(cls_node(v)) == CLS_CLASS ? v : nullkey;
 }
 
 // Copies the attributes of style `name` onto the object; a note when the

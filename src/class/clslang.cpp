@@ -2,6 +2,8 @@
 // the built-in members and class macro expansion.
 #include "class/clslang.h"
 
+#include "class/clsscheme.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -1181,6 +1183,7 @@ int cls_discard_all() {
     clsrtn_clear();
     locals.clear();
     cls_log_forget();
+    cls_scheme_forget();
     cls_discard();
     return cls_make_builtin_classes();
 }
