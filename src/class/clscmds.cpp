@@ -36,6 +36,11 @@ static std::string trim(const std::string& s) {
     return b == std::string::npos ? "" : s.substr(b, e - b + 1);
 }
 
+// A name as a line of the class language writes it: behind a dot.
+static std::string dotted(const std::string& t) {
+    return t.empty() || t[0] == '.' ? t : "." + t;
+}
+
 // `.__LOG`, made when asked for; nullkey when it is not there.
 static clskey log_array(bool make) {
     log_key = nullkey;
@@ -179,8 +184,7 @@ static int class_modify(const std::string& rest) {
     size_t eq = r.find('=');
     if (eq == std::string::npos || eq == 0)
         return errtext(198, "class modify: name = value expected\n");
-    std::string lhs = trim(r.substr(0, eq));
-    if (lhs[0] != '.' && lhs.compare(0, 6, "__key(") != 0) lhs = "." + lhs;
+    std::string lhs = dotted(trim(r.substr(0, eq)));
     cls_log_newline();
     return cls_assign(lhs, r.substr(eq + 1));
 }
@@ -195,10 +199,6 @@ static int answer(const std::string& text) {
     newline();
     c_outlev = old;
     return 0;
-}
-
-static std::string dotted(const std::string& t) {
-    return t.empty() || t[0] == '.' || !t.compare(0, 6, "__key(") ? t : "." + t;
 }
 
 // A name by which the top level reaches the value: breadth first over the

@@ -36,6 +36,12 @@ class modify .box[2].label = "changed"
 assert "`.box[2].label'" == "changed"
 capture noisily class modify box[2].y
 assert _rc == 198
+* names may be key forms
+local k `.box[2].objkey'
+class modify `k'.y = 41
+class nameof `k'
+assert "`r(name)'" == ".box[2]" & `.box[2].y' == 41
+class modify box[2].y = 42
 * class try: a call runs when its object and member are there, and does
 * nothing when they are not
 class try .box[2].moveby 1 1
