@@ -711,6 +711,7 @@ int tabulatecmd(int) {
     if (!two && (o.row || o.col || o.cell || o.chi2 || o.lr || o.exact || o.v || o.gamma ||
                  o.taub || !o.matcol.empty()))
         return errtext(198, "row, column, cell and the statistics need two variables\n");
+    if (byvar && !o.gen.empty()) return errtext(190, "generate() may not be combined with by\n");
     if (two && (!o.gen.empty() || o.sumvar))
         return errtext(198, "generate() and summarize() take one variable\n");
     for (const std::string* m : {&o.matcell, &o.matrow, &o.matcol})

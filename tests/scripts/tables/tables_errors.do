@@ -32,6 +32,10 @@ capture noisily correlate x y, pairwise star(2)
 error _rc != 0
 capture noisily correlate x y, pairwise means
 error _rc != 198
+sort x
+capture noisily by x: tabulate y, generate(iy)
+error _rc != 190
+error c(k) != 4
 capture noisily tabulate nosuch
 error _rc != 111
 * an empty selection is a table of nothing, not an error
