@@ -106,6 +106,16 @@ for n in ["1", "2", "3", "5", "10", "30", "100", "1000"]:
         add("ttail", [n, t], v if t > 0 else 1 - v, FWD)
         add("tden", [n, t], mp.gamma((n + 1) / 2) / (mp.gamma(n / 2) * mp.sqrt(n * mp.pi))
             * (1 + t * t / n) ** (-(n + 1) / 2), FWD)
+# many degrees of freedom: x = n / (n + t^2) lies close to 1
+for n in ["1e4", "1e5", "1e6", "3.5e7"]:
+    n = mp.mpf(float(n))
+    for t in ["0.3", "1", "3", "5", "-2"]:
+        t = mp.mpf(float(t))
+        v = I(n / 2, mp.mpf(0.5), n / (n + t * t)) / 2
+        add("ttail", [n, t], v if t > 0 else 1 - v, FWD)
+for a, b, x in [("5e5", "0.5", "0.99999"), ("2000", "3", "0.999"), ("800", "40", "0.97")]:
+    a, b, x = mp.mpf(float(a)), mp.mpf(float(b)), mp.mpf(float(x))
+    add("ibeta", [a, b, x], I(a, b, x), FWD)
 for n1, n2 in [(1, 1), (1, 10), (2, 3), (3, 7), (5, 100), (10, 10), (40, 2), (100, 1000)]:
     n1, n2 = mp.mpf(n1), mp.mpf(n2)
     for f in ["0.01", "0.5", "1", "2", "4.5", "10", "100"]:

@@ -539,7 +539,8 @@ double bpser(double a, double b, double x, double xc) {
     return misval;
 }
 
-// Continued fraction for x below the mean, by the modified Lentz method.
+// The first continued fraction, for x below the mean (and at most one half),
+// by the modified Lentz method.
 double bcf(double a, double b, double x, double xc) {
     double fac = betafac(a, b, x, xc);
     if (fac >= misval) return misval;
@@ -572,6 +573,44 @@ double bcf(double a, double b, double x, double xc) {
     return misval;
 }
 
+// The second continued fraction, in z = x / (1 - x), for x above one half:
+// I = x^a (1-x)^(b-1) / (a B(a,b)) / (1 + d1 z / (1 + d2 z / (1 + ...))),
+// d(2m+1) = (a+m)(1-b+m) / ((a+2m)(a+2m+1)), d(2m) = m(a+b-1+m) / ((a+2m-1)(a+2m)).
+// It takes x only through z, formed from the complement, so a value near 1
+// keeps its digits.
+double bcf2(double a, double b, double x, double xc, int* iters) {
+    double fac = betafac(a, b, x, xc);
+    if (fac >= misval) return misval;
+    if (fac == 0) return 0;
+    const double tiny = 1e-300;
+    double z = x / xc;
+    // modified Lentz on f = 1 + K(d_n z / 1)
+    double f = 1, c = 1, d = 0;
+    for (int n = 1; n < kCoreIter; n++) {
+        double an;
+        if (n & 1) {
+            int m = (n - 1) / 2;
+            an = (a + m) * (1 - b + m) / ((a + 2.0 * m) * (a + 2.0 * m + 1)) * z;
+        } else {
+            int m = n / 2;
+            an = m * (a + b - 1 + m) / ((a + 2.0 * m - 1) * (a + 2.0 * m)) * z;
+        }
+        d = 1 + an * d;
+        if (std::fabs(d) < tiny) d = tiny;
+        c = 1 + an / c;
+        if (std::fabs(c) < tiny) c = tiny;
+        d = 1 / d;
+        double del = c * d;
+        f *= del;
+        if (std::fabs(del - 1) < kMachEp) {
+            if (iters) *iters = n;
+            return fac / xc / a / f;
+        }
+        if (kvpollrare()) return misval;
+    }
+    return misval;
+}
+
 // I_x(a, b) with the complement xc = 1 - x known exactly.
 double ibeta2(double a, double b, double x, double xc) {
     if (b * x <= 1 && x <= 0.95) return bpser(a, b, x, xc);
@@ -589,6 +628,8 @@ double ibeta2(double a, double b, double x, double xc) {
     }
     if (flip && b * x <= 1 && x <= 0.95)
         r = bpser(a, b, x, xc);
+    else if (x > 0.5)
+        r = bcf2(a, b, x, xc, nullptr);
     else
         r = bcf(a, b, x, xc);
     if (r >= misval) return misval;
