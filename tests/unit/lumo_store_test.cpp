@@ -1,0 +1,179 @@
+// The object store's counts: headers and cells return to their pools, string
+// cells are shared by count, a pointer keeps its target alive, and a run of
+// compiled statements releases every object it made. Values are worked by
+// hand.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "capture.h"
+#include "data/area/missing.h"
+#include "kernel/dict/dict.h"
+#include "lumo/lumo.h"
+#include "lumo/objects/mobj.h"
+#include "lumo/vm/vm.h"
+
+using namespace korvu;
+
+namespace {
+
+struct LumoStore : ::testing::Test {
+    CapturedOutput out;
+    void SetUp() override {
+        dminit();
+        mo_init();
+        mo_counts = MoCounts{};
+        m_curdepth = 1;
+        m_linesource = nullptr;
+        m_mayreadcons = 0;
+        m_optimize = 1;
+        m_dropallfcns();
+    }
+    void TearDown() override {
+        lumo_clearmats();
+        m_dropallfcns();
+        mo_reinit();
+        m_curdepth = 0;
+    }
+    // Compiles and runs one statement; returns the code.
+    int run(const char* text) {
+        std::string rest;
+        if (int rc = cc_compile(text, &rest)) return rc;
+        const LumoFcn* f = cc_lastfcn();
+        if (!f || strcmp(dmname(f), mwrd_istmt)) return 0;
+        m_curdepth = 0;
+        return ixeq(const_cast<LumoFcn*>(f));
+    }
+    double real0(const char* name) {
+        MObj* o = findlvl0mat(name);
+        EXPECT_NE(o, nullptr) << name;
+        if (!o) return -1;
+        EXPECT_EQ(o->eltype, MT_REAL);
+        return m_rel(o)[0];
+    }
+};
+
+TEST_F(LumoStore, HeadersAndCellsComeBackToTheirPools) {
+    MObj* a = m_mkmat("", MT_REAL, 1, 1); // 8 bytes: a cell
+    MObj* b = m_mkmat("", MT_REAL, 2, 3); // 48 bytes
+    MObj* z = m_mkmat("", MT_REAL, 0, 0); // a 0 x 0 still owns 8 bytes
+    ASSERT_TRUE(a && b && z);
+    EXPECT_EQ(z->size, 8);
+    EXPECT_EQ(a->count, 0); // a temporary has no reference until pushed
+    EXPECT_EQ(mo_counts.live, 3);
+    mo_hold(a);
+    mo_release(a); // back to 0: released
+    mo_freemat(b);
+    mo_freemat(z);
+    EXPECT_EQ(mo_counts.live, 0);
+    EXPECT_EQ(mo_counts.pooled, 3);
+    EXPECT_EQ(mo_counts.cells, 2); // the scalar's and the empty matrix's
+    // the next scalar takes a pooled header and a free cell: no new item
+    const int64_t made = mo_counts.allocated;
+    MObj* c = m_mktsmatsto(2.5);
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(mo_counts.allocated, made);
+    EXPECT_EQ(mo_counts.cells, 1);
+    EXPECT_EQ(m_rel(c)[0], 2.5);
+    mo_freemat(c);
+    int cap, cells, hcap, hdrs;
+    mo_rpt(&cap, &cells, &hcap, &hdrs);
+    EXPECT_EQ(cap, 250);
+    EXPECT_EQ(hcap, 500);
+    EXPECT_EQ(cells, 2);
+    EXPECT_EQ(hdrs, 3);
+}
+
+TEST_F(LumoStore, StringCellsAreSharedByCount) {
+    MObj* s = m_mkmat("", MT_STRING, 1, 2);
+    ASSERT_NE(s, nullptr);
+    EXPECT_EQ(m_sel(s)[0]->len, 0); // starts empty
+    m_sel(s)[0] = sel_make("abc", 3);
+    m_sel(s)[1] = sel_make("de", 2);
+    EXPECT_EQ(mo_counts.scells, 2);
+    MObj* d = m_dupmat(s); // copies share the cells
+    ASSERT_NE(d, nullptr);
+    EXPECT_EQ(m_sel(d)[0], m_sel(s)[0]);
+    EXPECT_EQ(m_sel(s)[0]->count, 2);
+    EXPECT_EQ(m_objsize(s), 16 + 3 + 2);
+    mo_freemat(s);
+    EXPECT_EQ(mo_counts.scells, 2);
+    EXPECT_STREQ(m_sel(d)[0]->s, "abc");
+    mo_freemat(d);
+    EXPECT_EQ(mo_counts.scells, 0);
+}
+
+TEST_F(LumoStore, PointerKeepsTargetAliveAndSwapTakesTheViewKind) {
+    MObj* t = m_mkmat("", MT_REAL, 1, 1);
+    MObj* p = m_mkmat("", MT_POINTER, 1, 1);
+    ASSERT_TRUE(t && p);
+    mo_hold(t); // the frame's reference
+    mo_hold(t); // the pointer's
+    m_pel(p)[0] = t;
+    mo_release(t); // the frame ends
+    EXPECT_EQ(t->live, 1);
+    mo_freemat(p); // the pointer goes: so does its target
+    EXPECT_EQ(mo_counts.live, 0);
+    MObj* a = m_mkmat("", MT_REAL, 2, 2);
+    MObj* v = m_mkmat("", MT_REAL, 1, 1);
+    v->view = 2;
+    m_swapmat(a, v);
+    EXPECT_EQ(a->view, 2);
+    EXPECT_EQ(v->view, 0);
+    EXPECT_EQ(v->rows, 2);
+    a->view = 0;
+    mo_freemat(a);
+    mo_freemat(v);
+}
+
+TEST_F(LumoStore, AssignmentStealsOnlyFromTemporaries) {
+    MObj* t = m_mkmat("x", MT_REAL, 1, 1);
+    MObj* s = m_mkmat("", MT_REAL, 1, 3);
+    ASSERT_TRUE(t && s);
+    mo_hold(t);
+    mo_hold(s); // on the stack once: stolen
+    void* data = s->data;
+    ASSERT_EQ(cpymat(t, s, true), 0);
+    EXPECT_EQ(t->data, data);
+    EXPECT_EQ(t->cols, 3);
+    mo_hold(s); // now referenced twice: copied
+    m_rel(t)[0] = 7;
+    ASSERT_EQ(cpymat(s, t, true), 0);
+    EXPECT_NE(s->data, t->data);
+    EXPECT_EQ(m_rel(s)[0], 7);
+    mo_release(s);
+    mo_release(s);
+    mo_release(t);
+    EXPECT_EQ(mo_counts.live, 0);
+}
+
+// Statements: values worked by hand; after each run only the named
+// matrices of the interactive level stay alive.
+TEST_F(LumoStore, StatementsReleaseWhatTheyMake) {
+    ASSERT_EQ(run("a = (1,2,3)"), 0);
+    ASSERT_EQ(run("b = a"), 0);
+    ASSERT_EQ(run("b[2] = 9"), 0);
+    EXPECT_EQ(m_rel(findlvl0mat("a"))[1], 2);
+    EXPECT_EQ(m_rel(findlvl0mat("b"))[1], 9);
+    ASSERT_EQ(run("function f(x) { real scalar y; y = x * 2; return(&y) }"), 0);
+    ASSERT_EQ(run("p = f(21)"), 0);
+    ASSERT_EQ(run("q = *p"), 0);
+    EXPECT_EQ(real0("q"), 42);
+    ASSERT_EQ(run("s = \"ab\" + \"c\""), 0);
+    ASSERT_EQ(run("m = (1,2\\3,4) * (5\\6)"), 0); // 1*5+2*6 = 17, 3*5+4*6 = 39
+    MObj* m = findlvl0mat("m");
+    ASSERT_NE(m, nullptr);
+    EXPECT_EQ(m->rows, 2);
+    EXPECT_EQ(m_rel(m)[0], 17);
+    EXPECT_EQ(m_rel(m)[1], 39);
+    EXPECT_EQ(run("(1,2) + (1,2,3)"), 3200);
+    EXPECT_EQ(run("undefined_fn(1)"), 3499);
+    // a, b, p, q, s, m, and y kept alive by p
+    EXPECT_EQ(mo_counts.live, 7);
+    lumo_clearmats();
+    EXPECT_EQ(mo_counts.live, 0);
+    EXPECT_EQ(mo_counts.scells, 0);
+}
+
+} // namespace
