@@ -1,9 +1,11 @@
 // `lumo describe`, `lumo memory`, `lumo rename` and the matrix side of
 // `lumo drop` and `lumo clear`.
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
@@ -42,18 +44,29 @@ int lumo_describe(const char* args) {
     char buf[200];
     out("\n      # bytes   type                        name and extent\n");
     out("-------------------------------------------------------------------------------\n");
-    for (MObj* o = mo_nextmat(nullptr); o; o = mo_nextmat(o)) {
-        if (!matches(o->name, pat.c_str())) continue;
+    std::vector<MObj*> mats;
+    for (MObj* o = mo_nextmat(nullptr); o; o = mo_nextmat(o))
+        if (matches(o->name, pat.c_str())) mats.push_back(o);
+    std::sort(mats.begin(), mats.end(),
+              [](const MObj* x, const MObj* y) { return strcmp(x->name, y->name) < 0; });
+    for (MObj* o : mats) {
         std::string t = std::string(m_eltname(o)) + " " + orgof(o);
         snprintf(buf, sizeof buf, "%13lld   %-27s %s[%d,%d]\n",
                  static_cast<long long>(m_objsize(o)), t.c_str(), o->name, o->rows, o->cols);
         out(buf);
     }
+    std::vector<const LumoFcn*> fcns;
     for (void* it = dmnext(nullptr, nullptr, DM_LUMOFCN, nullptr); it;
          it = dmnext(it, nullptr, DM_LUMOFCN, nullptr)) {
         const auto* f = static_cast<const LumoFcn*>(it);
         const char* nm = dmname(f);
         if (!strcmp(nm, mwrd_istmt) || f->replaced || !matches(nm, pat.c_str())) continue;
+        fcns.push_back(f);
+    }
+    std::sort(fcns.begin(), fcns.end(),
+              [](const LumoFcn* x, const LumoFcn* y) { return strcmp(dmname(x), dmname(y)) < 0; });
+    for (const LumoFcn* f : fcns) {
+        const char* nm = dmname(f);
         snprintf(buf, sizeof buf, "%13lld   %-27s %s()\n",
                  static_cast<long long>(4 * static_cast<int64_t>(f->nwords)), "function", nm);
         out(buf);

@@ -474,6 +474,8 @@ void mx_optrans() {
 void mx_opmult() {
     MObj* a = m_stak[-1];
     MObj* b = m_stak[0];
+    if (!a->fcn && !b->fcn && (a->eltype == MT_STRING || b->eltype == MT_STRING))
+        return m_xeqerr(3251);
     if (!a->fcn && !b->fcn && (scalar(a) || scalar(b)) && a->eltype == MT_REAL &&
         b->eltype == MT_REAL)
         return realbin<Mul>(false);
