@@ -15,25 +15,30 @@
 namespace korvu {
 
 // Results: a missing operand gives missing, and so does a result that is
-// not finite (an infinity or not a number).
+// not finite (an infinity or not a number). Written without branches so the
+// element loops vectorise.
 static inline double fin(double r) {
     return std::fabs(r) <= DBL_MAX ? r : misval;
 }
 static inline bool miss2(double x, double y) {
-    return x >= misval || y >= misval;
+    return (x >= misval) | (y >= misval);
+}
+static inline double arith(double x, double y, double r) {
+    const bool bad = (x >= misval) | (y >= misval) | !(std::fabs(r) <= DBL_MAX);
+    return bad ? misval : r;
 }
 
 struct Add {
-    static double f(double x, double y) { return miss2(x, y) ? misval : fin(x + y); }
+    static double f(double x, double y) { return arith(x, y, x + y); }
 };
 struct Sub {
-    static double f(double x, double y) { return miss2(x, y) ? misval : fin(x - y); }
+    static double f(double x, double y) { return arith(x, y, x - y); }
 };
 struct Mul {
-    static double f(double x, double y) { return miss2(x, y) ? misval : fin(x * y); }
+    static double f(double x, double y) { return arith(x, y, x * y); }
 };
 struct Div {
-    static double f(double x, double y) { return miss2(x, y) ? misval : fin(x / y); }
+    static double f(double x, double y) { return arith(x, y, x / y); }
 };
 struct Pow {
     static double f(double x, double y) { return miss2(x, y) ? misval : fin(std::pow(x, y)); }
@@ -493,6 +498,17 @@ void mx_opmult() {
     }
     const double* x = m_rel(a);
     const double* y = m_rel(b);
+    // one counting pass each: values beyond 1e150 (missing values among
+    // them) are the only ones that can make a missing or overflowing result
+    int64_t big = 0;
+    for (int64_t i = 0; i < m_nel(a); i++) big += std::fabs(x[i]) > 1e150;
+    for (int64_t i = 0; i < m_nel(b); i++) big += std::fabs(y[i]) > 1e150;
+    if (!big) {
+        if (M > 0 && N > 0)
+            cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, M, N, K, 1.0, x, K, y, N, 0.0, c,
+                        N);
+        return ppp2(o);
+    }
     std::vector<uint8_t> rowmiss, colmiss;
     std::vector<double> xa, yb;
     for (int64_t i = 0; i < m_nel(a); i++)
