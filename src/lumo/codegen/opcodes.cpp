@@ -58,15 +58,7 @@ const MopInfo mop_table[MOP_COUNT] = {
     /* 43 */ OP("opor", ML_NONE, 2, 1, "logical or", mx_opor),
     /* 44 */
     OP("oprstosmatp", ML_SLOT, 2, 0, "range subscript store into slot, then pop", mx_oprstosmatp),
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
-    NOOP,
+    NOOP, NOOP, NOOP, NOOP, NOOP, NOOP, NOOP, NOOP, NOOP,
     NOOP, // 45 to 54
           /* 55 */
     OP("opbiltin", ML_IDXN, -1, 1, "call built-in function index with n arguments", mx_opbiltin),
@@ -167,15 +159,16 @@ const MopInfo mop_table[MOP_COUNT] = {
     OP("opolc_ps", ML_POSSTR, 0, 0, "missing optional argument: pointer scalar", mx_opolc),
     /* 138 */ OP("opfindf", ML_FINDF, 0, 1, "push a function found by name, cached", mx_opfindf),
     /* 139 */ NOOP,
-    /* 140 */ OP("opdrill", ML_MEMBER, 1, 1, "struct member", mx_opstruct),
-    /* 141 */ OP("opldmatd", ML_SLOTMEM, 0, 1, "push a member of the struct in slot", mx_opstruct),
+    /* 140 */ OP("opdrill", ML_MEMBER, 1, 1, "struct member", mx_opdrill),
+    /* 141 */ OP("opldmatd", ML_SLOTMEM, 0, 1, "push a member of the struct in slot", mx_opldmatd),
     /* 142 */
     OP("opldmatdd", ML_SLOTMM, 0, 1, "push a member of a member of the struct in slot",
-       mx_opstruct),
-    /* 143 */ OP("opalc_stcm", ML_STR, 0, 1, "allocate a local struct matrix", mx_opstruct),
-    /* 144 */ OP("opalc_stcr", ML_STR, 0, 1, "allocate a local struct row vector", mx_opstruct),
-    /* 145 */ OP("opalc_stcc", ML_STR, 0, 1, "allocate a local struct column vector", mx_opstruct),
-    /* 146 */ OP("opalc_stcs", ML_STR, 0, 1, "allocate a local struct scalar", mx_opstruct),
+       mx_opldmatdd),
+    /* 143 */ OP("opalc_stcm", ML_STR, 0, 1, "allocate a local struct matrix", mx_opalcstruct),
+    /* 144 */ OP("opalc_stcr", ML_STR, 0, 1, "allocate a local struct row vector", mx_opalcstruct),
+    /* 145 */
+    OP("opalc_stcc", ML_STR, 0, 1, "allocate a local struct column vector", mx_opalcstruct),
+    /* 146 */ OP("opalc_stcs", ML_STR, 0, 1, "allocate a local struct scalar", mx_opalcstruct),
     /* 147 */
     OP("opolc_stcm", ML_POSSTR, 0, 0, "missing optional argument: struct matrix", mx_opstruct),
     /* 148 */
@@ -187,8 +180,7 @@ const MopInfo mop_table[MOP_COUNT] = {
     /* 151 */ OP("predec", ML_NONE, 0, 0, "subtract 1 from the real scalar on top", mx_predec),
     /* 152 */ OP("postinc", ML_NONE, 1, 1, "add 1 in place, leave the old value", mx_postinc),
     /* 153 */ OP("postdec", ML_NONE, 1, 1, "subtract 1 in place, leave the old value", mx_postdec),
-    /* 154 */ OP("opcastp", ML_NONE, 1, 1, "struct pointer to plain", mx_opstruct),
-    NOOP,
+    /* 154 */ OP("opcastp", ML_NONE, 1, 1, "struct pointer to plain", mx_opstruct), NOOP,
     NOOP, // 155, 156
 };
 

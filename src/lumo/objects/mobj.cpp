@@ -122,6 +122,8 @@ MObj* mo_allocmat(const char* name, int level, size_t bytes) {
     o->live = 1;
     o->isvoid = 0;
     o->fcn = nullptr;
+    o->sdef = -1;
+    o->isdef = 0;
     mo_counts.live++;
     return o;
 }
@@ -253,11 +255,21 @@ static void copyelems(MObj* t, const MObj* s) {
     if (s->eltype == MT_STRING) {
         SCell** c = m_sel(t);
         for (int64_t i = 0; i < n; i++) sel_hold(c[i]);
-    } else if (s->eltype == MT_POINTER || s->eltype == MT_STRUCT) {
+    } else if (s->eltype == MT_POINTER) {
         MObj** p = m_pel(t);
         for (int64_t i = 0; i < n; i++)
             if (p[i]) mo_hold(p[i]);
+    } else if (s->eltype == MT_STRUCT) {
+        // value semantics: each instance is copied
+        MObj** p = m_pel(t);
+        for (int64_t i = 0; i < n; i++)
+            if (p[i]) {
+                MObj* d = m_dupinstance(p[i], 0);
+                if (d) mo_hold(d);
+                p[i] = d;
+            }
     }
+    t->sdef = s->sdef;
 }
 
 MObj* m_dupmat(const MObj* o) {
@@ -290,6 +302,7 @@ void m_swapmat(MObj* a, MObj* b) {
     std::swap(a->view, b->view);
     std::swap(a->eltype, b->eltype);
     std::swap(a->isvoid, b->isvoid);
+    std::swap(a->sdef, b->sdef);
 }
 
 int64_t m_objsize(const MObj* o) {

@@ -36,6 +36,8 @@ struct MObj {
     uint8_t live;   // 1 in use, 0 in the pool
     uint8_t isvoid; // the void value of a function without result
     LumoFcn* fcn;   // a function reference: the function; null for a matrix
+    int32_t sdef;   // struct values and instances: index of the definition; -1
+    uint8_t isdef;  // a reference to a structure definition (its constructor)
     char name[33];
 };
 
@@ -120,6 +122,12 @@ inline int64_t m_nel(const MObj* o) {
 MObj* findlvl0mat(const char* name);
 MObj* findglobalmat(const char* name);
 MObj* mo_nextmat(MObj* previous);
+
+// Structures: a struct value (eltype struct) holds instances; an instance
+// is a pointer vector (sdef set) with one member object an element. Copies
+// of struct values copy the instances they hold.
+MObj* m_mkinstance(int sdef);
+MObj* m_dupinstance(const MObj* inst, int depth);
 
 // Type text such as "real" for messages.
 const char* m_eltname(const MObj* o);

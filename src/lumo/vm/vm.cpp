@@ -659,11 +659,17 @@ void mx_opfindf() {
     const uint32_t words = m_rt.pc[4];
     const char* name = optext(m_rt.pc + 4);
     LumoFcn* f = m_findfcn(name);
+    MObj* o;
     if (!f || f->replaced) {
-        m_custom_xeqerr(3499, "%s() not found", name);
-        return;
+        // a structure's name calls its constructor
+        o = m_mkstructref(name);
+        if (!o) {
+            m_custom_xeqerr(3499, "%s() not found", name);
+            return;
+        }
+    } else {
+        o = m_mkfcnref(f);
     }
-    MObj* o = m_mkfcnref(f);
     if (!o) {
         m_xeqerr(3900);
         return;
@@ -685,6 +691,11 @@ static void call(LumoFcn* f, int n) {
 void mx_opcall() {
     MObj* c = m_rt.frame[m_rt.pc[1]];
     const int n = static_cast<int>(m_rt.pc[2]);
+    if (c->isdef) {
+        m_xeqstruct(c, n);
+        m_rt.pc += 2;
+        return;
+    }
     if (!c->fcn) {
         m_xeqerr(3101);
         return;

@@ -59,6 +59,10 @@ void m_list(const MObj* o);
 using MBiFn = void (*)(int nargs);
 MBiFn m_bifn(int index);
 
+// Structures.
+void m_xeqstruct(MObj* def, int nargs);
+MObj* m_mkstructref(const char* name);
+
 void link_lumovm();
 
 } // namespace korvu
