@@ -53,9 +53,28 @@ void link_lumo() {
     link_lumovm();
 }
 
+#ifndef NDEBUG
+// The reference-count audit of debug builds: at exit, once every named
+// matrix and function is dropped, no object of the store may be left.
+static void m_audit() {
+    lumo_clearmats();
+    m_dropallfcns();
+    lumostakfree();
+    mo_reinit();
+    if (mo_counts.live || mo_counts.scells)
+        fprintf(stderr, "lumo audit: %lld objects and %lld strings not released\n",
+                static_cast<long long>(mo_counts.live), static_cast<long long>(mo_counts.scells));
+}
+#endif
+
 void lumoinit() {
     if (const char* p = getenv("LUMOLIB")) m_libpath = p;
     libpath_done = true;
+#ifndef NDEBUG
+    static bool audit = false;
+    if (!audit) atexit(m_audit);
+    audit = true;
+#endif
 }
 
 // Lines beyond the first come from the running source: the do-file, the
