@@ -34,6 +34,15 @@ k1(1, 2)
 function r(n) { return(r(n + 1)) }
 r(1)
 1 + 1
+// a function with many locals fills the 65536 entries of the stack before
+// the call depth limit: also a stack overflow
+function big(n) {
+    real scalar a0, a1, a2, a3, a4, a5, a6, a7, a8, a9, a10, a11, a12, a13, a14, a15, a16, a17, a18, a19, a20, a21, a22, a23, a24, a25, a26, a27, a28, a29
+    a0 = n; a1 = n; a2 = n; a3 = n; a4 = n; a5 = n; a6 = n; a7 = n; a8 = n; a9 = n; a10 = n; a11 = n; a12 = n; a13 = n; a14 = n; a15 = n; a16 = n; a17 = n; a18 = n; a19 = n; a20 = n; a21 = n; a22 = n; a23 = n; a24 = n; a25 = n; a26 = n; a27 = n; a28 = n; a29 = n
+    return(big(n + 1) + a0)
+}
+big(1)
+1 + 1
 // types asserted on arguments
 real scalar sq(real scalar z) { return(z * z) }
 sq((1,2))
