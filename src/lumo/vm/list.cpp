@@ -3,11 +3,13 @@
 // number. Real elements go through %9.0g without the padding; a column is as
 // wide as its widest element or its number; columns that do not fit the line
 // width go to a further panel. Strings stand left-aligned, numbers right.
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "data/area/missing.h"
 #include "data/formats/formats.h"
 #include "kernel/dict/dict.h"
 #include "lumo/vm/vm.h"
@@ -23,6 +25,27 @@ static std::string eltext(const MObj* o, int64_t k) {
         const char* p = buf;
         while (*p == ' ') p++;
         return p;
+    }
+    case MT_COMPLEX: {
+        const double re = m_rel(o)[2 * k], im = m_rel(o)[2 * k + 1];
+        if (re >= misval || im >= misval) return ".";
+        auto num = [](double x) {
+            char b[64];
+            fmtnum(b, "%9.0g", x);
+            const char* p = b;
+            while (*p == ' ') p++;
+            return std::string(p);
+        };
+        std::string s;
+        if (re != 0 || im == 0) s = num(re);
+        if (im != 0) {
+            if (!s.empty())
+                s += im < 0 ? " - " : " + ";
+            else if (im < 0)
+                s += "-";
+            s += num(std::fabs(im)) + "i";
+        }
+        return s;
     }
     case MT_STRING: {
         const SCell* c = m_sel(o)[k];
@@ -54,7 +77,7 @@ void m_list(const MObj* o) {
         return;
     }
     if (o->isvoid || m_nel(o) == 0) return;
-    if (o->eltype == MT_COMPLEX || o->eltype == MT_STRUCT) {
+    if (o->eltype == MT_STRUCT) {
         line(std::string("  ") + m_eltname(o) + " [" + std::to_string(o->rows) + "," +
              std::to_string(o->cols) + "]");
         return;

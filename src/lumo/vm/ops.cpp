@@ -29,42 +29,55 @@ static inline double arith(double x, double y, double r) {
 }
 
 struct Add {
+    static constexpr int K = 0;
     static double f(double x, double y) { return arith(x, y, x + y); }
 };
 struct Sub {
+    static constexpr int K = 1;
     static double f(double x, double y) { return arith(x, y, x - y); }
 };
 struct Mul {
+    static constexpr int K = 2;
     static double f(double x, double y) { return arith(x, y, x * y); }
 };
 struct Div {
+    static constexpr int K = 3;
     static double f(double x, double y) { return arith(x, y, x / y); }
 };
 struct Pow {
+    static constexpr int K = -1;
     static double f(double x, double y) { return miss2(x, y) ? misval : fin(std::pow(x, y)); }
 };
 struct Eq {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x == y; }
 };
 struct Ne {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x != y; }
 };
 struct Gt {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x > y; }
 };
 struct Ge {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x >= y; }
 };
 struct Lt {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x < y; }
 };
 struct Le {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x <= y; }
 };
 struct And {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x != 0 && y != 0; }
 };
 struct Or {
+    static constexpr int K = -1;
     static double f(double x, double y) { return x != 0 || y != 0; }
 };
 
@@ -164,6 +177,10 @@ template <class F> static void realbin(bool colon) {
         if (!o) return m_xeqerr(3900);
         m_rel(o)[0] = r;
         return ppp2(o);
+    }
+    if (!a->fcn && !b->fcn && (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX)) {
+        if (F::K >= 0) return m_cxbin(F::K, colon);
+        return m_xeqerr(3253);
     }
     const int el = family(a, b);
     if (el == -100) return;
@@ -269,6 +286,8 @@ void mx_opdiv() {
     if (!a->fcn && !b->fcn && (a->eltype == MT_STRING || b->eltype == MT_STRING))
         return m_xeqerr(3251);
     if (!b->fcn && !scalar(b)) return scalarerr(b);
+    if (!a->fcn && !b->fcn && (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX))
+        return m_cxbin(3, false);
     realbin<Div>(false);
 }
 
@@ -328,8 +347,14 @@ template <class F> static void wholecmp(int eqkind) {
         scalar(b))
         return setcond(F::f(m_rel(a)[0], m_rel(b)[0]) != 0);
     if (a->fcn || b->fcn) return m_xeqerr(3102);
-    if (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX)
-        return m_custom_xeqerr(3997, "complex values not yet available");
+    if (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX) {
+        const bool num = (a->eltype == MT_REAL || a->eltype == MT_COMPLEX) &&
+                         (b->eltype == MT_REAL || b->eltype == MT_COMPLEX);
+        if (!eqkind) return m_xeqerr(num ? 3253 : 3250);
+        if (!num || a->rows != b->rows || a->cols != b->cols) return setcond(eqkind == 2);
+        const bool t = m_cxequal(a, b);
+        return setcond(eqkind == 1 ? t : !t);
+    }
     // equality of unequal shapes or types is an answer, not an error
     if (eqkind && (a->rows != b->rows || a->cols != b->cols || a->eltype != b->eltype))
         return setcond(eqkind == 2);
@@ -431,7 +456,7 @@ void mx_opnot() {
 void mx_opneg() {
     MObj* a = *m_stak;
     if (a->fcn) return m_xeqerr(3102);
-    if (a->eltype == MT_COMPLEX) return m_custom_xeqerr(3997, "complex values not yet available");
+    if (a->eltype == MT_COMPLEX) return m_cxneg();
     if (a->eltype != MT_REAL) return m_xeqerr(3251);
     MObj* o = unresult(a);
     if (!o) return m_xeqerr(3900);
@@ -445,7 +470,7 @@ void mx_opneg() {
 void mx_optrans() {
     MObj* a = *m_stak;
     if (a->fcn) return m_xeqerr(3102);
-    if (a->eltype == MT_COMPLEX) return m_custom_xeqerr(3997, "complex values not yet available");
+    if (a->eltype == MT_COMPLEX) return m_cxtrans();
     if (a->rows <= 1 || a->cols <= 1) {
         // a vector: the elements stay in order
         MObj* o = a;
@@ -481,6 +506,8 @@ void mx_opmult() {
     MObj* b = m_stak[0];
     if (!a->fcn && !b->fcn && (a->eltype == MT_STRING || b->eltype == MT_STRING))
         return m_xeqerr(3251);
+    if (!a->fcn && !b->fcn && (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX))
+        return m_cxmult();
     if (!a->fcn && !b->fcn && (scalar(a) || scalar(b)) && a->eltype == MT_REAL &&
         b->eltype == MT_REAL)
         return realbin<Mul>(false);
@@ -585,27 +612,34 @@ static void join(bool bycols) {
         return;
     }
     if (m_nel(b) == 0 && b->rows == 0 && b->cols == 0) return m_pop();
-    if (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX)
-        return m_custom_xeqerr(3997, "complex values not yet available");
     if (bycols ? a->rows != b->rows : a->cols != b->cols) return m_xeqerr(3200);
+    // real joins complex as complex
+    if (a->eltype == MT_COMPLEX && b->eltype == MT_REAL) {
+        if (!m_cxpromote(0)) return;
+        b = m_stak[0];
+    } else if (a->eltype == MT_REAL && b->eltype == MT_COMPLEX) {
+        if (!m_cxpromote(1)) return;
+        a = m_stak[-1];
+    }
     if (a->eltype != b->eltype) return m_xeqerr(3250);
     const int R = bycols ? a->rows : a->rows + b->rows;
     const int C = bycols ? a->cols + b->cols : a->cols;
     MObj* o = m_mkmat("", a->eltype, R, C);
     if (!o) return m_xeqerr(3900);
+    // elements of 8 bytes, 16 for complex: w words each
+    const int64_t w = a->eltype == MT_COMPLEX ? 2 : 1;
     uint64_t* y = static_cast<uint64_t*>(o->data);
     const uint64_t* p = static_cast<const uint64_t*>(a->data);
     const uint64_t* q = static_cast<const uint64_t*>(b->data);
     if (bycols) {
         for (int i = 0; i < R; i++) {
-            memcpy(y + static_cast<int64_t>(i) * C, p + static_cast<int64_t>(i) * a->cols,
-                   8u * static_cast<size_t>(a->cols));
-            memcpy(y + static_cast<int64_t>(i) * C + a->cols, q + static_cast<int64_t>(i) * b->cols,
-                   8u * static_cast<size_t>(b->cols));
+            memcpy(y + w * i * C, p + w * i * a->cols, 8u * static_cast<size_t>(w * a->cols));
+            memcpy(y + w * (static_cast<int64_t>(i) * C + a->cols), q + w * i * b->cols,
+                   8u * static_cast<size_t>(w * b->cols));
         }
     } else {
-        memcpy(y, p, 8u * static_cast<size_t>(m_nel(a)));
-        memcpy(y + m_nel(a), q, 8u * static_cast<size_t>(m_nel(b)));
+        memcpy(y, p, 8u * static_cast<size_t>(w * m_nel(a)));
+        memcpy(y + w * m_nel(a), q, 8u * static_cast<size_t>(w * m_nel(b)));
     }
     hold8(o, 0, m_nel(o));
     ppp2(o);

@@ -498,9 +498,6 @@ void mx_notyet() {
     const uint32_t op = *m_rt.pc;
     m_custom_xeqerr(3997, "%s not yet available", op < MOP_COUNT ? mop_table[op].name : "opcode");
 }
-void mx_opcomplex() {
-    m_custom_xeqerr(3997, "complex values not yet available");
-}
 void mx_opstruct() {
     m_custom_xeqerr(3997, "structures not yet available");
 }
@@ -600,16 +597,13 @@ static void alcshape(uint32_t op, int* el, int* r, int* c) {
 static bool alclocal(uint32_t op, const char* name) {
     int el, r, c;
     alcshape(op, &el, &r, &c);
-    if (el == MT_COMPLEX) {
-        m_custom_xeqerr(3997, "complex values not yet available");
-        return false;
-    }
     MObj* o = m_mkmat(name, el, r, c);
     if (!o) {
         m_xeqerr(3900);
         return false;
     }
     if (el == MT_REAL && r == 1 && c == 1) m_rel(o)[0] = misval;
+    if (el == MT_COMPLEX && r == 1 && c == 1) m_rel(o)[0] = m_rel(o)[1] = misval;
     return m_push(o);
 }
 

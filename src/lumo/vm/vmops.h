@@ -11,6 +11,16 @@ extern MObj* const m_kfalse;
 extern MObj* const m_ktrue;
 extern MObj* const m_kmiss;
 
+// Complex operators (either operand complex): kind 0 add, 1 subtract,
+// 2 multiply, 3 divide, element by element.
+void m_cxbin(int kind, bool colon);
+void m_cxmult();
+void m_cxneg();
+void m_cxtrans();
+bool m_cxequal(const MObj* a, const MObj* b);
+// The real operand at stack depth k (0 the top) becomes complex.
+bool m_cxpromote(int k);
+
 // Pops the two operands and pushes r (which may be one of them).
 inline void ppp2(MObj* r) {
     r->count++;
