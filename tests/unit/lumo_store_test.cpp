@@ -10,6 +10,7 @@
 #include "capture.h"
 #include "data/area/missing.h"
 #include "kernel/dict/dict.h"
+#include "lumo/codegen/opcodes.h"
 #include "lumo/lumo.h"
 #include "lumo/objects/mobj.h"
 #include "lumo/vm/vm.h"
@@ -174,6 +175,23 @@ TEST_F(LumoStore, StatementsReleaseWhatTheyMake) {
     lumo_clearmats();
     EXPECT_EQ(mo_counts.live, 0);
     EXPECT_EQ(mo_counts.scells, 0);
+}
+
+// The machine's column of the instruction table: every opcode has a
+// handler, and the numbers that are not instructions answer 3997.
+TEST_F(LumoStore, EveryOpcodeHasAHandler) {
+    for (int op = 0; op < MOP_COUNT; op++) EXPECT_NE(mop_table[op].xeq, nullptr) << op;
+    // a function whose first instruction is 45, not an instruction
+    const uint32_t code[] = {920, 920, 45, 30};
+    auto* f =
+        static_cast<LumoFcn*>(dmadd("t45", DM_LUMOFCN, 0, offsetof(LumoFcn, code) + sizeof code));
+    ASSERT_NE(f, nullptr);
+    f->nwords = 4;
+    f->count = f->replaced = 0;
+    memcpy(f->code, code, sizeof code);
+    m_curdepth = 0;
+    EXPECT_EQ(ixeq(f), 3997);
+    EXPECT_NE(out.take().find("t45():  3997  unimplemented opcode"), std::string::npos);
 }
 
 } // namespace

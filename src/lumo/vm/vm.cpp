@@ -492,7 +492,7 @@ void mx_opdup() {
 }
 
 void mx_unused() {
-    m_custom_xeqerr(3997, "unimplemented opcode %u", *m_rt.pc);
+    m_xeqerr(3997);
 }
 void mx_notyet() {
     const uint32_t op = *m_rt.pc;
