@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <sys/mman.h>
 #include <utility>
 
 #include "kernel/dict/dict.h"
@@ -71,6 +72,15 @@ static void* dataalloc(size_t bytes) {
     if (bytes == 8 && ncellpool > 0) {
         mo_counts.cells--;
         return cellpool[--ncellpool];
+    }
+    // large blocks on huge pages where the system has them: a fresh matrix
+    // of millions of elements then costs far fewer page faults
+    constexpr size_t huge = size_t(2) << 20;
+    if (bytes >= 2 * huge) {
+        void* p = nullptr;
+        if (posix_memalign(&p, huge, bytes)) return nullptr;
+        madvise(p, bytes, MADV_HUGEPAGE);
+        return p;
     }
     return malloc(bytes);
 }
