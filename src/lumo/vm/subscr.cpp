@@ -84,10 +84,6 @@ static bool readable(const MObj* x) {
         m_xeqerr(3102);
         return false;
     }
-    if (x->eltype == MT_COMPLEX) {
-        m_custom_xeqerr(3997, "complex values not yet available");
-        return false;
-    }
     return true;
 }
 
@@ -99,6 +95,16 @@ static MObj* gather(const MObj* x, const Idx& r, const Idx& c) {
     if (!o) return nullptr;
     const uint64_t* p = static_cast<const uint64_t*>(x->data);
     uint64_t* q = static_cast<uint64_t*>(o->data);
+    if (x->eltype == MT_COMPLEX) {
+        // two words an element
+        for (int64_t i = 0; i < r.n; i++)
+            for (int64_t j = 0; j < c.n; j++) {
+                const int64_t k = r.at(i) * x->cols + c.at(j);
+                q[2 * (i * c.n + j)] = p[2 * k];
+                q[2 * (i * c.n + j) + 1] = p[2 * k + 1];
+            }
+        return o;
+    }
     for (int64_t i = 0; i < r.n; i++)
         for (int64_t j = 0; j < c.n; j++) {
             const uint64_t w = p[r.at(i) * x->cols + c.at(j)];
@@ -208,9 +214,19 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
         m_xeqerr(3102);
         return false;
     }
-    if (t->eltype == MT_COMPLEX || v->eltype == MT_COMPLEX) {
-        m_custom_xeqerr(3997, "complex values not yet available");
-        return false;
+    MObj* cxv = nullptr; // a real value stored into a complex matrix
+    if (t->eltype == MT_COMPLEX && v->eltype == MT_REAL) {
+        cxv = m_mkmat("", MT_COMPLEX, v->rows, v->cols);
+        if (!cxv) {
+            m_xeqerr(3900);
+            return false;
+        }
+        for (int64_t k = 0; k < m_nel(v); k++) {
+            const double x = m_rel(v)[k];
+            m_rel(cxv)[2 * k] = x;
+            m_rel(cxv)[2 * k + 1] = x >= misval ? misval : 0;
+        }
+        v = cxv;
     }
     if (t->eltype != v->eltype) {
         m_xeqerr(3250);
@@ -222,6 +238,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
         const bool ok = vector ? ((v->rows == 1 || v->cols == 1) && m_nel(v) == n)
                                : (v->rows == r.n && v->cols == c.n);
         if (!ok) {
+            if (cxv) mo_freemat(cxv);
             m_xeqerr(3200);
             return false;
         }
@@ -237,7 +254,15 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
     }
     uint64_t* q = static_cast<uint64_t*>(t->data);
     const uint64_t* p = static_cast<const uint64_t*>(v->data);
-    if (t->eltype == MT_REAL) {
+    if (t->eltype == MT_COMPLEX) {
+        for (int64_t i = 0; i < r.n; i++)
+            for (int64_t j = 0; j < c.n; j++) {
+                const int64_t k = r.at(i) * t->cols + c.at(j);
+                const int64_t from = one ? 0 : i * c.n + j;
+                q[2 * k] = p[2 * from];
+                q[2 * k + 1] = p[2 * from + 1];
+            }
+    } else if (t->eltype == MT_REAL) {
         if (n == 1) {
             q[r.at(0) * t->cols + c.at(0)] = p[0];
         } else {
@@ -256,6 +281,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
             }
     }
     if (dup) mo_freemat(dup);
+    if (cxv) mo_freemat(cxv);
     return true;
 }
 

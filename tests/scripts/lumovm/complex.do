@@ -19,6 +19,13 @@ z + 1
 Z = (z, 1 \ 0, w)
 // (1+2i, 1 \ 0, 3-i) times (1 \ 1i) = (1+2i+1i \ (3-i)i) = (1+3i \ 1+3i)
 Z * (1 \ 1i)
+// subscripts: reads, a row, a real value stored into a complex matrix
+Z[1,1]
+Z[2,.]
+Z[.,2] = (1i \ 2i)
+Z[1,2] = 5
+Z
+Z[|1,1 \ 1,2|]
 z == 1 + 2i
 z != w
 (1, 2) :* (1i, 1i)
