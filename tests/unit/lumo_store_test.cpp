@@ -10,6 +10,7 @@
 #include "capture.h"
 #include "data/area/missing.h"
 #include "kernel/dict/dict.h"
+#include "kernel/loop/brk.h"
 #include "lumo/codegen/opcodes.h"
 #include "lumo/lumo.h"
 #include "lumo/objects/mobj.h"
@@ -192,6 +193,25 @@ TEST_F(LumoStore, EveryOpcodeHasAHandler) {
     m_curdepth = 0;
     EXPECT_EQ(ixeq(f), 3997);
     EXPECT_NE(out.take().find("t45():  3997  unimplemented opcode"), std::string::npos);
+}
+
+// A break seen at a backward jump ends the statement with code 1, releasing
+// what it held.
+TEST_F(LumoStore, BreakEndsALoopWithCodeOne) {
+    ASSERT_EQ(run("i = 0"), 0);
+    const int64_t live = mo_counts.live;
+    std::string rest;
+    ASSERT_EQ(cc_compile("for (i = 1; i <= 10; i++) j = i * 10", &rest), 0);
+    stopflag = 1; // the compiler itself stops at a break, so it comes after
+    m_curdepth = 0;
+    EXPECT_EQ(ixeq(const_cast<LumoFcn*>(cc_lastfcn())), 1);
+    stopflag = 0;
+    // the prologue's jump back to the body is the first backward jump: the
+    // loop never starts, and j exists only as the 0 x 0 its lookup made
+    EXPECT_EQ(real0("i"), 0);
+    ASSERT_NE(findlvl0mat("j"), nullptr);
+    EXPECT_EQ(findlvl0mat("j")->rows, 0);
+    EXPECT_EQ(mo_counts.live, live + 1);
 }
 
 } // namespace
