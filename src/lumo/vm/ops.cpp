@@ -442,7 +442,7 @@ static MObj* unresult(MObj* a) {
 void mx_opnot() {
     MObj* a = *m_stak;
     if (a->fcn) return m_xeqerr(3102);
-    if (a->eltype != MT_REAL) return m_xeqerr(a->eltype == MT_COMPLEX ? 3997 : 3253);
+    if (a->eltype != MT_REAL) return m_xeqerr(3253);
     if (scalar(a)) return ppp1(m_rel(a)[0] == 0 ? m_ktrue : m_kfalse);
     MObj* o = unresult(a);
     if (!o) return m_xeqerr(3900);
