@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "capture.h"
@@ -212,6 +213,58 @@ TEST_F(LumoStore, BreakEndsALoopWithCodeOne) {
     ASSERT_NE(findlvl0mat("j"), nullptr);
     EXPECT_EQ(findlvl0mat("j")->rows, 0);
     EXPECT_EQ(mo_counts.live, live + 1);
+}
+
+// Random statements over every kind of operand: whatever each one answers,
+// the stack comes back empty, and once the names are dropped nothing of the
+// store is left.
+TEST_F(LumoStore, RandomStatementsLeaveNothingBehind) {
+    static const char* const atoms[] = {
+        "1",      "0",          ".",        "2.5",      "\"ab\"", "\"\"",         "(1,2,3)",
+        "(1\\2)", "(1,2\\3,4)", "J(0,0,0)", "J(2,0,1)", "1i",     "(1i,2)",       "a",
+        "b",      "s",          "p",        "*p",       "NULL",   "&a",           "(1..3)",
+        "(3::1)", "I(3)",       "a[1]",     "b[.,1]",   "s[1]",   "J(1,3,\"x\")", "c"};
+    static const char* const ops[] = {"+",  "-",  "*",  "/",  "^", ":+", ":-", ":*",
+                                      ":/", ":^", "==", "!=", "<", ">=", ":<", "&",
+                                      "|",  ":&", ",",  "\\", "#", "..", "::"};
+    uint32_t seed = 12345;
+    auto rnd = [&](uint32_t n) {
+        seed = seed * 1103515245u + 12345u;
+        return (seed >> 16) % n;
+    };
+    std::function<std::string(int)> expr = [&](int d) -> std::string {
+        if (d == 0 || rnd(10) < 3) return atoms[rnd(sizeof atoms / sizeof *atoms)];
+        switch (rnd(8)) {
+        case 0: return "-(" + expr(d - 1) + ")";
+        case 1: return "(" + expr(d - 1) + ")'";
+        case 2: return "(" + expr(d - 1) + ")[" + std::string(rnd(2) ? "1" : ".") + "]";
+        default:
+            return "(" + expr(d - 1) + " " + ops[rnd(sizeof ops / sizeof *ops)] + " " +
+                   expr(d - 1) + ")";
+        }
+    };
+    ASSERT_EQ(lumostakinit(1), 0);
+    MObj** base = m_stak;
+    const char* const setup[] = {"a = (1,2,3)", "b = (1,2\\3,4)", "s = (\"x\",\"y\")", "p = &a",
+                                 "c = (1i, 2 \\ 3, 4i)"};
+    for (int i = 0; i < 1500; i++) {
+        if (i % 100 == 0) {
+            for (const char* t : setup) ASSERT_EQ(run(t), 0) << t;
+        }
+        std::string st = expr(3);
+        switch (rnd(5)) {
+        case 0: st = "a = " + st; break;
+        case 1: st = "b[1,.] = " + st; break;
+        case 2: st = "*p = " + st; break;
+        default: break;
+        }
+        run(st.c_str());
+        ASSERT_EQ(m_stak, base) << st;
+    }
+    out.take();
+    lumo_clearmats();
+    EXPECT_EQ(mo_counts.live, 0);
+    EXPECT_EQ(mo_counts.scells, 0);
 }
 
 } // namespace
