@@ -1,0 +1,692 @@
+// Linear regression: `_regress` fits by the sweep on the accumulated
+// cross-products (about the means when a constant is wanted), forms the
+// statistics, the robust variance when asked, posts e() and shows the ANOVA
+// header and the coefficient table.
+#include <cblas.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "data/area/dataarea.h"
+#include "data/area/missing.h"
+#include "data/area/storage.h"
+#include "data/expr/expr.h"
+#include "data/formats/formats.h"
+#include "data/vars/vartab.h"
+#include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
+#include "kernel/loop/brk.h"
+#include "kernel/parse/cmdparse.h"
+#include "kernel/parse/gettok.h"
+#include "kernel/parse/options.h"
+#include "output/spout.h"
+#include "results/distrib/distrib.h"
+#include "results/estore.h"
+#include "results/matlink.h"
+#include "results/matrix/matrix.h"
+#include "results/regress/regress.h"
+#include "results/stores.h"
+#include "results/summarize.h"
+
+namespace korvu {
+
+namespace {
+
+// What redisplay needs beyond e(): kept as the item "regress" of the
+// estimation record.
+struct RegRecord {
+    double sumy, sumyy, N;
+    int32_t hascons, hascons_decl, notfreq;
+    char depname[33];
+    char op[19];
+    int32_t k, flag;
+    double sdy;
+};
+
+struct Opts {
+    bool beta = false, header = true, plus = false, mse1 = false, nocons = false,
+         hascons = false, robust = false, hc2 = false, hc3 = false, tsscons = false,
+         rssmat = false, bmat = false, means = false, checkorder = false;
+    double level = 95;
+    double dof = -1;
+    std::string eform, depname, cluster;
+};
+
+// Compensated dot product.
+double cdot(const double* a, const double* b, int n, int sb = 1) {
+    double s = 0, e = 0;
+    for (int i = 0; i < n; ++i) accumerr(&s, &e, a[i] * b[static_cast<size_t>(i) * sb]);
+    return s + e;
+}
+
+// The fit kept for display.
+struct Fit {
+    int p = 0;                      // coefficients (the constant last)
+    std::vector<std::string> names; // coefficient names
+    std::vector<double> b, V;       // p, p x p
+    std::vector<double> sdx;        // standard deviations of the regressors
+    double sdy = 0;
+    double N = 0, df_m = 0, df_r = 0, F = 0, r2 = 0, rmse = 0, mss = 0, rss = 0, r2_a = 0;
+    double ll = misval, ll_0 = misval;
+    bool cons = false;
+    std::string depvar, vcetype, clustvar;
+    int nclust = 0;
+};
+
+std::string fmt(const char* f, double x) {
+    return safereforms(f, x);
+}
+
+// ---- the header ---------------------------------------------------------------------
+
+void statline(const char* left, const char* label, const std::string& value) {
+    c_outlev = 1;
+    spoutptl(left);
+    spoutptlf("%-14s= ", label);
+    c_outlev = 0;
+    spout21(value.c_str());
+    newline();
+}
+
+std::string fvalue(double x, const char* f) {
+    if (x >= misval) return std::string(7, ' ') + ".";
+    return fmt(f, x);
+}
+
+void reg3_header(const Fit& f, bool anova) {
+    char fl[40];
+    snprintf(fl, sizeof fl, "F(%3d,%6ld) =", static_cast<int>(f.df_m), static_cast<long>(f.df_r));
+    std::string nobs = fmt("%8.0f", f.N);
+    std::string Fv = fvalue(f.F, "%8.2f");
+    double p = f.F < misval ? ftail(f.df_m, f.df_r, f.F) : misval;
+    std::string pv = fvalue(p, "%8.4f");
+    std::string r2 = fvalue(f.r2, "%8.4f"), r2a = fvalue(f.r2_a, "%8.4f");
+    std::string rm = " " + fmt("%7.0g", f.rmse);
+    c_outlev = 1;
+    if (!anova) {
+        spoutptl("\nLinear regression");
+        spoutptl(std::string(38, ' ').c_str());
+        spoutptlf("%-14s= ", "Number of obs");
+        c_outlev = 0;
+        spout21(nobs.c_str());
+        newline();
+        std::string pad(55, ' ');
+        c_outlev = 1;
+        spoutptl(pad.c_str());
+        spoutptlf("%s ", fl);
+        c_outlev = 0;
+        spout21(Fv.c_str());
+        newline();
+        statline(pad.c_str(), "Prob > F", pv);
+        statline(pad.c_str(), "R-squared", r2);
+        statline(pad.c_str(), "Root MSE", rm);
+        spoutptl("\n");
+        return;
+    }
+    auto ssrow = [&](const char* name, double ss, double df) {
+        std::string s = fmt("%12.0g", ss) + fmt("%6.0f", df) +
+                        fmt("%12.0g", df > 0 ? ss / df : misval);
+        c_outlev = 1;
+        spoutptlf("%12s {c |}", name);
+        c_outlev = 0;
+        spout21(s.c_str());
+    };
+    std::string gap(11, ' ');
+    c_outlev = 1;
+    spoutptl("\n      Source {c |}       SS       df       MS              ");
+    spoutptlf("%-14s= ", "Number of obs");
+    c_outlev = 0;
+    spout21(nobs.c_str());
+    newline();
+    c_outlev = 1;
+    spoutptlf("{hline 13}{c +}{hline 30}%s%s ", gap.c_str(), fl);
+    c_outlev = 0;
+    spout21(Fv.c_str());
+    newline();
+    ssrow("Model", f.mss, f.df_m);
+    statline(gap.c_str(), "Prob > F", pv);
+    ssrow("Residual", f.rss, f.df_r);
+    statline(gap.c_str(), "R-squared", r2);
+    c_outlev = 1;
+    spoutptlf("{hline 13}{c +}{hline 30}%s", gap.c_str());
+    spoutptlf("%-14s= ", "Adj R-squared");
+    c_outlev = 0;
+    spout21(r2a.c_str());
+    newline();
+    double dft = f.df_m + f.df_r;
+    ssrow("Total", f.mss + f.rss, dft);
+    statline(gap.c_str(), "Root MSE", rm);
+    spoutptl("\n");
+}
+
+void reg3_table(const Fit& f, const Opts& o) {
+    OoState st;
+    st.level = o.level;
+    st.df = static_cast<int>(f.df_r);
+    st.beta = o.beta;
+    st.eform = o.eform;
+    st.vcetype = f.vcetype;
+    oo_init();
+    oo_rchdr(st, f.depvar.c_str());
+    oo_sep();
+    for (int j = 0; j < f.p; ++j) {
+        bool iscons = f.cons && j == f.p - 1;
+        if (iscons && !o.eform.empty()) continue;
+        double se = std::sqrt(std::max(0.0, f.V[static_cast<size_t>(j) * f.p + j]));
+        if (f.V[static_cast<size_t>(j) * f.p + j] == 0 && f.b[j] == 0) se = misval;
+        double beta = misval;
+        if (o.beta && !iscons && j < static_cast<int>(f.sdx.size()) && f.sdy > 0)
+            beta = f.b[j] * f.sdx[j] / f.sdy;
+        oo_coefrow(st, f.names[j].c_str(), f.b[j], se, beta);
+    }
+    oo_close();
+}
+
+// Redisplay options and the stored fit.
+int load_fit(Fit* f) {
+    if (!lastest) return error(301);
+    char buf[80];
+    estuseshort("model", buf, sizeof buf);
+    if (std::strcmp(buf, "ols") && std::strcmp(buf, "iv")) return error(301);
+    DenseMat b, V;
+    if (matlink.load("_b", ET_RECORD, &b) || matlink.load("VCE", ET_RECORD, &V)) return error(301);
+    f->p = b.cols;
+    f->b = b.x;
+    f->V = V.x;
+    f->names = b.colnames;
+    f->cons = !f->names.empty() && f->names.back() == "_cons";
+    for (auto& n : f->names) {
+        size_t c = n.find(':');
+        if (c != std::string::npos) n = n.substr(c + 1);
+    }
+    f->N = estval_get_double("N");
+    f->df_m = estval_get_double("df_m");
+    f->df_r = estval_get_double("df_r");
+    f->F = estval_get_double("F");
+    f->r2 = estval_get_double("r2");
+    f->rmse = estval_get_double("rmse");
+    f->mss = estval_get_double("mss");
+    f->rss = estval_get_double("rss");
+    f->r2_a = estval_get_double("r2_a");
+    estuseshort("depvar", buf, sizeof buf);
+    f->depvar = buf;
+    char vt[80];
+    estval_use_vcetype(vt, sizeof vt);
+    f->vcetype = vt;
+    int tag;
+    void* it = dmfind("regsd", ET_RECORD, &tag);
+    if (it && tag >= 1) {
+        std::vector<double> sd(tag);
+        dmuse("regsd", ET_RECORD, nullptr, sd.data(), static_cast<long>(sizeof(double) * tag));
+        f->sdy = sd[0];
+        f->sdx.assign(sd.begin() + 1, sd.end());
+    }
+    return 0;
+}
+
+int redisplay(const Opts& o) {
+    Fit f;
+    if (int rc = load_fit(&f)) return rc;
+    if (s_outlev > 2) return 0;
+    if (o.header) reg3_header(f, f.vcetype.empty());
+    reg3_table(f, o);
+    return 0;
+}
+
+// ---- robust variance -----------------------------------------------------------------
+
+struct Robust {
+    bool on = false, hc2 = false, hc3 = false;
+    int clustvar = 0;
+    bool clustring = false;
+};
+
+// Residuals, their weighted sum of squares and, when asked, the meat of the
+// sandwich: one pass over the data. p coefficients over the variables xs
+// (the constant last when cons).
+int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
+             const std::vector<double>& V0, double wscale, const Robust& rb, double* rss,
+             std::vector<double>* meat, int* nclust) {
+    int k = static_cast<int>(vars.size()) - 1; // regressors
+    int p = k + (cons ? 1 : 0);
+    std::vector<int> allv = vars;
+    int cv = rb.clustvar;
+    std::vector<double> blk(static_cast<size_t>(k + 1) * ACC_BLOCK), w(ACC_BLOCK), sel(ACC_BLOCK);
+    std::vector<double> z(static_cast<size_t>(p) * ACC_BLOCK), xb(ACC_BLOCK), c(p * p);
+    std::vector<double> ms, me;
+    if (rb.on) ms.assign(static_cast<size_t>(p) * p, 0), me.assign(ms.size(), 0);
+    std::unordered_map<double, int> gnum;
+    std::unordered_map<std::string, int> gstr;
+    std::vector<double> U; // clusters x p
+    char sbuf[2100];
+    double s = 0, e = 0;
+    std::vector<double> xi(p), vx(p);
+    for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
+        int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
+        int n = i1 - i0 + 1;
+        if (kvpollstd()) return 1;
+        if (ifclause) xeqblock(&ifpgm, i0, i1, sel.data());
+        if (weclause) xeqblock(&wepgm, i0, i1, w.data());
+        regress_gather(allv.data(), k + 1, i0, n, blk.data(), ACC_BLOCK);
+        int m = 0;
+        for (int t = 0; t < n; ++t) {
+            if (ifclause && sel[t] == 0) continue;
+            double wt = 1;
+            if (weclause) {
+                wt = w[t];
+                if (wt >= misval || wt == 0) continue;
+            }
+            bool miss = false;
+            for (int j = 0; j <= k; ++j) miss |= blk[static_cast<size_t>(j) * ACC_BLOCK + t] >= misval;
+            if (miss) continue;
+            double y = blk[t];
+            double f = cons ? b[p - 1] : 0;
+            for (int j = 0; j < k; ++j) f += b[j] * blk[static_cast<size_t>(j + 1) * ACC_BLOCK + t];
+            double r = y - f;
+            double wn = wt * wscale; // aweights and pweights normalised
+            accumerr(&s, &e, wn * r * r);
+            if (!rb.on) continue;
+            for (int j = 0; j < k; ++j) xi[j] = blk[static_cast<size_t>(j + 1) * ACC_BLOCK + t];
+            if (cons) xi[p - 1] = 1;
+            double sc; // the observation's score multiplier
+            bool fw = weclause && wgttype == WGT_FW;
+            sc = fw ? r : wn * r;
+            double mult = 1;
+            if (rb.hc2 || rb.hc3) {
+                for (int a = 0; a < p; ++a) vx[a] = cdot(&V0[static_cast<size_t>(a) * p], xi.data(), p);
+                double h = (fw ? 1 : wn) * cdot(xi.data(), vx.data(), p);
+                if (h < 1) mult = rb.hc2 ? 1 / std::sqrt(1 - h) : 1 / (1 - h);
+            }
+            if (cv) {
+                int g;
+                if (rb.clustring) {
+                    skorvu_data(cv, i0 + t, sbuf);
+                    auto it = gstr.emplace(sbuf, static_cast<int>(gstr.size())).first;
+                    g = it->second;
+                } else {
+                    auto it = gnum.emplace(korvu_data(cv, i0 + t), static_cast<int>(gnum.size())).first;
+                    g = it->second;
+                }
+                if (static_cast<size_t>(g + 1) * p > U.size()) U.resize(static_cast<size_t>(g + 1) * p, 0.0);
+                double fm = fw ? wt : 1;
+                for (int a = 0; a < p; ++a) U[static_cast<size_t>(g) * p + a] += fm * sc * mult * xi[a];
+            } else {
+                double fm = fw ? std::sqrt(wt) : 1;
+                for (int a = 0; a < p; ++a) z[static_cast<size_t>(a) * ACC_BLOCK + m] = fm * sc * mult * xi[a];
+                ++m;
+            }
+        }
+        if (rb.on && !cv && m) {
+            cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, z.data(), ACC_BLOCK, 0.0,
+                        c.data(), p);
+            for (int a = 0; a < p; ++a)
+                for (int q = 0; q <= a; ++q) {
+                    size_t at = static_cast<size_t>(a) * p + q;
+                    accumerr(&ms[at], &me[at], c[at]);
+                }
+        }
+    }
+    *rss = s + e;
+    if (rb.on) {
+        meat->assign(static_cast<size_t>(p) * p, 0.0);
+        if (cv) {
+            int G = static_cast<int>(rb.clustring ? gstr.size() : gnum.size());
+            *nclust = G;
+            for (int g = 0; g < G; ++g)
+                for (int a = 0; a < p; ++a)
+                    for (int q = 0; q <= a; ++q) {
+                        size_t at = static_cast<size_t>(a) * p + q;
+                        accumerr(&ms[at], &me[at], U[static_cast<size_t>(g) * p + a] * U[static_cast<size_t>(g) * p + q]);
+                    }
+        }
+        for (int a = 0; a < p; ++a)
+            for (int q = 0; q <= a; ++q) {
+                size_t at = static_cast<size_t>(a) * p + q;
+                (*meat)[at] = (*meat)[static_cast<size_t>(q) * p + a] = ms[at] + me[at];
+            }
+    }
+    return 0;
+}
+
+// V0 M V0 with compensated sums.
+std::vector<double> sandwich(const std::vector<double>& V0, const std::vector<double>& M, int p) {
+    std::vector<double> T(static_cast<size_t>(p) * p), R(T.size());
+    for (int i = 0; i < p; ++i)
+        for (int j = 0; j < p; ++j) T[static_cast<size_t>(i) * p + j] = cdot(&V0[static_cast<size_t>(i) * p], &M[j], p, p);
+    for (int i = 0; i < p; ++i)
+        for (int j = 0; j < p; ++j) R[static_cast<size_t>(i) * p + j] = cdot(&T[static_cast<size_t>(i) * p], &V0[j], p, p);
+    for (int i = 0; i < p; ++i)
+        for (int j = 0; j < i; ++j) {
+            double a = (R[static_cast<size_t>(i) * p + j] + R[static_cast<size_t>(j) * p + i]) / 2;
+            R[static_cast<size_t>(i) * p + j] = R[static_cast<size_t>(j) * p + i] = a;
+        }
+    return R;
+}
+
+// The Wald statistic that the slopes are zero: b' V^-1 b over the slopes
+// not dropped; its rank in *rank. Missing when nothing can be tested.
+double tzero(const std::vector<double>& b, const std::vector<double>& V, int p, int ns, int* rank) {
+    std::vector<int> keep;
+    for (int j = 0; j < ns; ++j)
+        if (V[static_cast<size_t>(j) * p + j] > 0) keep.push_back(j);
+    int r = static_cast<int>(keep.size());
+    *rank = 0;
+    if (!r) return misval;
+    std::vector<double> a(static_cast<size_t>(r) * r);
+    for (int i = 0; i < r; ++i)
+        for (int j = 0; j < r; ++j) a[static_cast<size_t>(i) * r + j] = V[static_cast<size_t>(keep[i]) * p + keep[j]];
+    std::vector<int> order;
+    for (int i = 0; i < r; ++i) order.push_back(i);
+    if (sweep_in_order(a.data(), r, 0, r - 1, order)) return misval;
+    std::vector<double> bb(r);
+    for (int i = 0; i < r; ++i) bb[i] = b[keep[i]];
+    double s = 0, e = 0;
+    for (int i = 0; i < r; ++i) {
+        if (a[static_cast<size_t>(i) * r + i] != 0) ++*rank;
+        for (int j = 0; j < r; ++j) accumerr(&s, &e, bb[i] * a[static_cast<size_t>(i) * r + j] * bb[j]);
+    }
+    return s + e;
+}
+
+int parse_opts(Opts* o) {
+    o->beta = findopt("beta", 1, 0);
+    o->header = findopt("header", 2, 1);
+    o->plus = findopt("plus", 4, 0);
+    if (int rc = findlevel(1)) return rc;
+    o->level = cilevel;
+    char buf[200] = "";
+    findargn("eform", 2, buf, sizeof buf, 4);
+    o->eform = buf;
+    double d;
+    if (findoptv("dof", 3, &d, 1, 0)) {
+        if (d <= 0 || d >= 2147483647.0) return error(198);
+        o->dof = d;
+    }
+    o->rssmat = findopt("rssmat", 6, 0);
+    o->bmat = findopt("bmat", 4, 0);
+    o->means = findopt("means", 1, 0);
+    o->nocons = findopt("noconstant", 1, 0);
+    o->hascons = findopt("hascons", 1, 0);
+    o->mse1 = findopt("mse1", 2, 0);
+    o->checkorder = findopt("checkorder", 10, 0);
+    o->tsscons = findopt("tsscons", 7, 0);
+    buf[0] = 0;
+    findargn("depname", 3, buf, sizeof buf, 1);
+    o->depname = buf;
+    // the robust family
+    o->robust = findopt("robust", 1, 0);
+    buf[0] = 0;
+    findargn("cluster", 2, buf, sizeof buf, 1);
+    o->cluster = buf;
+    char score[200] = "";
+    findargn("score", 2, score, sizeof score, 4);
+    o->hc2 = findopt("hc2", 3, 0);
+    o->hc3 = findopt("hc3", 3, 0);
+    if (o->tsscons) o->rssmat = true;
+    if (int rc = chkopt()) return rc;
+    if (score[0]) return errtext(198, "option score() not allowed");
+    if (o->hc2 && o->hc3) return errtext(198, "options hc2 and hc3 may not be combined");
+    return 0;
+}
+
+} // namespace
+
+int regresscmd(int) {
+    vable = 0;
+    byable = 0;
+    wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
+    if (int rc = parse()) return rc;
+    Opts o;
+    if (int rc = parse_opts(&o)) return rc;
+    if (lnvar == 0) {
+        if (o.nocons) return error(102);
+        return redisplay(o);
+    }
+    if (weclause)
+        if (int rc = wgtdflt(WGT_AW)) return rc;
+    if (!o.cluster.empty() && o.beta) return errtext(184, "options cluster() and beta may not be combined");
+    if (o.hc2 || o.hc3) o.robust = true;
+    if (!o.cluster.empty()) o.robust = true, o.hc2 = o.hc3 = false;
+    if (weclause && wgttype == WGT_PW) o.robust = true;
+    if (o.robust && weclause && wgttype == WGT_IW) return error(5101);
+    if (o.hascons) o.nocons = true;
+    std::vector<int> vars(varlist_vr, varlist_vr + lnvar);
+    for (int v : vars)
+        if (isstrtype(typlist[v - 1])) return errtext(109, "type mismatch");
+    if (lnvar > matsize - 2) return error(908);
+    Robust rb;
+    rb.on = o.robust;
+    rb.hc2 = o.hc2, rb.hc3 = o.hc3;
+    if (!o.cluster.empty()) {
+        int cv = korvu_findvar(o.cluster.c_str(), 0, 0);
+        if (cv < 0) return -cv;
+        rb.clustvar = cv;
+        rb.clustring = isstrtype(typlist[cv - 1]);
+    }
+    int k = lnvar - 1;
+    bool cons = !o.nocons;
+    bool dev = cons && !o.hascons;
+    std::string depvar = o.depname.empty() ? std::string(varname(vars[0])) : o.depname;
+    std::vector<std::string> names;
+    for (int j = 1; j <= k; ++j) names.push_back(varname(vars[j]));
+    if (cons) names.push_back("_cons");
+    int p = k + (cons ? 1 : 0);
+    if (p == 0) return error(102);
+    std::string clustname = rb.clustvar ? varname(rb.clustvar) : "";
+    initialize_xeq();
+    // Nothing has changed so far. From here a failure leaves no estimates.
+    ab_est(0);
+    int mark;
+    if (int rc = marker_new(&mark)) return ab_est(1), rc;
+    AccSpec spec;
+    spec.vars = vars;
+    spec.deviations = dev;
+    spec.markvar = mark;
+    AccResult acc;
+    if (int rc = accum_data(spec, &acc)) return ab_est(1), rc;
+    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(acc.sumw);
+    if (int rc = check_n(acc.N)) return ab_est(1), rc;
+    double N = acc.N;
+    int K = k + 1;
+    auto A = [&](int i, int j) { return acc.at(i, j); };
+    // the regressors' block, its inverse by the sweep in order
+    std::vector<double> xx(static_cast<size_t>(k) * k), inv;
+    std::vector<double> xy(k);
+    for (int i = 0; i < k; ++i) {
+        xy[i] = A(i + 2, 1);
+        for (int j = 0; j < k; ++j) xx[static_cast<size_t>(i) * k + j] = A(i + 2, j + 2);
+    }
+    inv = xx;
+    if (k) {
+        std::vector<int> order;
+        for (int i = 0; i < k; ++i) order.push_back(i);
+        if (sweep_in_order(inv.data(), k, 0, k - 1, order)) return ab_est(1), 1;
+    }
+    std::vector<double> bs(k, 0.0);
+    for (int i = 0; i < k; ++i) bs[i] = cdot(&inv[static_cast<size_t>(i) * k], xy.data(), k);
+    // one step of refinement on the normal equations
+    if (k) {
+        std::vector<double> r(k), d(k);
+        for (int i = 0; i < k; ++i) {
+            double s = xy[i], e = 0;
+            for (int j = 0; j < k; ++j) accumerr(&s, &e, -xx[static_cast<size_t>(i) * k + j] * bs[j]);
+            r[i] = s + e;
+        }
+        for (int i = 0; i < k; ++i) d[i] = cdot(&inv[static_cast<size_t>(i) * k], r.data(), k);
+        for (int i = 0; i < k; ++i)
+            if (inv[static_cast<size_t>(i) * k + i] != 0) bs[i] += d[i];
+    }
+    int rank = 0;
+    for (int i = 0; i < k; ++i) rank += inv[static_cast<size_t>(i) * k + i] != 0;
+    // coefficients and the unscaled variance, the constant rebuilt from the means
+    std::vector<double> b(p, 0.0), V0(static_cast<size_t>(p) * p, 0.0);
+    for (int i = 0; i < k; ++i) {
+        b[i] = inv[static_cast<size_t>(i) * k + i] != 0 ? bs[i] : 0;
+        for (int j = 0; j < k; ++j) V0[static_cast<size_t>(i) * p + j] = inv[static_cast<size_t>(i) * k + j];
+    }
+    const std::vector<double>& mu = acc.mean; // mu[0] is y
+    if (cons) {
+        double s = mu[0], e = 0;
+        for (int j = 0; j < k; ++j) accumerr(&s, &e, -mu[j + 1] * b[j]);
+        b[p - 1] = s + e;
+        for (int i = 0; i < k; ++i) {
+            if (inv[static_cast<size_t>(i) * k + i] == 0) continue;
+            double t = 0, te = 0;
+            for (int j = 0; j < k; ++j) accumerr(&t, &te, -mu[j + 1] * inv[static_cast<size_t>(i) * k + j]);
+            V0[static_cast<size_t>(i) * p + p - 1] = V0[static_cast<size_t>(p - 1) * p + i] = t + te;
+        }
+        double t = 1 / N, te = 0;
+        for (int i = 0; i < k; ++i) accumerr(&t, &te, -mu[i + 1] * V0[static_cast<size_t>(i) * p + p - 1]);
+        V0[static_cast<size_t>(p) * p - 1] = t + te;
+        ++rank;
+    }
+    Fit f;
+    f.p = p, f.names = names, f.cons = cons, f.depvar = depvar, f.N = N;
+    f.df_m = rank - ((cons || o.hascons) ? 1 : 0);
+    if (f.df_m < 0) f.df_m = 0;
+    f.df_r = o.dof > 0 ? o.dof : N - rank;
+    double sumy = dev ? mu[0] * N : A(1, 0);
+    double T = A(1, 1); // y'y, about the mean in deviation form
+    double S = cdot(bs.data(), xy.data(), k);
+    double tss, rss, mss;
+    double wscale = 1;
+    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW) && acc.sumw != 0) wscale = acc.nobs / acc.sumw;
+    std::vector<double> meat;
+    int nclust = 0;
+    if (!dev) {
+        bool hc = o.hascons;
+        tss = hc ? T - sumy * sumy / N : T;
+        rss = T - S;
+        if (rss < 0) {
+            rss = 0;
+            mss = tss;
+        } else {
+            mss = hc ? S - sumy * sumy / N : S;
+        }
+        if (mss < 0) mss = 0;
+        if (rb.on) {
+            double dummy;
+            if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &dummy, &meat, &nclust)) return ab_est(1), rc;
+        }
+    } else {
+        tss = T;
+        if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &rss, &meat, &nclust)) return ab_est(1), rc;
+        if (rss < 0) rss = 0;
+        mss = tss - rss;
+        if (mss < 0) mss = 0, rss = tss;
+        if (k == 0) mss = 0, rss = tss;
+    }
+    double mse = f.df_r >= 1 ? rss / f.df_r : 0;
+    if (o.mse1) mse = 1;
+    double r2 = misval;
+    if (tss > 0) {
+        r2 = 1 - rss / tss;
+        if (r2 > 0.99999999999999) {
+            r2 = 1, mss = tss, rss = 0;
+            mse = o.mse1 ? 1 : 0;
+        }
+        if (r2 < 0) r2 = misval;
+    }
+    double F = 0;
+    if (f.df_m > 0 || k > 0) {
+        F = (mse > 0 && f.df_m > 0) ? (mss / f.df_m) / mse : misval;
+        if (F < 0) F = misval;
+    }
+    double r2a = misval;
+    if (r2 < misval && f.df_r > 0) r2a = 1 - (1 - r2) * ((cons || o.hascons) ? N - 1 : N) / f.df_r;
+    f.V.assign(static_cast<size_t>(p) * p, 0.0);
+    for (size_t i = 0; i < f.V.size(); ++i) f.V[i] = V0[i] * mse;
+    if (rb.on) {
+        double nk = N - rank;
+        double scale = 1;
+        if (rb.clustvar)
+            scale = nclust > 1 && nk > 0 ? (N - 1) / nk * nclust / (nclust - 1.0) : misval;
+        else if (!rb.hc2 && !rb.hc3)
+            scale = nk > 0 ? N / nk : misval;
+        f.V = sandwich(V0, meat, p);
+        for (double& x : f.V) x = scale < misval ? x * scale : 0;
+        int wr;
+        double W = tzero(b, f.V, p, k, &wr);
+        F = (W < misval && wr > 0 && f.df_m > 0) ? W / wr : misval;
+        f.vcetype = rb.hc2 ? "Robust HC2" : rb.hc3 ? "Robust HC3" : "Robust";
+        f.clustvar = clustname;
+        f.nclust = nclust;
+    }
+    f.b = b;
+    f.F = F, f.r2 = r2, f.rmse = std::sqrt(mse), f.mss = mss, f.rss = rss, f.r2_a = r2a;
+    if (rss > 0 && rss < misval) {
+        f.ll = -0.5 * N * (std::log(2 * M_PI) + std::log(rss / N) + 1);
+        if (cons || o.hascons) f.ll_0 = -0.5 * N * (std::log(2 * M_PI) + std::log((rss + mss) / N) + 1);
+    }
+    // standard deviations for beta
+    double denom = N > 1 ? N - 1 : 1;
+    auto sdof = [&](int pos) {
+        double v = dev ? A(pos, pos) : A(pos, pos) - A(pos, 0) * A(pos, 0) / N;
+        return v > 0 ? std::sqrt(v / denom) : 0.0;
+    };
+    f.sdy = sdof(1);
+    for (int j = 0; j < k; ++j) f.sdx.push_back(sdof(j + 2));
+    (void)K;
+    // post
+    DenseMat eb, eV;
+    eb.rows = 1, eb.cols = p, eb.x = b, eb.rownames = {"y1"}, eb.colnames = names;
+    eV.rows = eV.cols = p, eV.x = f.V, eV.rownames = names, eV.colnames = names;
+    eV.symmetric_storage = true;
+    if (matlink.save("_b", ET_RECORD, eb) || matlink.save("VCE", ET_RECORD, eV)) return ab_est(1), error(950);
+    std::vector<double> sds;
+    sds.push_back(f.sdy);
+    sds.insert(sds.end(), f.sdx.begin(), f.sdx.end());
+    dmsave("regsd", ET_RECORD, static_cast<int>(sds.size()), sds.data(), sizeof(double) * sds.size());
+    RegRecord rec{};
+    rec.sumy = sumy, rec.sumyy = dev ? T + sumy * sumy / N : T, rec.N = N;
+    rec.hascons = cons, rec.hascons_decl = o.hascons;
+    rec.notfreq = weclause && wgttype != WGT_FW;
+    snprintf(rec.depname, sizeof rec.depname, "%s", depvar.c_str());
+    rec.k = p;
+    rec.sdy = f.sdy;
+    dmsave("regress", ET_RECORD, 0, &rec, sizeof rec);
+    lastest = 18;
+    lastest_op = 0;
+    estval_reset_scalar("N", N);
+    estval_reset_scalar("df_m", f.df_m);
+    estval_reset_scalar("df_r", f.df_r);
+    estval_reset_scalar("F", F);
+    estval_reset_scalar("r2", r2);
+    estval_reset_scalar("rmse", f.rmse);
+    estval_reset_scalar("mss", mss);
+    estval_reset_scalar("rss", rss);
+    estval_reset_scalar("r2_a", r2a);
+    estval_reset_scalar("ll", f.ll);
+    estval_reset_scalar("ll_0", f.ll_0);
+    if (rb.clustvar) {
+        estval_save_N_clust(nclust);
+        estval_save_clustvar(clustname.c_str());
+    }
+    estval_reset_local("depvar", depvar.c_str());
+    estval_reset_local("model", "ols");
+    estval_reset_local("estat_cmd", "regress_estat");
+    estval_reset_local("predict", "regres_p");
+    estval_reset_local("properties", "b V");
+    if (rb.on) estval_resave_vcetype(f.vcetype.c_str());
+    if (weclause) {
+        static const char* wn[] = {"", "aweight", "fweight", "", "pweight", "", "", "", "iweight"};
+        estval_reset_local("wtype", wn[wgttype]);
+    }
+    if (s_outlev > 2) return 0;
+    if (o.header) reg3_header(f, !rb.on);
+    reg3_table(f, o);
+    return 0;
+}
+
+void link_regress() {
+    matrix_accum_hooks[0] = accumcmd;
+    matrix_accum_hooks[1] = glsaccumcmd;
+    matrix_accum_hooks[2] = opaccumcmd;
+    matrix_accum_hooks[3] = vecaccumcmd;
+}
+
+} // namespace korvu
