@@ -143,8 +143,7 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     std::vector<double> c(static_cast<size_t>(K) * K), s(c.size()), e(c.size());
     std::vector<double> sums(K), sume(K);
     double used = 0, sw = 0, swe = 0;
-    if (spec.markvar)
-        for (int i = 1; i <= nobs; ++i) store(spec.markvar, i, 0);
+    if (spec.used) spec.used->assign(static_cast<size_t>(nobs), 0);
     // first pass: the sums; without deviations the products too
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
@@ -152,8 +151,8 @@ int accum_data(const AccSpec& spec, AccResult* out) {
         int m;
         if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
         used += m;
-        if (spec.markvar)
-            for (int q = 0; q < m; ++q) store(spec.markvar, b.keep[q], 1);
+        if (spec.used)
+            for (int q = 0; q < m; ++q) (*spec.used)[b.keep[q] - 1] = 1;
         if (!spec.deviations) {
             add_products(b, m, c.data(), s.data(), e.data());
             continue;
@@ -274,6 +273,7 @@ int accum_parse() {
     vable = 1;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
     byable = 3;
+    opable = wgtable = 0;
     if (int rc = parse()) return rc;
     return 0;
 }
@@ -363,6 +363,7 @@ int opaccumcmd(const char* target) {
     vable = 1;
     wgtable = 3;
     byable = 3;
+    opable = 0;
     if (int rc = parse()) return rc;
     int nocons = findopt("noconstant", 1, 0);
     int grp[2] = {0, 0}, opv[2] = {0, 0};
@@ -447,6 +448,7 @@ int rmcollcmd(int) {
     vable = 1;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
     byable = 3;
+    opable = wgtable = 0;
     if (int rc = parse()) return rc;
     int nocons = findopt("noconstant", 3, 0);
     int collin = findopt("collinear", 3, 0);

@@ -437,7 +437,7 @@ int parse_opts(Opts* o) {
 
 int regresscmd(int) {
     vable = 0;
-    byable = 0;
+    byable = opable = wgtable = 0;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
     if (int rc = parse()) return rc;
     Opts o;
@@ -480,12 +480,11 @@ int regresscmd(int) {
     initialize_xeq();
     // Nothing has changed so far. From here a failure leaves no estimates.
     ab_est(0);
-    int mark;
-    if (int rc = marker_new(&mark)) return ab_est(1), rc;
+    std::vector<uint8_t> used;
     AccSpec spec;
     spec.vars = vars;
     spec.deviations = dev;
-    spec.markvar = mark;
+    spec.used = &used;
     AccResult acc;
     if (int rc = accum_data(spec, &acc)) return ab_est(1), rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(acc.sumw);
@@ -649,6 +648,13 @@ int regresscmd(int) {
     rec.k = p;
     rec.sdy = f.sdy;
     dmsave("regress", ET_RECORD, 0, &rec, sizeof rec);
+    // the sample marker: the old one is refilled (nothing moves), or a new
+    // one goes at the end
+    int mark = esample_var();
+    if (!mark || typlist[mark - 1] != KV_BYTE) {
+        if (int rc = marker_new(&mark)) return ab_est(1), rc;
+    }
+    for (int i = 1; i <= nobs; ++i) bstore(mark, i, used[i - 1]);
     lastest = 18;
     lastest_op = 0;
     estval_reset_scalar("N", N);
@@ -690,3 +696,4 @@ void link_regress() {
 }
 
 } // namespace korvu
+

@@ -21,7 +21,7 @@ void regress_gather(const int* vars, int k, int i0, int n, double* blk, int ld);
 struct AccSpec {
     std::vector<int> vars; // variables, in order
     bool deviations = false;
-    int markvar = 0; // variable receiving 1 for observations used, 0 otherwise
+    std::vector<uint8_t>* used = nullptr; // when given: 1 for each observation used
 };
 
 // The accumulator buffer: (k + 1) x (k + 1), full, row stride k + 1.
