@@ -112,8 +112,8 @@ void add_products(Block& b, int m, double* c, double* s, double* e) {
     int K = b.k + 1;
     if (m == 0) return;
     if (!weclause) {
-        cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, K, m, 1.0, b.x.data(), ACC_BLOCK,
-                    0.0, c, K);
+        cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, K, m, 1.0, b.x.data(), ACC_BLOCK, 0.0,
+                    c, K);
     } else {
         for (int j = 0; j < K; ++j) {
             const double* r = b.row(j);
@@ -175,8 +175,9 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     out->nobs = used;
     out->sumw = weclause ? W : used;
     for (int j = 1; j <= k; ++j) {
-        double tot = spec.deviations ? sums[j] + sume[j]
-                                     : s[static_cast<size_t>(j) * K] + e[static_cast<size_t>(j) * K];
+        double tot = spec.deviations
+                         ? sums[j] + sume[j]
+                         : s[static_cast<size_t>(j) * K] + e[static_cast<size_t>(j) * K];
         out->mean[j - 1] = W != 0 ? tot / W : 0;
     }
     if (spec.deviations && used > 0) {

@@ -48,9 +48,9 @@ struct RegRecord {
 };
 
 struct Opts {
-    bool beta = false, header = true, plus = false, mse1 = false, nocons = false,
-         hascons = false, robust = false, hc2 = false, hc3 = false, tsscons = false,
-         rssmat = false, bmat = false, means = false, checkorder = false;
+    bool beta = false, header = true, plus = false, mse1 = false, nocons = false, hascons = false,
+         robust = false, hc2 = false, hc3 = false, tsscons = false, rssmat = false, bmat = false,
+         means = false, checkorder = false;
     double level = 95;
     double dof = -1;
     std::string eform, depname, cluster;
@@ -128,8 +128,8 @@ void reg3_header(const Fit& f, bool anova) {
         return;
     }
     auto ssrow = [&](const char* name, double ss, double df) {
-        std::string s = fmt("%12.0g", ss) + fmt("%6.0f", df) +
-                        fmt("%12.0g", df > 0 ? ss / df : misval);
+        std::string s =
+            fmt("%12.0g", ss) + fmt("%6.0f", df) + fmt("%12.0g", df > 0 ? ss / df : misval);
         c_outlev = 1;
         spoutptlf("%12s {c |}", name);
         c_outlev = 0;
@@ -250,7 +250,7 @@ struct Robust {
 // (the constant last when cons).
 int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
              const std::vector<double>& V0, double wscale, const Robust& rb, double* rss,
-             std::vector<double>* meat, int* nclust) {
+             std::vector<double>* meat, int* nclust, std::vector<double>* xr) {
     int k = static_cast<int>(vars.size()) - 1; // regressors
     int p = k + (cons ? 1 : 0);
     std::vector<int> allv = vars;
@@ -264,7 +264,7 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
     std::vector<double> U; // clusters x p
     char sbuf[2100];
     double s = 0, e = 0;
-    std::vector<double> xi(p), vx(p);
+    std::vector<double> xi(p), vx(p), xrs(p, 0.0), xre(p, 0.0), xrb(p);
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
         int n = i1 - i0 + 1;
@@ -273,6 +273,7 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
         if (weclause) xeqblock(&wepgm, i0, i1, w.data());
         regress_gather(allv.data(), k + 1, i0, n, blk.data(), ACC_BLOCK);
         int m = 0;
+        std::fill(xrb.begin(), xrb.end(), 0.0);
         for (int t = 0; t < n; ++t) {
             if (ifclause && sel[t] == 0) continue;
             double wt = 1;
@@ -281,7 +282,8 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
                 if (wt >= misval || wt == 0) continue;
             }
             bool miss = false;
-            for (int j = 0; j <= k; ++j) miss |= blk[static_cast<size_t>(j) * ACC_BLOCK + t] >= misval;
+            for (int j = 0; j <= k; ++j)
+                miss |= blk[static_cast<size_t>(j) * ACC_BLOCK + t] >= misval;
             if (miss) continue;
             double y = blk[t];
             double f = cons ? b[p - 1] : 0;
@@ -289,15 +291,17 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
             double r = y - f;
             double wn = wt * wscale; // aweights and pweights normalised
             accumerr(&s, &e, wn * r * r);
-            if (!rb.on) continue;
             for (int j = 0; j < k; ++j) xi[j] = blk[static_cast<size_t>(j + 1) * ACC_BLOCK + t];
             if (cons) xi[p - 1] = 1;
+            for (int a = 0; a < p; ++a) xrb[a] += wn * r * xi[a];
+            if (!rb.on) continue;
             double sc; // the observation's score multiplier
             bool fw = weclause && wgttype == WGT_FW;
             sc = fw ? r : wn * r;
             double mult = 1;
             if (rb.hc2 || rb.hc3) {
-                for (int a = 0; a < p; ++a) vx[a] = cdot(&V0[static_cast<size_t>(a) * p], xi.data(), p);
+                for (int a = 0; a < p; ++a)
+                    vx[a] = cdot(&V0[static_cast<size_t>(a) * p], xi.data(), p);
                 double h = (fw ? 1 : wn) * cdot(xi.data(), vx.data(), p);
                 if (h < 1) mult = rb.hc2 ? 1 / std::sqrt(1 - h) : 1 / (1 - h);
             }
@@ -308,21 +312,26 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
                     auto it = gstr.emplace(sbuf, static_cast<int>(gstr.size())).first;
                     g = it->second;
                 } else {
-                    auto it = gnum.emplace(korvu_data(cv, i0 + t), static_cast<int>(gnum.size())).first;
+                    auto it =
+                        gnum.emplace(korvu_data(cv, i0 + t), static_cast<int>(gnum.size())).first;
                     g = it->second;
                 }
-                if (static_cast<size_t>(g + 1) * p > U.size()) U.resize(static_cast<size_t>(g + 1) * p, 0.0);
+                if (static_cast<size_t>(g + 1) * p > U.size())
+                    U.resize(static_cast<size_t>(g + 1) * p, 0.0);
                 double fm = fw ? wt : 1;
-                for (int a = 0; a < p; ++a) U[static_cast<size_t>(g) * p + a] += fm * sc * mult * xi[a];
+                for (int a = 0; a < p; ++a)
+                    U[static_cast<size_t>(g) * p + a] += fm * sc * mult * xi[a];
             } else {
                 double fm = fw ? std::sqrt(wt) : 1;
-                for (int a = 0; a < p; ++a) z[static_cast<size_t>(a) * ACC_BLOCK + m] = fm * sc * mult * xi[a];
+                for (int a = 0; a < p; ++a)
+                    z[static_cast<size_t>(a) * ACC_BLOCK + m] = fm * sc * mult * xi[a];
                 ++m;
             }
         }
+        for (int a = 0; a < p; ++a) accumerr(&xrs[a], &xre[a], xrb[a]);
         if (rb.on && !cv && m) {
-            cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, z.data(), ACC_BLOCK, 0.0,
-                        c.data(), p);
+            cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, z.data(), ACC_BLOCK,
+                        0.0, c.data(), p);
             for (int a = 0; a < p; ++a)
                 for (int q = 0; q <= a; ++q) {
                     size_t at = static_cast<size_t>(a) * p + q;
@@ -331,6 +340,8 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
         }
     }
     *rss = s + e;
+    xr->assign(p, 0.0);
+    for (int a = 0; a < p; ++a) (*xr)[a] = xrs[a] + xre[a];
     if (rb.on) {
         meat->assign(static_cast<size_t>(p) * p, 0.0);
         if (cv) {
@@ -340,7 +351,9 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
                 for (int a = 0; a < p; ++a)
                     for (int q = 0; q <= a; ++q) {
                         size_t at = static_cast<size_t>(a) * p + q;
-                        accumerr(&ms[at], &me[at], U[static_cast<size_t>(g) * p + a] * U[static_cast<size_t>(g) * p + q]);
+                        accumerr(&ms[at], &me[at],
+                                 U[static_cast<size_t>(g) * p + a] *
+                                     U[static_cast<size_t>(g) * p + q]);
                     }
         }
         for (int a = 0; a < p; ++a)
@@ -356,9 +369,11 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
 std::vector<double> sandwich(const std::vector<double>& V0, const std::vector<double>& M, int p) {
     std::vector<double> T(static_cast<size_t>(p) * p), R(T.size());
     for (int i = 0; i < p; ++i)
-        for (int j = 0; j < p; ++j) T[static_cast<size_t>(i) * p + j] = cdot(&V0[static_cast<size_t>(i) * p], &M[j], p, p);
+        for (int j = 0; j < p; ++j)
+            T[static_cast<size_t>(i) * p + j] = cdot(&V0[static_cast<size_t>(i) * p], &M[j], p, p);
     for (int i = 0; i < p; ++i)
-        for (int j = 0; j < p; ++j) R[static_cast<size_t>(i) * p + j] = cdot(&T[static_cast<size_t>(i) * p], &V0[j], p, p);
+        for (int j = 0; j < p; ++j)
+            R[static_cast<size_t>(i) * p + j] = cdot(&T[static_cast<size_t>(i) * p], &V0[j], p, p);
     for (int i = 0; i < p; ++i)
         for (int j = 0; j < i; ++j) {
             double a = (R[static_cast<size_t>(i) * p + j] + R[static_cast<size_t>(j) * p + i]) / 2;
@@ -378,7 +393,8 @@ double tzero(const std::vector<double>& b, const std::vector<double>& V, int p, 
     if (!r) return misval;
     std::vector<double> a(static_cast<size_t>(r) * r);
     for (int i = 0; i < r; ++i)
-        for (int j = 0; j < r; ++j) a[static_cast<size_t>(i) * r + j] = V[static_cast<size_t>(keep[i]) * p + keep[j]];
+        for (int j = 0; j < r; ++j)
+            a[static_cast<size_t>(i) * r + j] = V[static_cast<size_t>(keep[i]) * p + keep[j]];
     std::vector<int> order;
     for (int i = 0; i < r; ++i) order.push_back(i);
     if (sweep_in_order(a.data(), r, 0, r - 1, order)) return misval;
@@ -387,7 +403,8 @@ double tzero(const std::vector<double>& b, const std::vector<double>& V, int p, 
     double s = 0, e = 0;
     for (int i = 0; i < r; ++i) {
         if (a[static_cast<size_t>(i) * r + i] != 0) ++*rank;
-        for (int j = 0; j < r; ++j) accumerr(&s, &e, bb[i] * a[static_cast<size_t>(i) * r + j] * bb[j]);
+        for (int j = 0; j < r; ++j)
+            accumerr(&s, &e, bb[i] * a[static_cast<size_t>(i) * r + j] * bb[j]);
     }
     return s + e;
 }
@@ -448,7 +465,8 @@ int regresscmd(int) {
     }
     if (weclause)
         if (int rc = wgtdflt(WGT_AW)) return rc;
-    if (!o.cluster.empty() && o.beta) return errtext(184, "options cluster() and beta may not be combined");
+    if (!o.cluster.empty() && o.beta)
+        return errtext(184, "options cluster() and beta may not be combined");
     if (o.hc2 || o.hc3) o.robust = true;
     if (!o.cluster.empty()) o.robust = true, o.hc2 = o.hc3 = false;
     if (weclause && wgttype == WGT_PW) o.robust = true;
@@ -507,12 +525,14 @@ int regresscmd(int) {
     }
     std::vector<double> bs(k, 0.0);
     for (int i = 0; i < k; ++i) bs[i] = cdot(&inv[static_cast<size_t>(i) * k], xy.data(), k);
-    // one step of refinement on the normal equations
-    if (k) {
+    // refinement on the normal equations, each step gaining what the
+    // inverse's own accuracy allows
+    for (int step = 0; k && step < 4; ++step) {
         std::vector<double> r(k), d(k);
         for (int i = 0; i < k; ++i) {
             double s = xy[i], e = 0;
-            for (int j = 0; j < k; ++j) accumerr(&s, &e, -xx[static_cast<size_t>(i) * k + j] * bs[j]);
+            for (int j = 0; j < k; ++j)
+                accumerr(&s, &e, -xx[static_cast<size_t>(i) * k + j] * bs[j]);
             r[i] = s + e;
         }
         for (int i = 0; i < k; ++i) d[i] = cdot(&inv[static_cast<size_t>(i) * k], r.data(), k);
@@ -525,7 +545,8 @@ int regresscmd(int) {
     std::vector<double> b(p, 0.0), V0(static_cast<size_t>(p) * p, 0.0);
     for (int i = 0; i < k; ++i) {
         b[i] = inv[static_cast<size_t>(i) * k + i] != 0 ? bs[i] : 0;
-        for (int j = 0; j < k; ++j) V0[static_cast<size_t>(i) * p + j] = inv[static_cast<size_t>(i) * k + j];
+        for (int j = 0; j < k; ++j)
+            V0[static_cast<size_t>(i) * p + j] = inv[static_cast<size_t>(i) * k + j];
     }
     const std::vector<double>& mu = acc.mean; // mu[0] is y
     if (cons) {
@@ -535,11 +556,14 @@ int regresscmd(int) {
         for (int i = 0; i < k; ++i) {
             if (inv[static_cast<size_t>(i) * k + i] == 0) continue;
             double t = 0, te = 0;
-            for (int j = 0; j < k; ++j) accumerr(&t, &te, -mu[j + 1] * inv[static_cast<size_t>(i) * k + j]);
-            V0[static_cast<size_t>(i) * p + p - 1] = V0[static_cast<size_t>(p - 1) * p + i] = t + te;
+            for (int j = 0; j < k; ++j)
+                accumerr(&t, &te, -mu[j + 1] * inv[static_cast<size_t>(i) * k + j]);
+            V0[static_cast<size_t>(i) * p + p - 1] = V0[static_cast<size_t>(p - 1) * p + i] =
+                t + te;
         }
         double t = 1 / N, te = 0;
-        for (int i = 0; i < k; ++i) accumerr(&t, &te, -mu[i + 1] * V0[static_cast<size_t>(i) * p + p - 1]);
+        for (int i = 0; i < k; ++i)
+            accumerr(&t, &te, -mu[i + 1] * V0[static_cast<size_t>(i) * p + p - 1]);
         V0[static_cast<size_t>(p) * p - 1] = t + te;
         ++rank;
     }
@@ -553,7 +577,8 @@ int regresscmd(int) {
     double S = cdot(bs.data(), xy.data(), k);
     double tss, rss, mss;
     double wscale = 1;
-    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW) && acc.sumw != 0) wscale = acc.nobs / acc.sumw;
+    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW) && acc.sumw != 0)
+        wscale = acc.nobs / acc.sumw;
     std::vector<double> meat;
     int nclust = 0;
     if (!dev) {
@@ -569,11 +594,26 @@ int regresscmd(int) {
         if (mss < 0) mss = 0;
         if (rb.on) {
             double dummy;
-            if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &dummy, &meat, &nclust)) return ab_est(1), rc;
+            std::vector<double> xr;
+            if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &dummy, &meat, &nclust, &xr))
+                return ab_est(1), rc;
         }
     } else {
         tss = T;
-        if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &rss, &meat, &nclust)) return ab_est(1), rc;
+        std::vector<double> xr;
+        if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &rss, &meat, &nclust, &xr))
+            return ab_est(1), rc;
+        // the residuals' cross-products with the regressors refine b once more,
+        // and the sum of squares with it
+        std::vector<double> db(p);
+        for (int i = 0; i < p; ++i) db[i] = cdot(&V0[static_cast<size_t>(i) * p], xr.data(), p);
+        double rs = rss, re = 0;
+        for (int i = 0; i < p; ++i) {
+            if (V0[static_cast<size_t>(i) * p + i] == 0) continue;
+            b[i] += db[i];
+            accumerr(&rs, &re, -db[i] * xr[i]);
+        }
+        rss = rs + re;
         if (rss < 0) rss = 0;
         mss = tss - rss;
         if (mss < 0) mss = 0, rss = tss;
@@ -619,7 +659,8 @@ int regresscmd(int) {
     f.F = F, f.r2 = r2, f.rmse = std::sqrt(mse), f.mss = mss, f.rss = rss, f.r2_a = r2a;
     if (rss > 0 && rss < misval) {
         f.ll = -0.5 * N * (std::log(2 * M_PI) + std::log(rss / N) + 1);
-        if (cons || o.hascons) f.ll_0 = -0.5 * N * (std::log(2 * M_PI) + std::log((rss + mss) / N) + 1);
+        if (cons || o.hascons)
+            f.ll_0 = -0.5 * N * (std::log(2 * M_PI) + std::log((rss + mss) / N) + 1);
     }
     // standard deviations for beta
     double denom = N > 1 ? N - 1 : 1;
@@ -635,11 +676,13 @@ int regresscmd(int) {
     eb.rows = 1, eb.cols = p, eb.x = b, eb.rownames = {"y1"}, eb.colnames = names;
     eV.rows = eV.cols = p, eV.x = f.V, eV.rownames = names, eV.colnames = names;
     eV.symmetric_storage = true;
-    if (matlink.save("_b", ET_RECORD, eb) || matlink.save("VCE", ET_RECORD, eV)) return ab_est(1), error(950);
+    if (matlink.save("_b", ET_RECORD, eb) || matlink.save("VCE", ET_RECORD, eV))
+        return ab_est(1), error(950);
     std::vector<double> sds;
     sds.push_back(f.sdy);
     sds.insert(sds.end(), f.sdx.begin(), f.sdx.end());
-    dmsave("regsd", ET_RECORD, static_cast<int>(sds.size()), sds.data(), sizeof(double) * sds.size());
+    dmsave("regsd", ET_RECORD, static_cast<int>(sds.size()), sds.data(),
+           sizeof(double) * sds.size());
     RegRecord rec{};
     rec.sumy = sumy, rec.sumyy = dev ? T + sumy * sumy / N : T, rec.N = N;
     rec.hascons = cons, rec.hascons_decl = o.hascons;
@@ -688,7 +731,36 @@ int regresscmd(int) {
     return 0;
 }
 
+namespace {
+
+// _b[name] and _se[name] in expressions: the coefficient or its standard
+// error from the last estimates; 301 without them, 111 for a name not there.
+int coefvalue(int se, const char* name, double* out) {
+    std::string want;
+    for (const char* c = name; *c; ++c)
+        if (*c != ' ') want += *c;
+    if (!lastest || !matlink.load) return error(301);
+    DenseMat b, V;
+    if (matlink.load("_b", ET_RECORD, &b)) return error(301);
+    for (int j = 0; j < b.cols; ++j) {
+        const std::string& n = b.colnames[j];
+        size_t c = n.find(':');
+        bool match = n == want || (c != std::string::npos && want.find(':') == std::string::npos &&
+                                   n.compare(c + 1, std::string::npos, want) == 0);
+        if (!match) continue;
+        if (!se) return *out = b.x[j], 0;
+        if (matlink.load("VCE", ET_RECORD, &V)) return *out = misval, 0;
+        double v = V.at(j, j);
+        *out = v > 0 && v < misval ? std::sqrt(v) : (v == 0 ? 0 : misval);
+        return 0;
+    }
+    return errorf(111, "[%s] not found", want.c_str());
+}
+
+} // namespace
+
 void link_regress() {
+    exphooks.coef = coefvalue;
     matrix_accum_hooks[0] = accumcmd;
     matrix_accum_hooks[1] = glsaccumcmd;
     matrix_accum_hooks[2] = opaccumcmd;
@@ -696,4 +768,3 @@ void link_regress() {
 }
 
 } // namespace korvu
-
