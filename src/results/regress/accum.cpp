@@ -229,7 +229,10 @@ void show_obs(double N) {
 
 int check_n(double N) {
     bool iw = weclause && wgttype == WGT_IW;
-    if (iw ? N <= 0 : N <= 1) return error(2000);
+    if (iw ? N <= 0 : N <= 1) {
+        error(2000); // the message; the code is ours to return
+        return 2000;
+    }
     if (!iw && std::fabs(N - std::round(N)) > 1e-7) return error(1400);
     return 0;
 }

@@ -128,9 +128,9 @@ int ereturn_display() {
     char ef[200] = "";
     findargn("eform", 2, ef, sizeof ef, 4);
     if (int rc = chkopt()) return rc;
-    if (!lastest) return error(301);
+    if (!lastest) return error(301), 301;
     DenseMat b, V;
-    if (!matlink.load || matlink.load("_b", ET_RECORD, &b)) return error(301);
+    if (!matlink.load || matlink.load("_b", ET_RECORD, &b)) return error(301), 301;
     bool hv = !matlink.load("VCE", ET_RECORD, &V);
     OoState st;
     st.level = cilevel;

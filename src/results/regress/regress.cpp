@@ -188,12 +188,12 @@ void reg3_table(const Fit& f, const Opts& o) {
 
 // Redisplay options and the stored fit.
 int load_fit(Fit* f) {
-    if (!lastest) return error(301);
+    if (!lastest) return error(301), 301;
     char buf[80];
     estuseshort("model", buf, sizeof buf);
-    if (std::strcmp(buf, "ols") && std::strcmp(buf, "iv")) return error(301);
+    if (std::strcmp(buf, "ols") && std::strcmp(buf, "iv")) return error(301), 301;
     DenseMat b, V;
-    if (matlink.load("_b", ET_RECORD, &b) || matlink.load("VCE", ET_RECORD, &V)) return error(301);
+    if (matlink.load("_b", ET_RECORD, &b) || matlink.load("VCE", ET_RECORD, &V)) return error(301), 301;
     f->p = b.cols;
     f->b = b.x;
     f->V = V.x;
@@ -739,9 +739,9 @@ int coefvalue(int se, const char* name, double* out) {
     std::string want;
     for (const char* c = name; *c; ++c)
         if (*c != ' ') want += *c;
-    if (!lastest || !matlink.load) return error(301);
+    if (!lastest || !matlink.load) return error(301), 301;
     DenseMat b, V;
-    if (matlink.load("_b", ET_RECORD, &b)) return error(301);
+    if (matlink.load("_b", ET_RECORD, &b)) return error(301), 301;
     for (int j = 0; j < b.cols; ++j) {
         const std::string& n = b.colnames[j];
         size_t c = n.find(':');
