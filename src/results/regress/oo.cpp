@@ -112,7 +112,7 @@ void oo_coefrow(const OoState& st, const char* name, double b, double se, double
     line += " " + cell("%8.2f", std::fabs(t) > 9999 ? misval : t);
     line += "   " + cell(st.pfmt.c_str(), p);
     if (st.beta) {
-        if (beta < misval) line += std::string(8, ' ') + cell("%13.0g", beta);
+        if (beta < misval) line += std::string(16, ' ') + cell("%9.0g", beta);
     } else {
         line += "    " + cell(st.cfmt.c_str(), lo) + "   " + cell(st.cfmt.c_str(), hi);
     }
@@ -123,10 +123,11 @@ void oo_coefrow(const OoState& st, const char* name, double b, double se, double
 // ereturn display [, level(#) eform(string)]
 int ereturn_display() {
     vable = ifable = oable = wgtable = 3;
+    opable = 0;
     if (int rc = parse()) return rc;
     if (int rc = findlevel(1)) return rc;
     char ef[200] = "";
-    findargn("eform", 2, ef, sizeof ef, 4);
+    findargasis("eform", 2, ef, sizeof ef);
     if (int rc = chkopt()) return rc;
     if (!lastest) return error(301), 301;
     DenseMat b, V;

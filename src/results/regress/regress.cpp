@@ -416,7 +416,7 @@ int parse_opts(Opts* o) {
     if (int rc = findlevel(1)) return rc;
     o->level = cilevel;
     char buf[200] = "";
-    findargn("eform", 2, buf, sizeof buf, 4);
+    findargasis("eform", 2, buf, sizeof buf);
     o->eform = buf;
     double d;
     if (findoptv("dof", 3, &d, 1, 0)) {
@@ -650,7 +650,7 @@ int regresscmd(int) {
         for (double& x : f.V) x = scale < misval ? x * scale : 0;
         int wr;
         double W = tzero(b, f.V, p, k, &wr);
-        F = (W < misval && wr > 0 && f.df_m > 0) ? W / wr : misval;
+        F = (W < misval && wr > 0 && wr >= f.df_m && f.df_m > 0) ? W / wr : misval;
         f.vcetype = rb.hc2 ? "Robust HC2" : rb.hc3 ? "Robust HC3" : "Robust";
         f.clustvar = clustname;
         f.nclust = nclust;
