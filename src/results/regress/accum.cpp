@@ -32,10 +32,26 @@
 namespace korvu {
 
 void regress_gather(const int* vars, int k, int i0, int n, double* blk, int ld) {
+    // the type is looked at once per variable and block, the slots once per
+    // observation
+    const int32_t* slot = mapj + (i0 - 1);
+    const size_t w = static_cast<size_t>(syslrecl);
     for (int j = 0; j < k; ++j) {
         double* row = blk + static_cast<size_t>(j) * ld;
         int v = vars[j];
-        for (int t = 0; t < n; ++t) row[t] = korvu_data(v, i0 + t);
+        int code = typlist[v - 1];
+        const uint8_t* base = xtraptr + mapi[v - 1];
+        if (code == KV_DOUBLE) {
+            for (int t = 0; t < n; ++t) std::memcpy(&row[t], base + slot[t] * w, 8);
+        } else if (code == KV_FLOAT) {
+            for (int t = 0; t < n; ++t) {
+                float f;
+                std::memcpy(&f, base + slot[t] * w, 4);
+                row[t] = kvdouble_of_float(f);
+            }
+        } else {
+            for (int t = 0; t < n; ++t) row[t] = decode_cell(base + slot[t] * w, code);
+        }
     }
 }
 
@@ -141,74 +157,146 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     Block b(k);
     std::fill(b.x.begin(), b.x.begin() + ACC_BLOCK, 1.0);
     std::vector<double> c(static_cast<size_t>(K) * K), s(c.size()), e(c.size());
-    std::vector<double> sums(K), sume(K);
-    double used = 0, sw = 0, swe = 0;
+    // With deviations the products are taken about a shift, the weighted
+    // means of the first block holding observations, and brought to the
+    // means at the end: the shift lies within a few standard errors of the
+    // means, so the correction is small against the sums it corrects.
+    std::vector<double> shift(K, 0.0);
+    bool shifted = false;
+    double used = 0;
     if (spec.used) spec.used->assign(static_cast<size_t>(nobs), 0);
-    // first pass: the sums; without deviations the products too
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
         if (kvpollstd()) return 1;
         int m;
         if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
+        if (!m) continue;
         used += m;
         if (spec.used)
             for (int q = 0; q < m; ++q) (*spec.used)[b.keep[q] - 1] = 1;
-        if (!spec.deviations) {
-            add_products(b, m, c.data(), s.data(), e.data());
-            continue;
-        }
-        double bw = 0;
-        for (int q = 0; q < m; ++q) bw += b.w[q];
-        accumerr(&sw, &swe, bw);
-        for (int j = 1; j <= k; ++j) {
-            const double* r = b.row(j);
-            double t = 0;
-            for (int q = 0; q < m; ++q) t += b.w[q] * r[q];
-            accumerr(&sums[j], &sume[j], t);
-        }
-    }
-    if (!spec.deviations) {
-        sw = s[0] + e[0];
-        swe = 0;
-    }
-    double W = sw + swe;
-    out->nobs = used;
-    out->sumw = weclause ? W : used;
-    for (int j = 1; j <= k; ++j) {
-        double tot = spec.deviations
-                         ? sums[j] + sume[j]
-                         : s[static_cast<size_t>(j) * K] + e[static_cast<size_t>(j) * K];
-        out->mean[j - 1] = W != 0 ? tot / W : 0;
-    }
-    if (spec.deviations && used > 0) {
-        std::fill(s.begin(), s.end(), 0.0);
-        std::fill(e.begin(), e.end(), 0.0);
-        for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
-            int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
-            if (kvpollstd()) return 1;
-            int m;
-            if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
+        if (spec.deviations) {
+            if (!shifted) {
+                double sw = 0;
+                for (int q = 0; q < m; ++q) sw += b.w[q];
+                for (int j = 1; j <= k; ++j) {
+                    const double* r = b.row(j);
+                    double t = 0;
+                    for (int q = 0; q < m; ++q) t += b.w[q] * r[q];
+                    shift[j] = sw != 0 ? t / sw : 0;
+                    if (!std::isfinite(shift[j])) shift[j] = 0;
+                }
+                shifted = true;
+            }
             for (int j = 1; j <= k; ++j) {
                 double* r = b.row(j);
-                double mu = out->mean[j - 1];
+                double mu = shift[j];
                 for (int q = 0; q < m; ++q) r[q] -= mu;
             }
-            add_products(b, m, c.data(), s.data(), e.data());
         }
+        add_products(b, m, c.data(), s.data(), e.data());
+    }
+    std::vector<double> S(c.size());
+    for (size_t p = 0; p < S.size(); ++p) S[p] = s[p] + e[p];
+    auto at = [&](int i, int j) -> double& {
+        return i >= j ? S[static_cast<size_t>(i) * K + j] : S[static_cast<size_t>(j) * K + i];
+    };
+    double W = at(0, 0);
+    out->nobs = used;
+    out->sumw = weclause ? W : used;
+    // d: the means less the shift
+    std::vector<double> d(K, 0.0);
+    for (int j = 1; j <= k; ++j) {
+        d[j] = W != 0 ? at(j, 0) / W : 0;
+        out->mean[j - 1] = shift[j] + d[j];
+    }
+    if (spec.deviations) {
+        for (int i = 1; i <= k; ++i) {
+            for (int j = 1; j <= i; ++j) {
+                double v = at(i, j), ve = 0;
+                accumerr(&v, &ve, -d[i] * at(j, 0));
+                at(i, j) = v + ve;
+            }
+        }
+        for (int j = 1; j <= k; ++j) at(j, 0) = 0;
     }
     // analytic and sampling weights are scaled to sum to the count
     double scale = 1;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW) && W != 0) scale = used / W;
     for (int i = 0; i < K; ++i)
         for (int j = 0; j <= i; ++j) {
-            size_t p = static_cast<size_t>(i) * K + j;
-            double v = (s[p] + e[p]) * scale;
-            out->xx[p] = v;
+            double v = at(i, j) * scale;
+            out->xx[static_cast<size_t>(i) * K + j] = v;
             out->xx[static_cast<size_t>(j) * K + i] = v;
         }
     out->N = out->xx[0];
-    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) out->N = used;
-    if (spec.deviations) out->xx[0] = out->N;
+    if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) out->N = used, out->xx[0] = used;
+    return 0;
+}
+
+namespace {
+
+// The compensated sum of a[q] * b[q] (* c[q] when given) over a block, in
+// four independent lanes so that the additions pipeline.
+double csum3(const double* a, const double* b, const double* c, int m) {
+    double s[4] = {0, 0, 0, 0}, e[4] = {0, 0, 0, 0};
+    int q = 0;
+    for (; q + 4 <= m; q += 4)
+        for (int l = 0; l < 4; ++l) {
+            double x = a[q + l] * b[q + l] * (c ? c[q + l] : 1.0);
+            double t = s[l] + x;
+            double bb = t - s[l];
+            e[l] += (s[l] - (t - bb)) + (x - bb);
+            s[l] = t;
+        }
+    double tot = 0, err = 0;
+    for (int l = 0; l < 4; ++l) {
+        accumerr(&tot, &err, s[l]);
+        err += e[l];
+    }
+    for (; q < m; ++q) accumerr(&tot, &err, a[q] * b[q] * (c ? c[q] : 1.0));
+    return tot + err;
+}
+
+} // namespace
+
+int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
+               double wscale, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx) {
+    int k = static_cast<int>(vars.size()) - 1; // regressors
+    int p = k + (cons ? 1 : 0);
+    Block blk(k + 1);
+    std::vector<double> r(ACC_BLOCK), wn(ACC_BLOCK);
+    double s = 0, e = 0;
+    std::vector<double> xs(p, 0.0), xe(p, 0.0);
+    for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
+        int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
+        if (kvpollstd()) return 1;
+        int m;
+        if (int rc = load_block(blk, vars, i0, i1, &m)) return rc;
+        if (!m) continue;
+        // rows of the block: 1 is y, 2 to k + 1 the regressors
+        const double* y = blk.row(1);
+        double c0 = cons ? b[p - 1] : 0;
+        for (int q = 0; q < m; ++q) r[q] = y[q] - c0;
+        for (int j = 0; j < k; ++j) {
+            const double* x = blk.row(j + 2);
+            double bj = b[j];
+            if (bj == 0) continue;
+            for (int q = 0; q < m; ++q) r[q] -= bj * x[q];
+        }
+        for (int q = 0; q < m; ++q) wn[q] = blk.w[q] * wscale;
+        accumerr(&s, &e, csum3(wn.data(), r.data(), r.data(), m));
+        for (int j = 0; j < p; ++j) {
+            const double* x = j < k ? blk.row(j + 2) : nullptr;
+            accumerr(&xs[j], &xe[j], csum3(wn.data(), r.data(), x, m));
+        }
+        if (fn) {
+            ResidBlock rb{blk.row(1), k, m, r.data(), blk.w.data(), wn.data(), blk.keep.data()};
+            if (int rc = fn(ctx, rb)) return rc;
+        }
+    }
+    *rss = s + e;
+    xr->assign(p, 0.0);
+    for (int j = 0; j < p; ++j) (*xr)[j] = xs[j] + xe[j];
     return 0;
 }
 

@@ -245,123 +245,111 @@ struct Robust {
     bool clustring = false;
 };
 
-// Residuals, their weighted sum of squares and, when asked, the meat of the
-// sandwich: one pass over the data. p coefficients over the variables xs
-// (the constant last when cons).
-int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
-             const std::vector<double>& V0, double wscale, const Robust& rb, double* rss,
-             std::vector<double>* meat, int* nclust, std::vector<double>* xr) {
-    int k = static_cast<int>(vars.size()) - 1; // regressors
-    int p = k + (cons ? 1 : 0);
-    std::vector<int> allv = vars;
-    int cv = rb.clustvar;
-    std::vector<double> blk(static_cast<size_t>(k + 1) * ACC_BLOCK), w(ACC_BLOCK), sel(ACC_BLOCK);
-    std::vector<double> z(static_cast<size_t>(p) * ACC_BLOCK), xb(ACC_BLOCK), c(p * p);
-    std::vector<double> ms, me;
-    if (rb.on) ms.assign(static_cast<size_t>(p) * p, 0), me.assign(ms.size(), 0);
+// The meat of the sandwich, block by block from the residuals' pass: each
+// observation's score w e x (e x under frequency weights, counted f times),
+// divided by sqrt(1 - h) or (1 - h) for HC2 and HC3, summed within clusters.
+struct Meat {
+    const Robust* rb;
+    const std::vector<double>* V0;
+    int p = 0;
+    bool cons = false;
+    std::vector<double> ms, me, z, c, xi, vx, U;
     std::unordered_map<double, int> gnum;
     std::unordered_map<std::string, int> gstr;
-    std::vector<double> U; // clusters x p
     char sbuf[2100];
+};
+
+double cdotp(const double* a, const double* b, int n) {
     double s = 0, e = 0;
-    std::vector<double> xi(p), vx(p), xrs(p, 0.0), xre(p, 0.0), xrb(p);
-    for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
-        int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
-        int n = i1 - i0 + 1;
-        if (kvpollstd()) return 1;
-        if (ifclause) xeqblock(&ifpgm, i0, i1, sel.data());
-        if (weclause) xeqblock(&wepgm, i0, i1, w.data());
-        regress_gather(allv.data(), k + 1, i0, n, blk.data(), ACC_BLOCK);
-        int m = 0;
-        std::fill(xrb.begin(), xrb.end(), 0.0);
-        for (int t = 0; t < n; ++t) {
-            if (ifclause && sel[t] == 0) continue;
-            double wt = 1;
-            if (weclause) {
-                wt = w[t];
-                if (wt >= misval || wt == 0) continue;
-            }
-            bool miss = false;
-            for (int j = 0; j <= k; ++j)
-                miss |= blk[static_cast<size_t>(j) * ACC_BLOCK + t] >= misval;
-            if (miss) continue;
-            double y = blk[t];
-            double f = cons ? b[p - 1] : 0;
-            for (int j = 0; j < k; ++j) f += b[j] * blk[static_cast<size_t>(j + 1) * ACC_BLOCK + t];
-            double r = y - f;
-            double wn = wt * wscale; // aweights and pweights normalised
-            accumerr(&s, &e, wn * r * r);
-            for (int j = 0; j < k; ++j) xi[j] = blk[static_cast<size_t>(j + 1) * ACC_BLOCK + t];
-            if (cons) xi[p - 1] = 1;
-            for (int a = 0; a < p; ++a) xrb[a] += wn * r * xi[a];
-            if (!rb.on) continue;
-            double sc; // the observation's score multiplier
-            bool fw = weclause && wgttype == WGT_FW;
-            sc = fw ? r : wn * r;
-            double mult = 1;
-            if (rb.hc2 || rb.hc3) {
-                for (int a = 0; a < p; ++a)
-                    vx[a] = cdot(&V0[static_cast<size_t>(a) * p], xi.data(), p);
-                double h = (fw ? 1 : wn) * cdot(xi.data(), vx.data(), p);
-                if (h < 1) mult = rb.hc2 ? 1 / std::sqrt(1 - h) : 1 / (1 - h);
-            }
-            if (cv) {
-                int g;
-                if (rb.clustring) {
-                    skorvu_data(cv, i0 + t, sbuf);
-                    auto it = gstr.emplace(sbuf, static_cast<int>(gstr.size())).first;
-                    g = it->second;
-                } else {
-                    auto it =
-                        gnum.emplace(korvu_data(cv, i0 + t), static_cast<int>(gnum.size())).first;
-                    g = it->second;
-                }
-                if (static_cast<size_t>(g + 1) * p > U.size())
-                    U.resize(static_cast<size_t>(g + 1) * p, 0.0);
-                double fm = fw ? wt : 1;
-                for (int a = 0; a < p; ++a)
-                    U[static_cast<size_t>(g) * p + a] += fm * sc * mult * xi[a];
-            } else {
-                double fm = fw ? std::sqrt(wt) : 1;
-                for (int a = 0; a < p; ++a)
-                    z[static_cast<size_t>(a) * ACC_BLOCK + m] = fm * sc * mult * xi[a];
-                ++m;
-            }
-        }
-        for (int a = 0; a < p; ++a) accumerr(&xrs[a], &xre[a], xrb[a]);
-        if (rb.on && !cv && m) {
-            cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, z.data(), ACC_BLOCK,
-                        0.0, c.data(), p);
+    for (int i = 0; i < n; ++i) accumerr(&s, &e, a[i] * b[i]);
+    return s + e;
+}
+
+int meat_block(void* ctx, const ResidBlock& blk) {
+    Meat& mt = *static_cast<Meat*>(ctx);
+    const Robust& rb = *mt.rb;
+    int p = mt.p, k = blk.k;
+    bool fw = weclause && wgttype == WGT_FW;
+    int m = 0;
+    for (int q = 0; q < blk.m; ++q) {
+        for (int j = 0; j < k; ++j) mt.xi[j] = blk.x[static_cast<size_t>(j + 1) * ACC_BLOCK + q];
+        if (mt.cons) mt.xi[p - 1] = 1;
+        double sc = fw ? blk.r[q] : blk.wn[q] * blk.r[q];
+        if (rb.hc2 || rb.hc3) {
             for (int a = 0; a < p; ++a)
-                for (int q = 0; q <= a; ++q) {
-                    size_t at = static_cast<size_t>(a) * p + q;
-                    accumerr(&ms[at], &me[at], c[at]);
-                }
+                mt.vx[a] = cdotp(&(*mt.V0)[static_cast<size_t>(a) * p], mt.xi.data(), p);
+            double h = (fw ? 1 : blk.wn[q]) * cdotp(mt.xi.data(), mt.vx.data(), p);
+            if (h < 1) sc *= rb.hc2 ? 1 / std::sqrt(1 - h) : 1 / (1 - h);
+        }
+        if (rb.clustvar) {
+            int g, i = blk.obs[q];
+            if (rb.clustring) {
+                skorvu_data(rb.clustvar, i, mt.sbuf);
+                g = mt.gstr.emplace(mt.sbuf, static_cast<int>(mt.gstr.size())).first->second;
+            } else {
+                double key = korvu_data(rb.clustvar, i);
+                g = mt.gnum.emplace(key, static_cast<int>(mt.gnum.size())).first->second;
+            }
+            if (static_cast<size_t>(g + 1) * p > mt.U.size())
+                mt.U.resize(static_cast<size_t>(g + 1) * p, 0.0);
+            double f = fw ? blk.w[q] : 1;
+            for (int a = 0; a < p; ++a) mt.U[static_cast<size_t>(g) * p + a] += f * sc * mt.xi[a];
+        } else {
+            double f = fw ? std::sqrt(blk.w[q]) : 1;
+            for (int a = 0; a < p; ++a)
+                mt.z[static_cast<size_t>(a) * ACC_BLOCK + m] = f * sc * mt.xi[a];
+            ++m;
         }
     }
-    *rss = s + e;
-    xr->assign(p, 0.0);
-    for (int a = 0; a < p; ++a) (*xr)[a] = xrs[a] + xre[a];
-    if (rb.on) {
-        meat->assign(static_cast<size_t>(p) * p, 0.0);
-        if (cv) {
-            int G = static_cast<int>(rb.clustring ? gstr.size() : gnum.size());
-            *nclust = G;
-            for (int g = 0; g < G; ++g)
-                for (int a = 0; a < p; ++a)
-                    for (int q = 0; q <= a; ++q) {
-                        size_t at = static_cast<size_t>(a) * p + q;
-                        accumerr(&ms[at], &me[at],
-                                 U[static_cast<size_t>(g) * p + a] *
-                                     U[static_cast<size_t>(g) * p + q]);
-                    }
-        }
+    if (m) {
+        cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, mt.z.data(), ACC_BLOCK,
+                    0.0, mt.c.data(), p);
         for (int a = 0; a < p; ++a)
             for (int q = 0; q <= a; ++q) {
                 size_t at = static_cast<size_t>(a) * p + q;
-                (*meat)[at] = (*meat)[static_cast<size_t>(q) * p + a] = ms[at] + me[at];
+                accumerr(&mt.ms[at], &mt.me[at], mt.c[at]);
             }
     }
+    return 0;
+}
+
+// Residual sum of squares, the residuals' cross-products with the
+// regressors and, when robust, the meat and the number of clusters.
+int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
+             const std::vector<double>& V0, double wscale, const Robust& rb, double* rss,
+             std::vector<double>* meat, int* nclust, std::vector<double>* xr) {
+    int k = static_cast<int>(vars.size()) - 1;
+    int p = k + (cons ? 1 : 0);
+    Meat mt;
+    mt.rb = &rb, mt.V0 = &V0, mt.p = p, mt.cons = cons;
+    if (rb.on) {
+        mt.ms.assign(static_cast<size_t>(p) * p, 0.0);
+        mt.me.assign(mt.ms.size(), 0.0);
+        mt.c.assign(mt.ms.size(), 0.0);
+        mt.z.assign(static_cast<size_t>(p) * ACC_BLOCK, 0.0);
+        mt.xi.assign(p, 0.0);
+        mt.vx.assign(p, 0.0);
+    }
+    if (int rc = resid_pass(vars, b, cons, wscale, rss, xr, rb.on ? meat_block : nullptr, &mt))
+        return rc;
+    if (!rb.on) return 0;
+    if (rb.clustvar) {
+        int G = static_cast<int>(rb.clustring ? mt.gstr.size() : mt.gnum.size());
+        *nclust = G;
+        for (int g = 0; g < G; ++g)
+            for (int a = 0; a < p; ++a)
+                for (int q = 0; q <= a; ++q) {
+                    size_t at = static_cast<size_t>(a) * p + q;
+                    accumerr(&mt.ms[at], &mt.me[at],
+                             mt.U[static_cast<size_t>(g) * p + a] * mt.U[static_cast<size_t>(g) * p + q]);
+                }
+    }
+    meat->assign(static_cast<size_t>(p) * p, 0.0);
+    for (int a = 0; a < p; ++a)
+        for (int q = 0; q <= a; ++q) {
+            size_t at = static_cast<size_t>(a) * p + q;
+            (*meat)[at] = (*meat)[static_cast<size_t>(q) * p + a] = mt.ms[at] + mt.me[at];
+        }
     return 0;
 }
 

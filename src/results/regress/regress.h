@@ -49,6 +49,21 @@ void show_obs(double N);
 // 1400 (except under importance weights).
 int check_n(double N);
 
+// The pass of the residuals r = y - x'b over the observations of the fit:
+// their weighted sum of squares and cross-products with the regressors
+// (compensated), and for each block a call of fn (when given) with the
+// block: rows 0 to k of x (y then the regressors, row stride ACC_BLOCK), the
+// m residuals, the weights as given and normalised, the observation numbers.
+struct ResidBlock {
+    const double* x;
+    int k, m;
+    const double *r, *w, *wn;
+    const int* obs;
+};
+using ResidFn = int (*)(void* ctx, const ResidBlock& blk);
+int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
+               double wscale, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx);
+
 // The sweep of positions [first..last] of a full buffer (stride s) in the
 // order given: `order` lists the positions (constant first when there is
 // one). Dropped positions are left with zero rows and columns. 0 or 1.
