@@ -236,23 +236,43 @@ int accum_data(const AccSpec& spec, AccResult* out) {
 namespace {
 
 // The compensated sum of a[q] * b[q] (* c[q] when given) over a block, in
-// four independent lanes so that the additions pipeline.
+// four independent lanes (two pairs of doubles) so that the additions run
+// side by side.
+typedef double v2d __attribute__((vector_size(16)));
+
+inline void twosum(v2d& s, v2d& e, v2d x) {
+    v2d t = s + x;
+    v2d bb = t - s;
+    e += (s - (t - bb)) + (x - bb);
+    s = t;
+}
+
 double csum3(const double* a, const double* b, const double* c, int m) {
-    double s[4] = {0, 0, 0, 0}, e[4] = {0, 0, 0, 0};
+    v2d s0 = {0, 0}, e0 = {0, 0}, s1 = {0, 0}, e1 = {0, 0};
     int q = 0;
-    for (; q + 4 <= m; q += 4)
-        for (int l = 0; l < 4; ++l) {
-            double x = a[q + l] * b[q + l] * (c ? c[q + l] : 1.0);
-            double t = s[l] + x;
-            double bb = t - s[l];
-            e[l] += (s[l] - (t - bb)) + (x - bb);
-            s[l] = t;
+    for (; q + 4 <= m; q += 4) {
+        v2d a0, a1, b0, b1;
+        std::memcpy(&a0, a + q, 16);
+        std::memcpy(&a1, a + q + 2, 16);
+        std::memcpy(&b0, b + q, 16);
+        std::memcpy(&b1, b + q + 2, 16);
+        v2d x0 = a0 * b0, x1 = a1 * b1;
+        if (c) {
+            v2d c0, c1;
+            std::memcpy(&c0, c + q, 16);
+            std::memcpy(&c1, c + q + 2, 16);
+            x0 *= c0;
+            x1 *= c1;
         }
-    double tot = 0, err = 0;
-    for (int l = 0; l < 4; ++l) {
-        accumerr(&tot, &err, s[l]);
-        err += e[l];
+        twosum(s0, e0, x0);
+        twosum(s1, e1, x1);
     }
+    double tot = 0, err = 0;
+    accumerr(&tot, &err, s0[0]);
+    accumerr(&tot, &err, s0[1]);
+    accumerr(&tot, &err, s1[0]);
+    accumerr(&tot, &err, s1[1]);
+    err += e0[0] + e0[1] + e1[0] + e1[1];
     for (; q < m; ++q) accumerr(&tot, &err, a[q] * b[q] * (c ? c[q] : 1.0));
     return tot + err;
 }

@@ -748,6 +748,8 @@ int coefvalue(int se, const char* name, double* out) {
 } // namespace
 
 void link_regress() {
+    // one thread: the small products of a block gain nothing from more
+    openblas_set_num_threads(1);
     exphooks.coef = coefvalue;
     matrix_accum_hooks[0] = accumcmd;
     matrix_accum_hooks[1] = glsaccumcmd;
