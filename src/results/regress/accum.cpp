@@ -279,8 +279,8 @@ double csum3(const double* a, const double* b, const double* c, int m) {
 
 } // namespace
 
-int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
-               double wscale, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx) {
+int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons, double wscale,
+               double* rss, std::vector<double>* xr, ResidFn fn, void* ctx) {
     int k = static_cast<int>(vars.size()) - 1; // regressors
     int p = k + (cons ? 1 : 0);
     Block blk(k + 1);

@@ -193,7 +193,8 @@ int load_fit(Fit* f) {
     estuseshort("model", buf, sizeof buf);
     if (std::strcmp(buf, "ols") && std::strcmp(buf, "iv")) return error(301), 301;
     DenseMat b, V;
-    if (matlink.load("_b", ET_RECORD, &b) || matlink.load("VCE", ET_RECORD, &V)) return error(301), 301;
+    if (matlink.load("_b", ET_RECORD, &b) || matlink.load("VCE", ET_RECORD, &V))
+        return error(301), 301;
     f->p = b.cols;
     f->b = b.x;
     f->V = V.x;
@@ -302,8 +303,8 @@ int meat_block(void* ctx, const ResidBlock& blk) {
         }
     }
     if (m) {
-        cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, mt.z.data(), ACC_BLOCK,
-                    0.0, mt.c.data(), p);
+        cblas_dsyrk(CblasRowMajor, CblasLower, CblasNoTrans, p, m, 1.0, mt.z.data(), ACC_BLOCK, 0.0,
+                    mt.c.data(), p);
         for (int a = 0; a < p; ++a)
             for (int q = 0; q <= a; ++q) {
                 size_t at = static_cast<size_t>(a) * p + q;
@@ -341,7 +342,8 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
                 for (int q = 0; q <= a; ++q) {
                     size_t at = static_cast<size_t>(a) * p + q;
                     accumerr(&mt.ms[at], &mt.me[at],
-                             mt.U[static_cast<size_t>(g) * p + a] * mt.U[static_cast<size_t>(g) * p + q]);
+                             mt.U[static_cast<size_t>(g) * p + a] *
+                                 mt.U[static_cast<size_t>(g) * p + q]);
                 }
     }
     meat->assign(static_cast<size_t>(p) * p, 0.0);
@@ -679,6 +681,7 @@ int regresscmd(int) {
     rec.k = p;
     rec.sdy = f.sdy;
     dmsave("regress", ET_RECORD, 0, &rec, sizeof rec);
+    dmsave("regV0", ET_RECORD, p * p, V0.data(), sizeof(double) * V0.size());
     // the sample marker: the old one is refilled (nothing moves), or a new
     // one goes at the end
     int mark = esample_var();

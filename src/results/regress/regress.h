@@ -61,8 +61,8 @@ struct ResidBlock {
     const int* obs;
 };
 using ResidFn = int (*)(void* ctx, const ResidBlock& blk);
-int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons,
-               double wscale, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx);
+int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons, double wscale,
+               double* rss, std::vector<double>* xr, ResidFn fn, void* ctx);
 
 // The sweep of positions [first..last] of a full buffer (stride s) in the
 // order given: `order` lists the positions (constant first when there is
@@ -77,6 +77,8 @@ int rmcollcmd(int);
 
 // ---- regression --------------------------------------------------------------------
 int regresscmd(int);
+int predictcmd(int); // _predict
+int testcmd(int);    // _test
 
 // ---- the coefficient table ------------------------------------------------------
 struct OoState {
