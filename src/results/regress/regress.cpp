@@ -5,6 +5,7 @@
 #include <cblas.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -16,6 +17,7 @@
 #include "data/area/storage.h"
 #include "data/expr/expr.h"
 #include "data/formats/formats.h"
+#include "data/vars/varlist.h"
 #include "data/vars/vartab.h"
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
@@ -97,6 +99,8 @@ std::string fvalue(double x, const char* f) {
     return fmt(f, x);
 }
 
+bool iv_title = false; // the header of an instrumental-variables fit
+
 void reg3_header(const Fit& f, bool anova) {
     char fl[40];
     snprintf(fl, sizeof fl, "F(%3d,%6ld) =", static_cast<int>(f.df_m), static_cast<long>(f.df_r));
@@ -108,8 +112,8 @@ void reg3_header(const Fit& f, bool anova) {
     std::string rm = " " + fmt("%7.0g", f.rmse);
     c_outlev = 1;
     if (!anova) {
-        spoutptl("\nLinear regression");
-        spoutptl(std::string(38, ' ').c_str());
+        spoutptl(iv_title ? "\nInstrumental variables (2SLS) regression" : "\nLinear regression");
+        spoutptl(std::string(iv_title ? 15 : 38, ' ').c_str());
         spoutptlf("%-14s= ", "Number of obs");
         c_outlev = 0;
         spout21(nobs.c_str());
@@ -137,6 +141,7 @@ void reg3_header(const Fit& f, bool anova) {
     };
     std::string gap(11, ' ');
     c_outlev = 1;
+    if (iv_title) spoutptl("\nInstrumental variables (2SLS) regression\n");
     spoutptl("\n      Source {c |}       SS       df       MS              ");
     spoutptlf("%-14s= ", "Number of obs");
     c_outlev = 0;
@@ -233,7 +238,11 @@ int redisplay(const Opts& o) {
     Fit f;
     if (int rc = load_fit(&f)) return rc;
     if (s_outlev > 2) return 0;
+    char model[16];
+    estuseshort("model", model, sizeof model);
+    iv_title = !std::strcmp(model, "iv");
     if (o.header) reg3_header(f, f.vcetype.empty());
+    iv_title = false;
     reg3_table(f, o);
     return 0;
 }
@@ -399,6 +408,53 @@ double tzero(const std::vector<double>& b, const std::vector<double>& V, int p, 
     return s + e;
 }
 
+// The instruments' group of `regress y x1 x2 (z1 z2 x2)`: its text is taken
+// out of the line (left as blanks) before the rest is parsed.
+int take_instruments(std::string* text, bool* iv) {
+    char* p = peektok_chr();
+    *iv = false;
+    char quote = 0;
+    char* open = nullptr;
+    for (char* c = p; *c; ++c) {
+        if (quote) {
+            if (*c == quote) quote = 0;
+            continue;
+        }
+        if (*c == '"') quote = '"';
+        if (*c == ',' && !open) return 0;
+        if (*c == '(') {
+            if (open) return error(198);
+            // an operator's list (L(1/2).x) or an expression is not a group
+            if (c > p && (std::isalnum(static_cast<unsigned char>(c[-1])) || c[-1] == '.'))
+                return 0;
+            open = c;
+        } else if (*c == ')' && open) {
+            text->assign(open + 1, c);
+            for (char* q = open; q <= c; ++q) *q = ' ';
+            *iv = true;
+            return 0;
+        }
+    }
+    return open ? error(198) : 0;
+}
+
+// The instruments' variables, read with the command's state kept.
+int read_instruments(const std::string& text, std::vector<int>* out) {
+    std::vector<char> buf(text.begin(), text.end());
+    buf.push_back(0);
+    TokState saved;
+    borrow_gettok(&saved);
+    settok(buf.data());
+    int32_t svn = lnvar;
+    std::vector<int> keep(varlist_vr, varlist_vr + lnvar);
+    int rc = ssvlist(prsestd, 0);
+    if (!rc) out->assign(varlist_vr, varlist_vr + lnvar);
+    lnvar = svn;
+    for (int j = 0; j < svn; ++j) varlist_vr[j] = keep[j];
+    return_gettok(&saved);
+    return rc;
+}
+
 int parse_opts(Opts* o) {
     o->beta = findopt("beta", 1, 0);
     o->header = findopt("header", 2, 1);
@@ -443,12 +499,23 @@ int parse_opts(Opts* o) {
 } // namespace
 
 int regresscmd(int) {
+    std::string ivtext;
+    bool iv = false;
+    if (int rc = take_instruments(&ivtext, &iv)) return rc;
     vable = 0;
     byable = opable = wgtable = 0;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
     if (int rc = parse()) return rc;
+    std::vector<int> mainvars(varlist_vr, varlist_vr + lnvar);
     Opts o;
     if (int rc = parse_opts(&o)) return rc;
+    std::vector<int> zvars;
+    if (iv) {
+        if (int rc = read_instruments(ivtext, &zvars)) return rc;
+        lnvar = static_cast<int>(mainvars.size());
+        for (int j = 0; j < lnvar; ++j) varlist_vr[j] = mainvars[j];
+        if (lnvar == 0) return error(102);
+    }
     if (lnvar == 0) {
         if (o.nocons) return error(102);
         return redisplay(o);
@@ -462,10 +529,17 @@ int regresscmd(int) {
     if (weclause && wgttype == WGT_PW) o.robust = true;
     if (o.robust && weclause && wgttype == WGT_IW) return error(5101);
     if (o.hascons) o.nocons = true;
+    if (iv && (o.hascons || !o.cluster.empty() || o.hc2 || o.hc3)) o.hc2 = o.hc3 = false;
     std::vector<int> vars(varlist_vr, varlist_vr + lnvar);
     for (int v : vars)
         if (isstrtype(typlist[v - 1])) return errtext(109, "type mismatch");
-    if (lnvar > matsize - 2) return error(908);
+    for (int v : zvars)
+        if (isstrtype(typlist[v - 1])) return errtext(109, "type mismatch");
+    // the instruments not among the regressors follow them in the pass
+    std::vector<int> allvars = vars;
+    for (int v : zvars)
+        if (std::find(allvars.begin() + 1, allvars.end(), v) == allvars.end()) allvars.push_back(v);
+    if (static_cast<int>(allvars.size()) > matsize - 2) return error(908);
     Robust rb;
     rb.on = o.robust;
     rb.hc2 = o.hc2, rb.hc3 = o.hc3;
@@ -490,7 +564,7 @@ int regresscmd(int) {
     ab_est(0);
     std::vector<uint8_t> used;
     AccSpec spec;
-    spec.vars = vars;
+    spec.vars = allvars;
     spec.deviations = dev;
     spec.used = &used;
     AccResult acc;
@@ -506,6 +580,52 @@ int regresscmd(int) {
     for (int i = 0; i < k; ++i) {
         xy[i] = A(i + 2, 1);
         for (int j = 0; j < k; ++j) xx[static_cast<size_t>(i) * k + j] = A(i + 2, j + 2);
+    }
+    if (iv && k) {
+        // two-stage least squares: X'Z (Z'Z)^-1 Z'X and X'Z (Z'Z)^-1 Z'y
+        int nz = static_cast<int>(zvars.size());
+        std::vector<int> zpos;
+        for (int v : zvars)
+            zpos.push_back(
+                static_cast<int>(std::find(allvars.begin(), allvars.end(), v) - allvars.begin()) +
+                1);
+        std::vector<double> zz(static_cast<size_t>(nz) * nz), ord;
+        for (int i = 0; i < nz; ++i)
+            for (int j = 0; j < nz; ++j) zz[static_cast<size_t>(i) * nz + j] = A(zpos[i], zpos[j]);
+        std::vector<int> order;
+        for (int i = 0; i < nz; ++i) order.push_back(i);
+        if (nz && sweep_in_order(zz.data(), nz, 0, nz - 1, order)) return ab_est(1), 1;
+        // T = (Z'Z)^-1 Z'X (nz x k) and t = (Z'Z)^-1 Z'y
+        std::vector<double> T(static_cast<size_t>(nz) * k), tz(nz);
+        for (int a = 0; a < nz; ++a) {
+            double s1 = 0, e1 = 0;
+            for (int c = 0; c < nz; ++c)
+                accumerr(&s1, &e1, zz[static_cast<size_t>(a) * nz + c] * A(zpos[c], 1));
+            tz[a] = s1 + e1;
+            for (int j = 0; j < k; ++j) {
+                double s2 = 0, e2 = 0;
+                for (int c = 0; c < nz; ++c)
+                    accumerr(&s2, &e2, zz[static_cast<size_t>(a) * nz + c] * A(zpos[c], j + 2));
+                T[static_cast<size_t>(a) * k + j] = s2 + e2;
+            }
+        }
+        for (int i = 0; i < k; ++i) {
+            double s1 = 0, e1 = 0;
+            for (int a = 0; a < nz; ++a) accumerr(&s1, &e1, A(i + 2, zpos[a]) * tz[a]);
+            xy[i] = s1 + e1;
+            for (int j = 0; j < k; ++j) {
+                double s2 = 0, e2 = 0;
+                for (int a = 0; a < nz; ++a)
+                    accumerr(&s2, &e2, A(i + 2, zpos[a]) * T[static_cast<size_t>(a) * k + j]);
+                xx[static_cast<size_t>(i) * k + j] = s2 + e2;
+            }
+        }
+        for (int i = 0; i < k; ++i)
+            for (int j = 0; j < i; ++j) {
+                double v =
+                    (xx[static_cast<size_t>(i) * k + j] + xx[static_cast<size_t>(j) * k + i]) / 2;
+                xx[static_cast<size_t>(i) * k + j] = xx[static_cast<size_t>(j) * k + i] = v;
+            }
     }
     inv = xx;
     if (k) {
@@ -598,7 +718,7 @@ int regresscmd(int) {
         std::vector<double> db(p);
         for (int i = 0; i < p; ++i) db[i] = cdot(&V0[static_cast<size_t>(i) * p], xr.data(), p);
         double rs = rss, re = 0;
-        for (int i = 0; i < p; ++i) {
+        for (int i = 0; i < p && !iv; ++i) {
             if (V0[static_cast<size_t>(i) * p + i] == 0) continue;
             b[i] += db[i];
             accumerr(&rs, &re, -db[i] * xr[i]);
@@ -707,9 +827,14 @@ int regresscmd(int) {
         estval_save_clustvar(clustname.c_str());
     }
     estval_reset_local("depvar", depvar.c_str());
-    estval_reset_local("model", "ols");
+    estval_reset_local("model", iv ? "iv" : "ols");
     estval_reset_local("estat_cmd", "regress_estat");
-    estval_reset_local("predict", "regres_p");
+    estval_reset_local("predict", iv ? "regriv_p" : "regres_p");
+    if (iv) {
+        std::string zl;
+        for (int v : zvars) zl += (zl.empty() ? "" : " ") + std::string(varname(v));
+        estval_reset_local("insts", zl.c_str());
+    }
     estval_reset_local("properties", "b V");
     if (rb.on) estval_resave_vcetype(f.vcetype.c_str());
     if (weclause) {
@@ -717,8 +842,23 @@ int regresscmd(int) {
         estval_reset_local("wtype", wn[wgttype]);
     }
     if (s_outlev > 2) return 0;
+    iv_title = iv;
     if (o.header) reg3_header(f, !rb.on);
+    iv_title = false;
     reg3_table(f, o);
+    if (iv && s_outlev <= 2) {
+        std::string il, xl;
+        for (int j = 1; j < static_cast<int>(vars.size()); ++j) {
+            bool isz = std::find(zvars.begin(), zvars.end(), vars[j]) != zvars.end();
+            (isz ? xl : il) += std::string(" ") + varname(vars[j]);
+        }
+        c_outlev = 1;
+        spoutf("Instrumented:%s\n", il.c_str());
+        std::string zl;
+        for (int v : zvars) zl += std::string(" ") + varname(v);
+        spoutf("Instruments: %s\n", zl.c_str());
+        spoutptl("{hline 78}\n");
+    }
     return 0;
 }
 
