@@ -15,6 +15,7 @@
 #include "results/distrib/distrib.h"
 #include "results/matlink.h"
 #include "results/regress/regress.h"
+#include "results/settings.h"
 #include "results/stores.h"
 
 namespace korvu {
@@ -33,6 +34,9 @@ std::string cell(const char* f, double x) {
 std::string leveltext(double level) {
     char buf[32];
     snprintf(buf, sizeof buf, "%g", level);
+    if (dpcomma || kset.dp_comma)
+        for (char* c = buf; *c; ++c)
+            if (*c == '.') *c = ',';
     return buf;
 }
 

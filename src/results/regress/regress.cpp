@@ -188,7 +188,11 @@ void reg3_table(const Fit& f, const Opts& o) {
             beta = f.b[j] * f.sdx[j] / f.sdy;
         oo_coefrow(st, f.names[j].c_str(), f.b[j], se, beta);
     }
-    oo_close();
+    // plus: the table stays open for rows of the caller's own
+    if (o.plus)
+        oo_sep();
+    else
+        oo_close();
 }
 
 // Redisplay options and the stored fit.

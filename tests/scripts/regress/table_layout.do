@@ -25,4 +25,10 @@ by g: regress y x1
 * a near-exact fit: the slope's t beyond 9999
 generate double z = 2 + 3 * x1 + 1e-4 * mod(_n, 2)
 regress z x1
+* the level with a comma for the decimal point, and a table left open
+set dp comma
+regress y x1, level(99.5) plus noheader
+set dp period
+* instruments: the title and the lists under the table
+regress y x1 (x2)
 display "test completed"
