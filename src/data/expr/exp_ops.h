@@ -185,6 +185,8 @@ enum : int16_t {
     OP_FDEN = 251,
     OP_BETADEN = 252,
     OP_GAMMADEN = 253,
+    OP_CLS = 254,      // a class value by its name, as a number
+    OP_SCLS = 255,     // the same as a string
 };
 
 // Numeric helpers; `.` is misval and anything at or above it is missing.
