@@ -6,14 +6,16 @@
 #   y  = 1 + x1 - x2 + ... - x10 + mod(n * 104729, 1009) / 1009
 #   g  = mod(n, 1000)                                  (clusters)
 # Each figure is CPU time (user + system) of the fit alone: for Korvu the
-# process time of a run that makes the data and fits R times less that of a
-# run that only makes the data, over R; for the others the process time
-# around the call. Usage: bench/regress.sh [build-dir] [N] [R]
+# process time of a run that makes the data and fits R + 1 times less that of
+# a run that makes the data and fits once, over R; for the others the process
+# time around the call. Usage: bench/regress.sh [build-dir] [N] [R] [--korvu]
+# (--korvu: Korvu's figures only)
 # Not a test: needs memory (about 1.2 GB for Korvu, more for R) and time.
 set -euo pipefail
 build=${1:-build}
 N=${2:-10000000}
 R=${3:-3}
+only=${4:-}
 exe=$(cd "$build/bin" && pwd)/korvu-xe
 [ -x "$exe" ] || { echo "no $exe: build first" >&2; exit 1; }
 work=$(mktemp -d /tmp/regbench.XXXXXX)
@@ -30,16 +32,18 @@ generate double y = 1 + x1 - x2 + x3 - x4 + x5 - x6 + x7 - x8 + x9 - x10 + mod(_
 generate double g = mod(_n, 1000)
 DO
 cpu() { /usr/bin/time -f "%U %S" "$exe" -q -b do "$1" 2>&1 >/dev/null | tail -1 | awk '{print $1 + $2}'; }
-base=$(cpu gen.do)
 korvu() {
-  { cat gen.do; for r in $(seq "$R"); do echo "quietly $1"; done; } > run.do
+  { cat gen.do; echo "quietly $1"; } > one.do
+  { cat gen.do; for r in $(seq "$R") 0; do echo "quietly $1"; done; } > run.do
+  b=$(cpu one.do)
   t=$(cpu run.do)
-  awk -v t="$t" -v b="$base" -v r="$R" -v w="$1" 'BEGIN { printf "| korvu | %s | %.3f |\n", w, (t - b) / r }'
+  awk -v t="$t" -v b="$b" -v r="$R" -v w="$1" 'BEGIN { printf "| korvu | %s | %.3f |\n", w, (t - b) / r }'
 }
 korvu "regress y x1-x10"
 korvu "regress y x1-x10, robust"
 korvu "regress y x1-x10, cluster(g)"
 korvu "matrix accum A = y x1-x10"
+[ "$only" = "--korvu" ] && exit 0
 
 if command -v Rscript >/dev/null; then
   Rscript -e "n <- 1:$N; d <- data.frame(row.names = NULL, n = n)

@@ -56,3 +56,9 @@ p("iw_se", sqrt(diag(Vw) * sum(w * ew^2) / (sum(w) - k)))
 # pweights: robust with w_i e_i, the n/(n-k) factor
 Mp <- crossprod(X * as.vector(w * ew))
 p("pw_se", sqrt(diag(n / (n - k) * Vw %*% Mp %*% Vw)))
+# no constant, HC1
+X2 <- cbind(x1, x2)
+m2 <- lm(y ~ x1 + x2 - 1)
+e2 <- resid(m2)
+V2 <- solve(crossprod(X2))
+p("nc_hc1_se", sqrt(diag(n / (n - 2) * V2 %*% crossprod(X2 * e2) %*% V2)))

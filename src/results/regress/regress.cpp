@@ -285,7 +285,22 @@ int meat_block(void* ctx, const ResidBlock& blk) {
     int p = mt.p, k = blk.k;
     bool fw = weclause && wgttype == WGT_FW;
     int m = 0;
-    for (int q = 0; q < blk.m; ++q) {
+    if (!rb.clustvar && !rb.hc2 && !rb.hc3 && blk.m) {
+        // the plain sandwich: the scores row by row, as the block stands
+        m = blk.m;
+        double* sc = mt.z.data() + static_cast<size_t>(p - 1) * ACC_BLOCK;
+        for (int q = 0; q < m; ++q)
+            sc[q] = fw ? std::sqrt(blk.w[q]) * blk.r[q] : blk.wn[q] * blk.r[q];
+        for (int a = 0; a < k; ++a) {
+            const double* x = blk.x + static_cast<size_t>(a + 1) * ACC_BLOCK;
+            double* z = mt.z.data() + static_cast<size_t>(a) * ACC_BLOCK;
+            for (int q = 0; q < m; ++q) z[q] = sc[q] * x[q];
+        }
+        // without a constant the last regressor's row is the scores' own row,
+        // written last above
+    }
+    bool plain = m > 0;
+    for (int q = 0; q < blk.m && !plain; ++q) {
         for (int j = 0; j < k; ++j) mt.xi[j] = blk.x[static_cast<size_t>(j + 1) * ACC_BLOCK + q];
         if (mt.cons) mt.xi[p - 1] = 1;
         double sc = fw ? blk.r[q] : blk.wn[q] * blk.r[q];

@@ -80,6 +80,10 @@ assert abs((_se[x1] - 0.030909399534237464) / 0.030909399534237464) < 1e-12
 assert abs((_se[x2] - 0.08409537828526463) / 0.08409537828526463) < 1e-12
 assert abs((_se[_cons] - 0.70459579871863487) / 0.70459579871863487) < 1e-12
 assert "`e(vcetype)'" == "Robust"
+* no constant: the robust variance of the two slopes
+regress y x1 x2, robust noconstant
+assert abs((_se[x1] - 0.030713299812782112) / 0.030713299812782112) < 1e-12
+assert abs((_se[x2] - 0.095241441142651859) / 0.095241441142651859) < 1e-12
 * the sample marker: observations 1 to 20 only
 regress y x1 x2 in 1/20
 count if e(sample)
