@@ -61,6 +61,7 @@ namespace {
 // variables), the weights and the observations kept.
 struct Block {
     int k = 0;
+    int markout = 0;        // a further variable whose missing values leave the observation out
     std::vector<double> x;  // (k + 1) x ACC_BLOCK
     std::vector<double> wx; // the same scaled by the weights
     std::vector<double> w, tmp;
@@ -103,6 +104,16 @@ static int load_block(Block& b, const std::vector<int>& vars, int i0, int i1, in
     for (int j = 1; j <= b.k; ++j) {
         const double* r = b.row(j);
         for (int t = 0; t < n; ++t) b.sel[t] &= r[t] < misval;
+    }
+    if (b.markout) {
+        if (isstrtype(typlist[b.markout - 1])) {
+            char buf[2100];
+            for (int t = 0; t < n; ++t)
+                if (b.sel[t] && !skorvu_data(b.markout, i0 + t, buf)[0]) b.sel[t] = 0;
+        } else {
+            regress_gather(&b.markout, 1, i0, n, b.tmp.data(), ACC_BLOCK);
+            for (int t = 0; t < n; ++t) b.sel[t] &= b.tmp[t] < misval;
+        }
     }
     int c = 0;
     for (int t = 0; t < n; ++t)
@@ -155,6 +166,7 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     out->xx.assign(static_cast<size_t>(K) * K, 0.0);
     out->mean.assign(k, 0.0);
     Block b(k);
+    b.markout = spec.markout;
     std::fill(b.x.begin(), b.x.begin() + ACC_BLOCK, 1.0);
     std::vector<double> c(static_cast<size_t>(K) * K), s(c.size()), e(c.size());
     // With deviations the products are taken about a shift, the weighted
@@ -280,10 +292,11 @@ double csum3(const double* a, const double* b, const double* c, int m) {
 } // namespace
 
 int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons, double wscale,
-               double* rss, std::vector<double>* xr, ResidFn fn, void* ctx) {
+               int markout, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx) {
     int k = static_cast<int>(vars.size()) - 1; // regressors
     int p = k + (cons ? 1 : 0);
     Block blk(k + 1);
+    blk.markout = markout;
     std::vector<double> r(ACC_BLOCK), wn(ACC_BLOCK);
     double s = 0, e = 0;
     std::vector<double> xs(p, 0.0), xe(p, 0.0);

@@ -359,7 +359,8 @@ int ess_pass(const std::vector<int>& vars, const std::vector<double>& b, bool co
         mt.xi.assign(p, 0.0);
         mt.vx.assign(p, 0.0);
     }
-    if (int rc = resid_pass(vars, b, cons, wscale, rss, xr, rb.on ? meat_block : nullptr, &mt))
+    if (int rc = resid_pass(vars, b, cons, wscale, rb.clustvar, rss, xr,
+                            rb.on ? meat_block : nullptr, &mt))
         return rc;
     if (!rb.on) return 0;
     if (rb.clustvar) {
@@ -586,6 +587,7 @@ int regresscmd(int) {
     spec.vars = allvars;
     spec.deviations = dev;
     spec.used = &used;
+    spec.markout = rb.clustvar;
     AccResult acc;
     if (int rc = accum_data(spec, &acc)) return ab_est(1), rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(acc.sumw);

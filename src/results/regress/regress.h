@@ -22,6 +22,7 @@ struct AccSpec {
     std::vector<int> vars; // variables, in order
     bool deviations = false;
     std::vector<uint8_t>* used = nullptr; // when given: 1 for each observation used
+    int markout = 0; // a variable whose missing values leave the observation out
 };
 
 // The accumulator buffer: (k + 1) x (k + 1), full, row stride k + 1.
@@ -62,7 +63,7 @@ struct ResidBlock {
 };
 using ResidFn = int (*)(void* ctx, const ResidBlock& blk);
 int resid_pass(const std::vector<int>& vars, const std::vector<double>& b, bool cons, double wscale,
-               double* rss, std::vector<double>* xr, ResidFn fn, void* ctx);
+               int markout, double* rss, std::vector<double>* xr, ResidFn fn, void* ctx);
 
 // The sweep of positions [first..last] of a full buffer (stride s) in the
 // order given: `order` lists the positions (constant first when there is

@@ -88,4 +88,18 @@ assert abs((_se[x2] - 0.095241441142651859) / 0.095241441142651859) < 1e-12
 regress y x1 x2 in 1/20
 count if e(sample)
 assert r(N) == 20
+* a missing cluster leaves the observation out: the same as selecting it away,
+* for numeric and string clusters; e(sample) in an if reads the old marker
+replace g = . in 1/3
+regress y x1 x2, cluster(g)
+assert e(N) == 27
+regress y x1 x2 if g < ., cluster(g)
+local se = _se[x1]
+regress y x1 x2 if e(sample)
+assert e(N) == 27
+generate str2 gs2 = string(g)
+replace gs2 = "" in 1/3
+regress y x1 x2, cluster(gs2)
+assert e(N) == 27 & e(N_clust) == 6
+assert reldif(_se[x1], `se') < 1e-14
 display "test completed"
