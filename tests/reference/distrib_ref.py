@@ -83,6 +83,11 @@ for a, x in [("0.5", "0.3"), ("2", "1"), ("2", "3"), ("5.5", "4"), ("10", "12"),
     add("gammap_dadx", [a, x], mp.diff(lambda s, t: P(s, t), (a, x), (1, 1)), FWD)
     add("gammap_da", [a, x], mp.diff(lambda s: P(s, x), a), 1e-12)
     add("gammap_dada", [a, x], mp.diff(lambda s: P(s, x), a, 2), 1e-12)
+# the same in the upper tail, where P is near 1 and its derivatives are small
+for a, x in [("2", "10"), ("5", "30"), ("0.5", "20"), ("10", "40"), ("3", "60"), ("4", "5.5")]:
+    a, x = mp.mpf(float(a)), mp.mpf(float(x))
+    add("gammap_da", [a, x], mp.diff(lambda s: P(s, x), a), 1e-12)
+    add("gammap_dada", [a, x], mp.diff(lambda s: P(s, x), a, 2), 1e-12)
 
 # incomplete beta
 for a in ["0.1", "0.5", "1", "2.5", "10", "50", "200", "1000"]:
@@ -101,6 +106,16 @@ for n in ["1", "2", "3", "5", "10", "30", "100", "1000"]:
         add("ttail", [n, t], v if t > 0 else 1 - v, FWD)
         add("tden", [n, t], mp.gamma((n + 1) / 2) / (mp.gamma(n / 2) * mp.sqrt(n * mp.pi))
             * (1 + t * t / n) ** (-(n + 1) / 2), FWD)
+# many degrees of freedom: x = n / (n + t^2) lies close to 1
+for n in ["1e4", "1e5", "1e6", "3.5e7"]:
+    n = mp.mpf(float(n))
+    for t in ["0.3", "1", "3", "5", "-2"]:
+        t = mp.mpf(float(t))
+        v = I(n / 2, mp.mpf(0.5), n / (n + t * t)) / 2
+        add("ttail", [n, t], v if t > 0 else 1 - v, FWD)
+for a, b, x in [("5e5", "0.5", "0.99999"), ("2000", "3", "0.999"), ("800", "40", "0.97")]:
+    a, b, x = mp.mpf(float(a)), mp.mpf(float(b)), mp.mpf(float(x))
+    add("ibeta", [a, b, x], I(a, b, x), FWD)
 for n1, n2 in [(1, 1), (1, 10), (2, 3), (3, 7), (5, 100), (10, 10), (40, 2), (100, 1000)]:
     n1, n2 = mp.mpf(n1), mp.mpf(n2)
     for f in ["0.01", "0.5", "1", "2", "4.5", "10", "100"]:

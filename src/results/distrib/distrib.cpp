@@ -273,6 +273,54 @@ double gamser_da(double a, double x, bool second) {
     return misval;
 }
 
+// A value with its first and second derivatives in a.
+struct Dual2 {
+    double v, d, dd;
+};
+Dual2 operator+(Dual2 f, Dual2 g) {
+    return {f.v + g.v, f.d + g.d, f.dd + g.dd};
+}
+Dual2 operator*(Dual2 f, Dual2 g) {
+    return {f.v * g.v, f.d * g.v + f.v * g.d, f.dd * g.v + 2 * f.d * g.d + f.v * g.dd};
+}
+Dual2 recip(Dual2 g) {
+    double r = 1 / g.v;
+    return {r, -g.d * r * r, (2 * g.d * g.d - g.v * g.dd) * r * r * r};
+}
+
+// d/da (second false) or d2/da2 of P in the upper region, from the upper
+// tail: Q = e^-x x^a h / gamma(a) with h the continued fraction of gamcf,
+// carried with its derivatives in a, so that the small derivatives of a P
+// near 1 keep their digits.
+double gamcf_da(double a, double x, bool second) {
+    double q = gamcf(a, x);
+    if (q >= misval) return misval;
+    if (q == 0) return 0;
+    const double tiny = 1e-300;
+    Dual2 b{x + 1 - a, -1, 0};
+    Dual2 c{1 / tiny, 0, 0};
+    Dual2 d = recip(b), h = d;
+    for (int n = 1; n < kCoreIter; n++) {
+        Dual2 an{-n * (n - a), static_cast<double>(n), 0};
+        b.v += 2;
+        d = an * d + b;
+        if (std::fabs(d.v) < tiny) d = {tiny, 0, 0};
+        c = b + an * recip(c);
+        if (std::fabs(c.v) < tiny) c = {tiny, 0, 0};
+        d = recip(d);
+        Dual2 del = d * c;
+        h = h * del;
+        if (std::fabs(del.v - 1) < 1e-16 &&
+            std::fabs(del.d) <= 1e-16 * std::fabs(h.d / h.v) + 1e-300)
+            break;
+        if (kvpollrare()) return misval;
+    }
+    double l1 = std::log(x) + h.d / h.v - digamma(a);
+    if (!second) return -q * l1;
+    double l2 = h.dd / h.v - (h.d / h.v) * (h.d / h.v) - trigamma(a);
+    return -q * (l2 + l1 * l1);
+}
+
 } // namespace
 
 double gammap(double a, double x) {
@@ -285,6 +333,7 @@ double gammap_mode(double a, double x, int mode) {
     if (bad(a) || bad(x) || a <= 0 || x < 0) return misval;
     if (mode == 2 || mode == 3) {
         if (x == 0) return 0;
+        if (x >= a + 1 && x >= 1) return gamcf_da(a, x, mode == 3);
         return gamser_da(a, x, mode == 3);
     }
     // the density x^(a-1) e^-x / gamma(a) and its derivatives
@@ -490,7 +539,8 @@ double bpser(double a, double b, double x, double xc) {
     return misval;
 }
 
-// Continued fraction for x below the mean, by the modified Lentz method.
+// The first continued fraction, for x below the mean (and at most one half),
+// by the modified Lentz method.
 double bcf(double a, double b, double x, double xc) {
     double fac = betafac(a, b, x, xc);
     if (fac >= misval) return misval;
@@ -523,6 +573,44 @@ double bcf(double a, double b, double x, double xc) {
     return misval;
 }
 
+// The second continued fraction, in z = x / (1 - x), for x above one half:
+// I = x^a (1-x)^(b-1) / (a B(a,b)) / (1 + d1 z / (1 + d2 z / (1 + ...))),
+// d(2m+1) = (a+m)(1-b+m) / ((a+2m)(a+2m+1)), d(2m) = m(a+b-1+m) / ((a+2m-1)(a+2m)).
+// It takes x only through z, formed from the complement, so a value near 1
+// keeps its digits.
+double bcf2(double a, double b, double x, double xc, int* iters) {
+    double fac = betafac(a, b, x, xc);
+    if (fac >= misval) return misval;
+    if (fac == 0) return 0;
+    const double tiny = 1e-300;
+    double z = x / xc;
+    // modified Lentz on f = 1 + K(d_n z / 1)
+    double f = 1, c = 1, d = 0;
+    for (int n = 1; n < kCoreIter; n++) {
+        double an;
+        if (n & 1) {
+            int m = (n - 1) / 2;
+            an = (a + m) * (1 - b + m) / ((a + 2.0 * m) * (a + 2.0 * m + 1)) * z;
+        } else {
+            int m = n / 2;
+            an = m * (a + b - 1 + m) / ((a + 2.0 * m - 1) * (a + 2.0 * m)) * z;
+        }
+        d = 1 + an * d;
+        if (std::fabs(d) < tiny) d = tiny;
+        c = 1 + an / c;
+        if (std::fabs(c) < tiny) c = tiny;
+        d = 1 / d;
+        double del = c * d;
+        f *= del;
+        if (std::fabs(del - 1) < kMachEp) {
+            if (iters) *iters = n;
+            return fac / xc / a / f;
+        }
+        if (kvpollrare()) return misval;
+    }
+    return misval;
+}
+
 // I_x(a, b) with the complement xc = 1 - x known exactly.
 double ibeta2(double a, double b, double x, double xc) {
     if (b * x <= 1 && x <= 0.95) return bpser(a, b, x, xc);
@@ -540,6 +628,8 @@ double ibeta2(double a, double b, double x, double xc) {
     }
     if (flip && b * x <= 1 && x <= 0.95)
         r = bpser(a, b, x, xc);
+    else if (x > 0.5)
+        r = bcf2(a, b, x, xc, nullptr);
     else
         r = bcf(a, b, x, xc);
     if (r >= misval) return misval;
