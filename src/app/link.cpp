@@ -4,6 +4,7 @@
 #include "kernel/macro/macro.h"
 #include "lumo/lumo.h"
 #include "results/matrix/matrix.h"
+#include "results/regress/regress.h"
 #include "results/stores.h"
 
 namespace korvu {
@@ -22,6 +23,7 @@ void link_all() {
     link_more_macro_functions(); // kernel/macro.h
     link_matrix();               // results/matrix/matrix.h
     link_results();              // results/stores.h
+    link_regress();              // results/regress/regress.h
     link_class();                // class/clslang.h
     link_lumo();                 // lumo/lumo.h
 }

@@ -23,6 +23,7 @@
 #include "kernel/program/program.h"
 #include "output/spout.h"
 #include "results/estore.h"
+#include "results/regress/regress.h"
 #include "results/stores.h"
 
 namespace korvu {
@@ -358,7 +359,7 @@ static int ereturn_words(const char* t, bool* handled) {
         ab_est(1);
         return 0;
     }
-    if (cmdcmp(t, "display", 2)) return notyet("ereturn display");
+    if (cmdcmp(t, "display", 2)) return ereturn_display();
     if (cmdcmp(t, "post", 4)) return mine ? epostcmd(0) : classerr(152);
     if (cmdcmp(t, "repost", 6)) return mine ? epostcmd(1) : classerr(152);
     *handled = false;

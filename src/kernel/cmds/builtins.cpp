@@ -22,6 +22,7 @@
 #include "output/log/log.h"
 #include "output/spout.h"
 #include "results/matrix/matrix.h"
+#include "results/regress/regress.h"
 #include "results/settings.h"
 #include "results/stores.h"
 #include "results/summarize.h"
@@ -48,7 +49,7 @@ static constexpr Builtin builtin_table[] = {
     {"_describe", 9, '_', 0, 0, 0, describecmd, 0},
     {"_dialog", 7, '_', 0, 0, 0, nullptr, 0},
     {"_estimates", 4, '_', 800, 0, 0, _estimatescmd, 0},
-    {"_test", 5, '_', 0, 0, 0, nullptr, 0},
+    {"_test", 5, '_', 0, 0, 0, testcmd, 0},
     {"_findhlpalias", 12, '_', 0, 0, 0, usfindhlpalias, 0},
     {"_GEEBT", 5, '_', 0, 0, 0, nullptr, 0},
     {"_GEEUC", 5, '_', 0, 0, 0, nullptr, 0},
@@ -67,15 +68,15 @@ static constexpr Builtin builtin_table[] = {
     {"_ologit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_oprobit", 8, '_', 0, 0, 1, nullptr, 0},
     {"_parse", 6, '_', 0, 0, 0, nullptr, 0},
-    {"_predict", 8, '_', 0, 0, 0, nullptr, 0},
+    {"_predict", 8, '_', 0, 0, 0, predictcmd, 0},
     {"_pctile", 7, '_', 0, 0, 0, nullptr, 0},
     {"_probit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_repart", 7, '_', 0, 0, 0, repartcmd, 0},
-    {"_regress", 8, '_', 0, 0, 1, nullptr, 0},
+    {"_regress", 8, '_', 0, 0, 1, regresscmd, 0},
     {"_return", 4, '_', 0, 0, 0, _returncmd, 0},
     {"_robust", 7, '_', 0, 0, 0, nullptr, 0},
     {"_rotate_mat", 11, '_', 0, 0, 0, nullptr, 0},
-    {"_rmcoll", 7, '_', 0, 0, 0, nullptr, 0},
+    {"_rmcoll", 7, '_', 0, 0, 0, rmcollcmd, 0},
     {"_svy", 4, '_', 0, 0, 0, nullptr, 0},
     {"_tobit", 6, '_', 0, 0, 1, nullptr, 0},
     {"_tsnatscale", 9, '_', 0, 0, 0, nullptr, 0},

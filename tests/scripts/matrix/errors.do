@@ -72,6 +72,8 @@ assert _rc == 198
 capture matrix frobnicate A
 assert _rc == 501
 capture matrix accum X = y
+assert _rc == 111
+capture matrix glsaccum X = y
 assert _rc == 199
 capture matrix post b V
 assert _rc != 0

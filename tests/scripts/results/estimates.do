@@ -123,12 +123,12 @@ program define badsample, eclass
 end
 capture badsample
 assert _rc == 471
-* ereturn display waits for the coefficient table
+* ereturn display with no estimates left by the failed post
 program define showit, eclass
     ereturn display
 end
 capture showit
-assert _rc == 199
+assert _rc == 301
 capture ereturn repost
 assert _rc == 152
 display "test completed"

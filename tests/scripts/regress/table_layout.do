@@ -1,0 +1,34 @@
+* The ANOVA header and the coefficient table: a dropped variable, robust and
+* cluster headers, beta, eform, another level, redisplay, ereturn display,
+* by groups, and a t statistic beyond 9999 shown as a dot.
+drop _all
+input y x1 x2 g
+ 3  1  4 1
+ 5  2  3 1
+ 4  3  5 1
+ 8  4  2 1
+ 9  5  6 2
+11  6  1 2
+10  7  7 2
+14  8  3 2
+end
+generate x3 = x1 + x2
+regress y x1 x2 x3
+regress, level(90)
+regress, beta
+regress, eform(exp(b)) noheader
+regress y x1 x2, robust
+regress y x1 x2, cluster(g)
+ereturn display, level(99)
+sort g
+by g: regress y x1
+* a near-exact fit: the slope's t beyond 9999
+generate double z = 2 + 3 * x1 + 1e-4 * mod(_n, 2)
+regress z x1
+* the level with a comma for the decimal point, and a table left open
+set dp comma
+regress y x1, level(99.5) plus noheader
+set dp period
+* instruments: the title and the lists under the table
+regress y x1 (x2)
+display "test completed"
