@@ -78,10 +78,7 @@ int cdcmd(int) {
         d = std::string(home ? home : "") + d.substr(1);
     }
     if (chdir(d.c_str())) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("unable to change to %s\n", dir);
-        return 170;
+        return errorf(170, "unable to change to %s\n", dir);
     }
     return pwdcmd(0);
 }
@@ -199,10 +196,7 @@ int mkdircmd(int) {
     int pub = findopt("public", 3, 0);
     if (int rc = chkopt()) return rc;
     if (mkdir(name, pub ? 0755 : 0777)) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("could not create directory %s\n", name);
-        return 693;
+        return errorf(693, "could not create directory %s\n", name);
     }
     if (pub) chmod(name, 0755);
     return 0;
@@ -213,10 +207,7 @@ int rmdircmd(int) {
     if (int rc = restname(name)) return rc;
     if (int rc = endofline()) return rc;
     if (rmdir(name)) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("could not remove directory %s\n", name);
-        return 693;
+        return errorf(693, "could not remove directory %s\n", name);
     }
     return 0;
 }

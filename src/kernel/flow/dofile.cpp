@@ -209,8 +209,7 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
 toolong:
     // the echo so far ends its line, so the message stands on its own
     if (echo.midline || r->necho) echo.emit(true);
-    c_outlev = 3;
-    spout21("input too long\n");
+    errsay("input too long\n");
     r->toolong = true;
     *eofout = 1;
     dst[0] = 0;
@@ -491,11 +490,7 @@ void doepilog(Frame* f, int mode, int keep) {
         typelmac--;
         if (!keep && frame_hooks.cls_clear_return) frame_hooks.cls_clear_return();
         if (mode == DO_DO) {
-            uint8_t old = c_outlev;
-            c_outlev = 1;
-            newline();
-            spout21("end of do-file\n");
-            c_outlev = old;
+            spoutlev(1, "\nend of do-file\n");
         }
     }
     globalrc = rc;

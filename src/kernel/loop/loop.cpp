@@ -140,12 +140,7 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             if (!fromuser && (n = wordat(p, "#delimit", 2))) {
                 const char* arg = skipblanks(p + n);
                 delimit = strncmp(arg, "cr", 2) == 0 && (arg[2] == 0 || arg[2] == ' ') ? 0 : 1;
-                uint8_t old = c_outlev;
-                c_outlev = 2;
-                spout21("delimiter now ");
-                spout21(delimit ? ";" : "cr");
-                newline();
-                c_outlev = old;
+                spoutlevf(2, "delimiter now %s\n", delimit ? ";" : "cr");
                 continue;
             }
             if ((n = wordat(p, "#review", 2))) {
@@ -153,10 +148,7 @@ int readcons(int maxlen, int fromdo, int allowhash) {
                 continue;
             }
             if (!allowhash) {
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spout21("Unknown #command\n");
-                c_outlev = old;
+                errsay("Unknown #command\n");
                 continue;
             }
         }

@@ -545,25 +545,12 @@ int store(const std::string& mac, const std::string& value) {
 }
 
 int optmsg(const OptSpec& o, const char* what) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("option ");
-    spout21(o.name.c_str());
-    if (o.kind != OK_ONOFF) spout21("()");
-    spout21(what);
-    return 198;
+    return errorf(198, "option %s%s%s", o.name.c_str(), o.kind != OK_ONOFF ? "()" : "", what);
 }
 
 int countmsg(const std::string& name, bool few, const char* kind) {
-    c_outlev = 3;
-    spout21(" ");
-    spout21(name.c_str());
-    spout21(":  too ");
-    spout21(few ? "few" : "many");
-    spout21(" ");
-    spout21(kind);
-    spout21(" specified\n");
-    return few ? 102 : 103;
+    return errorf(few ? 102 : 103, " %s:  too %s %s specified\n", name.c_str(),
+                  few ? "few" : "many", kind);
 }
 
 std::string trimmed(std::string s) {
@@ -632,9 +619,8 @@ int typecheck(bool numeric, bool string) {
         int v = realvarlist(k);
         bool isnum = typlist[v - 1] > 244;
         if ((numeric && !isnum) || (string && isnum)) {
-            c_outlev = 3;
-            spoutf("%s:  %s variable not allowed\n", varname(v), isnum ? "numeric" : "string");
-            return 109;
+            return errorf(109, "%s:  %s variable not allowed\n", varname(v),
+                          isnum ? "numeric" : "string");
         }
     }
     return 0;
@@ -671,23 +657,17 @@ int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
     memcpy(optlist, sv_list, sizeof sv_list);
     memcpy(optavbl, sv_avbl, sizeof sv_avbl);
     if (rc) {
-        c_outlev = 3;
-        spoutf("in option %s()\n", o.name.c_str());
+        errsayf("in option %s()\n", o.name.c_str());
         if (inf)
-            for (const std::string& l : inf->lines) {
-                spout21(l.c_str());
-                newline();
-            }
+            for (const std::string& l : inf->lines) errsayf("%s\n", l.c_str());
     }
     delete inf;
     if (rc) return rc;
     int n = lnvar;
     if (int trc = typecheck(o.vnumeric, o.vstring)) return trc;
     if ((o.single && n != 1) || (o.nmin && n < o.nmin) || (o.nmax && n > o.nmax)) {
-        c_outlev = 3;
-        spoutf("option %s() does not contain a valid %s\n", o.name.c_str(),
-               o.single ? "varname" : "varlist");
-        return 198;
+        return errorf(198, "option %s() does not contain a valid %s\n", o.name.c_str(),
+                      o.single ? "varname" : "varlist");
     }
     return 0;
 }
@@ -866,9 +846,8 @@ int readdata(Desc& d, const std::string& text) {
         int cnt = static_cast<int>(n.size());
         if (!cnt && !d.headopt) {
             if (d.head == H_ANYTHING) return required(d.id.empty() ? "something" : d.id.c_str());
-            c_outlev = 3;
-            spoutf("nothing found where %s expected\n", d.id.empty() ? "name" : d.id.c_str());
-            return 100;
+            return errorf(100, "nothing found where %s expected\n",
+                          d.id.empty() ? "name" : d.id.c_str());
         }
         if (d.head != H_ANYTHING) {
             if (int rc = checknames(n, d.local)) return rc;
@@ -937,9 +916,7 @@ int readdata(Desc& d, const std::string& text) {
         if (int rc = store(d.headmac, headtext)) return rc;
     }
     if (d.ifs == 2 && !ifclause) {
-        c_outlev = 3;
-        spout21("if exp required\n");
-        return 100;
+        return errtext(100, "if exp required\n");
     }
     if (ifclause)
         if (int rc = store("if", d.ifnp ? sp.iftext : "if " + sp.iftext)) return rc;

@@ -135,11 +135,7 @@ static int open_into(LogRec* r, const char* filename, int flags, int type, const
     if (named) snprintf(rec.logname, sizeof rec.logname, "%s", logname);
     if (attach(&rec, 1)) {
         close(fd);
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("ptag refused log request -- log not opened\n");
-        c_outlev = old;
-        return 603;
+        return errtext(603, "ptag refused log request -- log not opened\n");
     }
     *r = rec;
     if (!(flags & 8)) header(r, "opened", false);
@@ -214,11 +210,7 @@ static int using_(int iscmdlog) {
     int flags = append ? 129 : replace ? 17 : 1;
     if (iscmdlog || (proc && vernum < 700)) {
         if (cmdlog_fd) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spout21("cmdlog file already open\n");
-            c_outlev = old;
-            return 604;
+            return errtext(604, "cmdlog file already open\n");
         }
         std::string f = fn;
         if (lower_ext(f).empty()) f += ".txt";
@@ -287,11 +279,7 @@ int logcmd(int iscmdlog) {
             header(r, nullptr, true);
         } else if (!name.empty()) {
             c_outlev = old;
-            uint8_t o = c_outlev;
-            c_outlev = 3;
-            spoutf("log %s not found\n", name.c_str());
-            c_outlev = o;
-            return 111;
+            return errorf(111, "log %s not found\n", name.c_str());
         } else {
             spout21("       log:  (closed)\n");
         }
@@ -319,11 +307,7 @@ int logcmd(int iscmdlog) {
         LogRec* r = target(name.c_str(), 0);
         if (!r) {
             if (!name.empty()) {
-                uint8_t o = c_outlev;
-                c_outlev = 3;
-                spoutf("log %s not found\n", name.c_str());
-                c_outlev = o;
-                return 111;
+                return errorf(111, "log %s not found\n", name.c_str());
             }
             return error(606);
         }
@@ -354,11 +338,7 @@ int logcmd(int iscmdlog) {
     if (word == "texman") return translate_cmd(1);
     if (word == "html") return translate_cmd(2);
     if (word == "webhtml") return translate_cmd(3);
-    uint8_t o = c_outlev;
-    c_outlev = 3;
-    spoutf("%s invalid\n", word.c_str());
-    c_outlev = o;
-    return 198;
+    return errorf(198, "%s invalid\n", word.c_str());
 }
 
 } // namespace korvu

@@ -241,12 +241,8 @@ int translate_cmd(int kind) {
     const char* tsuffix = (kind == TR_HTML || kind == TR_WEBHTML) ? ".html" : ".log";
     if (dst.empty()) {
         if (hassuffix(src)) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("must specify file to be written if source has %s\n",
-                   src.substr(src.rfind('.')).c_str());
-            c_outlev = old;
-            return 198;
+            return errorf(198, "must specify file to be written if source has %s\n",
+                          src.substr(src.rfind('.')).c_str());
         }
         dst = src + tsuffix;
     }
@@ -302,10 +298,7 @@ int translate_cmd(int kind) {
         unlink(dst.c_str());
         return rc >= 9000 ? rc : fierr(rc, dst.c_str());
     }
-    uint8_t old = c_outlev;
-    c_outlev = 1;
-    spoutf("(file %s written)\n", dst.c_str());
-    c_outlev = old;
+    spoutlevf(1, "(file %s written)\n", dst.c_str());
     return 0;
 }
 
