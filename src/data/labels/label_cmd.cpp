@@ -19,6 +19,7 @@
 #include "data/vars/vartab.h"
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
@@ -312,8 +313,8 @@ static int label_save() {
         if (tokis(token, "using")) break;
         names.emplace_back(token);
     }
-    char fn[500];
-    if (gettokfn(fn)) return required("using");
+    char fn[FNLEN];
+    if (int rc = gettokfn(fn, sizeof fn)) return rc == 7199 ? error(rc) : required("using");
     gettok(prsestd);
     if (token[0]) {
         if (!tokis(token, ",")) return error(198);

@@ -233,6 +233,7 @@ static constexpr InternalRow internaltab[] = {
     {5101, 3, 101, "iweights not allowed with robust\n"},
     {6101, 3, 101, "time-series operators not allowed\n"},
     {7198, 3, 198, "multiple by's not allowed\n"},
+    {7199, 3, 198, "file name too long\n"},
     {8001, 1, 0, "irrelevant under Unix\n"},
     {8002, 1, 0, "request ignored due to batch mode\n"},
     {8005, 1, 0, "note: not possible in Korvu(console)\n"},

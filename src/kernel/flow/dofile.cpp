@@ -12,6 +12,7 @@
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -336,8 +337,8 @@ int doprolog(Frame* f, int mode) {
     f->stop = 1;
     f->reader = nullptr;
     if (mode != DO_PROGRAM) {
-        char path[500];
-        if (int rc = gettokfn(path)) return error(rc);
+        char path[FNLEN];
+        if (int rc = gettokfn(path, sizeof path)) return error(rc);
         if (mode == DO_DO || mode == DO_RUN) {
             bool stop = true;
             if (int rc = fileoptions(&stop)) return rc;

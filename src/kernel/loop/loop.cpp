@@ -320,9 +320,7 @@ static int selreq_body() {
 
 // Prefixes: each reads the next word and calls selreq again, so they stack.
 static int nextword() {
-    gettok(prsestd);
-    if (tokis(token, ":")) gettok(prsestd);
-    setcmdword(token);
+    if (tokis(gettokcmd(), ":")) gettokcmd();
     return 0;
 }
 

@@ -29,7 +29,7 @@ int32_t blist[5];
 int32_t nobs1 = 1, nobs2 = 0, nobss1 = 1, nobss2 = 0;
 uint8_t orange = 0, ifclause = 0, weclause = 0, wgtold = 0, vrange = 0;
 int32_t wgttype = 0, origwgttype = 0;
-char filesp[500];
+char filesp[FNLEN];
 char esamplename[33] = "";
 
 void cmdinit() {
@@ -211,8 +211,8 @@ int parse1() {
             orange = 1;
         } else if (tokis(token, "using")) {
             if (uable == 3) return notalow("using");
-            if (int rc = gettokfn(filesp)) {
-                if (uable == 2 && (!token[0] || tokis(token, ","))) {
+            if (int rc = gettokfn(filesp, sizeof filesp)) {
+                if (rc == 7197 && uable == 2 && (!token[0] || tokis(token, ","))) {
                     snprintf(filesp, sizeof filesp, " ");
                     if (token[0]) ungettok();
                 } else {

@@ -236,7 +236,7 @@ int findusg(int minlen, char* dst, int issaving) {
     int k = findcommon(name, issaving ? minlen : 5, true, false);
     if (!k) return 0;
     optavbl[k - 1] = 2;
-    if (gettokfn(dst)) return 0;
+    if (gettokfn(dst, FNLEN)) return 0;
     int result = 1;
     gettok(prseopt);
     if (issaving && tokis(token, ",")) {

@@ -324,8 +324,8 @@ static void showhit(const char* path) {
 }
 
 int verscmd(int) {
-    char name[500];
-    if (int rc = gettokfn(name)) return error(rc);
+    char name[FNLEN];
+    if (int rc = gettokfn(name, sizeof name)) return error(rc);
     gettok(prsestd);
     int all = 0;
     if (tokis(token, ",")) {
@@ -393,8 +393,8 @@ int kvsysdir(int) {
     if (!s) {
         return errorf(198, "%s invalid sysdir name\n", tokisstr(token) ? token + 1 : token);
     }
-    char dir[500];
-    if (int rc = gettokfn(dir)) return error(rc);
+    char dir[FNLEN];
+    if (int rc = gettokfn(dir, sizeof dir)) return error(rc);
     gettok(prsestd);
     if (token[0]) return error(198);
     std::string d = dir;

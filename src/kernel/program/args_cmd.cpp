@@ -22,6 +22,7 @@
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -341,9 +342,9 @@ int confirm(int) {
     case 1: return confirmvars(qual, restwords());
     case 2: return confirmnumber(qual, unquote(rest));
     case 3: {
-        char f[500];
+        char f[FNLEN];
         if (!*peektok_chr()) return confirmfile(qual, "");
-        if (int rc = gettokfn(f)) return error(rc);
+        if (int rc = gettokfn(f, sizeof f)) return error(rc);
         return confirmfile(qual, f);
     }
     default: return confirmformat(qual, unquote(rest));

@@ -98,59 +98,52 @@ void skipblanks(const std::string& s, size_t& i) {
     while (i < s.size() && s[i] == ' ') i++;
 }
 
-// The end of a bracket group starting at s[i], quotes and nesting honoured.
-size_t closing(const std::string& s, size_t i, char open, char close) {
-    int depth = 0;
-    bool instr = false;
-    for (; i < s.size(); i++) {
-        if (s[i] == '"') instr = !instr;
-        if (instr) continue;
-        if (s[i] == open) depth++;
-        if (s[i] == close && --depth == 0) return i;
+// The template and the words of the data are read by the tokenizer, on a
+// private copy of the text, the caller's tokenizer state put back after.
+struct TokOn {
+    TokState saved;
+    std::string copy;
+    std::vector<char> buf;
+    explicit TokOn(const std::string& s, size_t from = 0) : copy(s), buf(macrolen) {
+        borrow_gettok(&saved);
+        settok(copy.data() + std::min(from, copy.size()));
     }
-    return std::string::npos;
+    ~TokOn() { return_gettok(&saved); }
+    // The next word as written (quotes kept), parenthesised parts whole; an
+    // empty string at the end.
+    std::string next(const char* delims) {
+        gettoklong(buf.data(), delims, 2);
+        if (!buf[0]) return std::string();
+        return std::string(lwheretok(), static_cast<size_t>(wheretok() - lwheretok()));
+    }
+    size_t at() { return static_cast<size_t>(wheretok() - copy.data()); }
+};
+
+// The end of the bracket group starting at s[i] (quotes and nesting
+// honoured), npos when it is not closed.
+size_t closing(const std::string& s, size_t i) {
+    std::string copy = s;
+    int err;
+    char* e = pbrackets(copy.data() + i, &err);
+    return err ? std::string::npos : static_cast<size_t>(e - copy.data()) - 1;
 }
 
-// A word with any parenthesised part: up to a blank, bracket or comma.
+// A word with any parenthesised part: up to a blank, bracket or comma; empty
+// when a parenthesis is not closed.
 std::string readword(const std::string& s, size_t& i) {
-    size_t b = i;
-    while (i < s.size() && s[i] != ' ' && s[i] != '[' && s[i] != ']' && s[i] != ',') {
-        if (s[i] == '(') {
-            size_t e = closing(s, i, '(', ')');
-            if (e == std::string::npos) return std::string();
-            i = e + 1;
-            continue;
-        }
-        i++;
-    }
-    return s.substr(b, i - b);
+    TokOn t(s, i);
+    std::string w = t.next(" [],");
+    i = t.at();
+    for (size_t p = w.find('('); p != std::string::npos; p = w.find('(', closing(w, p) + 1))
+        if (closing(w, p) == std::string::npos) return std::string();
+    return w;
 }
 
+// The blank-separated words, strings and parenthesised parts kept whole.
 std::vector<std::string> words(const std::string& s) {
     std::vector<std::string> w;
-    size_t i = 0;
-    for (;;) {
-        skipblanks(s, i);
-        if (i >= s.size()) break;
-        size_t b = i;
-        if (s[i] == '"') {
-            size_t e = s.find('"', i + 1);
-            i = e == std::string::npos ? s.size() : e + 1;
-        } else {
-            while (i < s.size() && s[i] != ' ') {
-                if (s[i] == '(') {
-                    size_t e = closing(s, i, '(', ')');
-                    i = e == std::string::npos ? s.size() : e + 1;
-                } else if (s[i] == '"') {
-                    size_t e = s.find('"', i + 1);
-                    i = e == std::string::npos ? s.size() : e + 1;
-                } else {
-                    i++;
-                }
-            }
-        }
-        w.push_back(s.substr(b, i - b));
-    }
+    TokOn t(s);
+    for (std::string x; !(x = t.next(" ")).empty();) w.push_back(x);
     return w;
 }
 
@@ -450,7 +443,7 @@ int readtemplate(Desc& d, const std::string& s) {
         if (i >= s.size()) return 0;
         if (s[i] == ',') return readoptions(d, s, i + 1, 0);
         if (s[i] == '[') {
-            size_t e = closing(s, i, '[', ']');
+            size_t e = closing(s, i);
             if (e == std::string::npos) return bad();
             std::string inner = s.substr(i + 1, e - i - 1);
             size_t j = 0;

@@ -23,7 +23,7 @@ namespace korvu {
 
 LogRec log_m;
 int32_t cmdlog_fd = 0;
-char cmdlog_finame[500];
+char cmdlog_finame[FNLEN];
 uint8_t cmdlog_ok = 1;
 static uint8_t cmdlog_status = 0;
 int32_t korvu_log_default = 0;
@@ -175,12 +175,7 @@ void cmdlog_flush() {}
 
 static void cmdlog_line(const char* action) {
     if (s_outlev >= 3) return;
-    uint8_t old = c_outlev;
-    c_outlev = 1;
-    char buf[700];
-    snprintf(buf, sizeof buf, "(cmdlog %s %s)\n", cmdlog_finame, action);
-    spout21(buf);
-    c_outlev = old;
+    spoutlevf(1, "(cmdlog %s %s)\n", cmdlog_finame, action);
 }
 
 static std::string lower_ext(const std::string& f) {
@@ -193,8 +188,8 @@ static std::string lower_ext(const std::string& f) {
 }
 
 static int using_(int iscmdlog) {
-    char fn[500];
-    if (int rc = gettokfn(fn)) return error(rc);
+    char fn[FNLEN];
+    if (int rc = gettokfn(fn, sizeof fn)) return error(rc);
     vable = ifable = oable = 3;
     opable = 0;
     if (int rc = parse()) return rc;

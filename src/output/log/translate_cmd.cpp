@@ -12,6 +12,7 @@
 #include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
@@ -216,12 +217,12 @@ static int feed(Ptl* p, FILE* in) {
 }
 
 int translate_cmd(int kind) {
-    char srcbuf[500], dstbuf[500];
-    if (int rc = gettokfn(srcbuf)) return error(rc);
+    char srcbuf[FNLEN], dstbuf[FNLEN];
+    if (int rc = gettokfn(srcbuf, sizeof srcbuf)) return error(rc);
     dstbuf[0] = 0;
     char* p = peektok_chr();
     if (*p && *p != ',') {
-        if (int rc = gettokfn(dstbuf)) return error(rc);
+        if (int rc = gettokfn(dstbuf, sizeof dstbuf)) return error(rc);
     }
     vable = ifable = oable = 3;
     opable = 0;
