@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "kernel/loop/brk.h"
 
@@ -219,6 +220,43 @@ int spoutptlf(const char* fmt, ...) {
     vsnprintf(outbuf, sizeof outbuf, fmt, ap);
     va_end(ap);
     return spoutptl(outbuf);
+}
+
+} // namespace korvu
+
+namespace korvu {
+
+std::string plainmarkup(const char* text) {
+    std::string out;
+    for (const char* c = text; *c; c++) {
+        if (*c == '{')
+            out += "{c -(}";
+        else if (*c == '}')
+            out += "{c )-}";
+        else
+            out += *c;
+    }
+    return out;
+}
+
+int spoutlev(int level, const char* text) {
+    uint8_t old = c_outlev;
+    c_outlev = static_cast<uint8_t>(level);
+    int rc = spout21(text);
+    c_outlev = old;
+    return rc;
+}
+
+int spoutlevf(int level, const char* fmt, ...) {
+    va_list ap, ap2;
+    va_start(ap, fmt);
+    va_copy(ap2, ap);
+    int n = vsnprintf(nullptr, 0, fmt, ap);
+    va_end(ap);
+    std::string text(n > 0 ? static_cast<size_t>(n) : 0, '\0');
+    if (n > 0) vsnprintf(text.data(), text.size() + 1, fmt, ap2);
+    va_end(ap2);
+    return spoutlev(level, text.c_str());
 }
 
 } // namespace korvu

@@ -2,6 +2,7 @@
 // which applies the output levels and hands the text to the current engine.
 #pragma once
 #include <cstdint>
+#include <string>
 
 #include "output/ptl/ptl.h"
 
@@ -46,6 +47,12 @@ int sysmore();
 
 // printf-style helpers that format into `outbuf` and print at the current level
 int spoutf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+// Text at a level of its own, the caller's level kept: a note at level 1, a
+// remark at level 4 that `quietly` lets through.
+int spoutlev(int level, const char* text);
+// Text to be shown as itself inside markup: the braces escaped.
+std::string plainmarkup(const char* text);
+int spoutlevf(int level, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 int spoutptlf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
 } // namespace korvu

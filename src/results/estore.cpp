@@ -9,6 +9,7 @@
 #include "data/vars/char.h"
 #include "data/vars/vartab.h"
 #include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "kernel/macro/macro.h"
 #include "kernel/parse/cmdparse.h"
@@ -271,19 +272,12 @@ bool issymmatrix(const DenseMat& V) {
 int vcheck(DenseMat& V, const char* label) {
     if (V.rows != V.cols) return 503;
     if (!issymmatrix(V)) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("Warning:  variance matrix is nonsymmetric or highly singular\n");
-        c_outlev = old;
+        errsay("Warning:  variance matrix is nonsymmetric or highly singular\n");
         std::fill(V.x.begin(), V.x.end(), 0.0);
     }
     for (double x : V.x)
         if (x >= misval || std::isnan(x)) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("%s:  matrix has missing values\n", label);
-            c_outlev = old;
-            return 504;
+            return errorf(504, "%s:  matrix has missing values\n", label);
         }
     int k = V.rows;
     for (int i = 0; i < k; ++i)

@@ -31,14 +31,6 @@ uint8_t hastmp_estheld = 0;
 
 namespace {
 
-int msg(const char* text, int rc) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spout21(text);
-    c_outlev = old;
-    return rc;
-}
-
 // "last estimates not found", with its own code 301.
 int noest() {
     error(301);
@@ -50,7 +42,7 @@ bool matrices_ready() {
 }
 
 int mats_notyet() {
-    return msg("matrices not yet available\n", 199);
+    return errtext(199, "matrices not yet available\n");
 }
 
 bool has_eqnames(const DenseMat& b) {
@@ -181,13 +173,13 @@ int epostcmd(int repost) {
     if (hb) {
         if (b.rows != 1) return error(503);
         for (double x : b.x)
-            if (x >= misval) return msg("estimates post:  matrix has missing values\n", 504);
+            if (x >= misval) return errtext(504, "estimates post:  matrix has missing values\n");
     }
     if (hv && (V.rows != V.cols || (hb && V.rows != b.cols))) return error(503);
     if (hc) {
         if (!hb || C.cols != b.cols + 1) return error(503);
         for (double x : C.x)
-            if (x >= misval) return msg("estimates post:  matrix has missing values\n", 504);
+            if (x >= misval) return errtext(504, "estimates post:  matrix has missing values\n");
     }
     if (hb && !hv && !repost) {
         size_t named = 0;
@@ -430,7 +422,7 @@ int holdcmd() {
     }
     if (!nullok && !lastest) return noest();
     if (restore && estrestore)
-        return msg("already exist held estimates for automatic restore\n", 621);
+        return errtext(621, "already exist held estimates for automatic restore\n");
     int slot = -1;
     if (estsystem && !holds[300].status) slot = 300;
     for (int i = 0; slot < 0 && i < 300; ++i)
@@ -495,8 +487,7 @@ int holdwords(const char* word) {
         std::string name = token;
         int i = findhold(name.c_str());
         if (i < 0) {
-            c_outlev = 3;
-            spout21("estimates ");
+            errsay("estimates ");
             return error2(5, name.c_str());
         }
         gettok(prsestd);
@@ -505,9 +496,8 @@ int holdwords(const char* word) {
             if (!cmdcmp(token, "not", 3)) return error(198);
             if (gettok(prsestd)[0]) return error(198);
             if (!holds[i].autolevel) {
-                c_outlev = 3;
-                spoutf("estimates %s not preserved with restore option\n", name.c_str());
-                return 198;
+                return errorf(198, "estimates %s not preserved with restore option\n",
+                              name.c_str());
             }
             holds[i].autolevel = 0;
             estrestore = 0;
@@ -529,9 +519,7 @@ int holdwords(const char* word) {
             }
             int i = findhold(token);
             if (i < 0) {
-                c_outlev = 3;
-                spoutf("estimates %s not found\n", token);
-                return 111;
+                return errorf(111, "estimates %s not found\n", token);
             }
             flag[i] = 1;
         }
@@ -638,9 +626,7 @@ int _returncmd(int) {
         if (name.empty() || chkname(name.c_str(), 0)) return error(198);
         if (gettok(prsestd)[0]) return error(198);
         if (dmfind0(name.c_str(), DM_HELDRET)) {
-            c_outlev = 3;
-            spoutf("_return %s already exists\n", name.c_str());
-            return 110;
+            return errorf(110, "_return %s already exists\n", name.c_str());
         }
         bool used[10] = {};
         for (void* it = dmnext(nullptr, nullptr, DM_HELDRET, nullptr); it;
@@ -648,7 +634,7 @@ int _returncmd(int) {
             if (dmtag(it) >= 0 && dmtag(it) < 10) used[dmtag(it)] = true;
         int j = 0;
         while (j < 10 && used[j]) ++j;
-        if (j == 10) return msg("too many _returns held\n", 1000);
+        if (j == 10) return errtext(1000, "too many _returns held\n");
         if (retval_internal_to_dynamic()) return error(950);
         if (!dmadd(name.c_str(), DM_HELDRET, j, 1)) return error(950);
         if (retval_flag & 2)
@@ -664,9 +650,7 @@ int _returncmd(int) {
         std::string name = token;
         void* it = name.empty() ? nullptr : dmfind0(name.c_str(), DM_HELDRET);
         if (!it) {
-            c_outlev = 3;
-            spoutf("_return %s not found\n", name.c_str());
-            return 111;
+            return errorf(111, "_return %s not found\n", name.c_str());
         }
         bool keep = false;
         gettok(prsestd);
@@ -714,9 +698,7 @@ int _returncmd(int) {
         }
         void* it = dmfind0(name.c_str(), DM_HELDRET);
         if (!it) {
-            c_outlev = 3;
-            spoutf("_return %s not found\n", name.c_str());
-            return 111;
+            return errorf(111, "_return %s not found\n", name.c_str());
         }
         drop_hret(it);
         return 0;

@@ -214,9 +214,7 @@ int listnames(int cls) {
     for (auto& n : names) {
         if (n == "_all") return error(198);
         if (gretval_find(cls, n.c_str()) == RF_ABSENT) {
-            c_outlev = 3;
-            spoutf("%c(%s) not found\n", t.letter, n.c_str());
-            return 111;
+            return errorf(111, "%c(%s) not found\n", t.letter, n.c_str());
         }
     }
     for (auto& n : names) {

@@ -62,9 +62,8 @@ int set_more() {
         if (!cmdcmp(token, "permanently", 4)) return error(198);
         perm = true;
         if (v > 1) {
-            c_outlev = 3;
-            spout21("old syntax -set more #- may not be combined with permanent option\n");
-            return 198;
+            return errtext(198,
+                           "old syntax -set more #- may not be combined with permanent option\n");
         }
     } else if (token[0]) {
         return error(198);
@@ -491,10 +490,7 @@ int setcmd(int) {
             if (!std::strcmp(r.word, "seed") && vernum <= 319) break;
             return r.fn();
         }
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf("set %s not allowed: no such setting\n", word.c_str());
-    return 198;
+    return errorf(198, "set %s not allowed: no such setting\n", word.c_str());
 }
 
 int query(int) {

@@ -161,19 +161,13 @@ static int showtext(const std::string& text, int depth) {
 static int showfile(const std::string& path, int depth) {
     std::string text;
     if (!readfile(path, &text, 0)) {
-        c_outlev = 3;
-        spoutf("file %s could not be read\n", path.c_str());
-        return 603;
+        return errorf(603, "file %s could not be read\n", path.c_str());
     }
     return showtext(text, depth);
 }
 
 static void notfound(const std::string& name, bool rform) {
-    c_outlev = 3;
-    spout_setcoloroflev();
-    spoutptl("help for {hilite:");
-    spout21(name.c_str());
-    spoutptl("} not found\n");
+    errptl(111, ("help for {hilite:" + plainmarkup(name.c_str()) + "} not found\n").c_str());
     c_outlev = 1;
     spout_setcoloroflev();
     if (!rform && topicok(name)) {
@@ -217,9 +211,7 @@ int ashelp(const char* given, int quiet) {
     c_outlev = 1;
     if (c_outlev < s_outlev || !ptl_cur) return 0;
     if (help_busy > 2) {
-        c_outlev = 3;
-        spout21("help system busy -- cannot complete request\n");
-        return 1;
+        return errtext(1, "help system busy -- cannot complete request\n");
     }
     help_busy++;
     ptlptagsetweak(ptl_cur);
@@ -343,9 +335,7 @@ int searchcmd(int) {
         if (!w.empty()) words.push_back(w);
     }
     if (words.empty()) {
-        c_outlev = 3;
-        spout21("nothing to search for\n");
-        return 198;
+        return errtext(198, "nothing to search for\n");
     }
     std::vector<HelpEntry> all;
     collect(&all);

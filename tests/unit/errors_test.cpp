@@ -36,3 +36,37 @@ TEST(Errors, TextAndFormattedMessagesKeepTheLevel) {
     s_outlev = 0;
     c_outlev = 0;
 }
+
+TEST(Errors, SiblingsWithoutCodeMarkupAndNotes) {
+    CapturedOutput out;
+    c_outlev = 0;
+    s_outlev = 3; // quietly: errors pass, notes do not
+    errsay("in option by()\n");
+    errsayf("%s:  too %s names specified\n", "x", "few");
+    EXPECT_EQ(c_outlev, 0);
+    // markup at the error level: the link shows as its text, braces given as
+    // plain text stay braces
+    EXPECT_EQ(errptl(111, ("help for {hilite:" + plainmarkup("a{b}") + "} not found\n").c_str()),
+              111);
+    spoutlev(1, "(note: hidden)\n");
+    EXPECT_EQ(spoutlevf(4, "(error occurred while loading %s.%s)\n", "myprog", "ado"), 0);
+    EXPECT_EQ(c_outlev, 0);
+    EXPECT_EQ(out.take(), "in option by()\nx:  too few names specified\nhelp for a{b} not found\n"
+                          "(error occurred while loading myprog.ado)\n");
+    // under capture (threshold 5) nothing at all, and the level still kept
+    s_outlev = 5;
+    EXPECT_EQ(errtext(198, "invalid syntax\n"), 198);
+    spoutlev(4, "echo\n");
+    EXPECT_EQ(out.take(), "");
+    s_outlev = 0;
+    spoutlev(1, "(file a.log written)\n");
+    EXPECT_EQ(out.take(), "(file a.log written)\n");
+    EXPECT_EQ(c_outlev, 0);
+}
+
+TEST(Errors, FileNameTooLongIsInvalidSyntaxWithItsOwnText) {
+    CapturedOutput out;
+    EXPECT_EQ(error(7199), 198);
+    EXPECT_EQ(error(7197), 198);
+    EXPECT_EQ(out.take(), "file name too long\ninvalid file specification\n");
+}

@@ -124,16 +124,20 @@ TEST_F(Expr, RoundingOfSplitOrder) {
 
 // ---- compiled shapes and the isolation of text ---------------------------------------
 
-TEST_F(Expr, SubscriptCodeShape) {
-    data(3);
-    ASSERT_EQ(comp("x[_n-1]"), 0);
-    // _n, constant 1, minus, then the subscripted load of x
-    ASSERT_EQ(obj.code_end, 5);
-    EXPECT_EQ(obj.code[0], 76);
-    EXPECT_EQ(obj.code[1], 21);
-    EXPECT_EQ(obj.code[3], 10);
-    EXPECT_EQ(obj.code[4], 75);
-    EXPECT_EQ(obj.code[5], 1);
+TEST_F(Expr, SubscriptsReadOtherObservations) {
+    data(3); // x = 1, 2, 3
+    // a subscript outside 1.._N gives missing, inside the value there
+    const double lag[] = {dot, 1, 2}, lead[] = {2, 3, dot};
+    for (int i = 1; i <= 3; i++) {
+        EXPECT_TRUE(same(val("x[_n-1]", i), lag[i - 1])) << i;
+        EXPECT_TRUE(same(val("x[_n+1]", i), lead[i - 1])) << i;
+        EXPECT_EQ(val("x[1] + x[_N]", i), 4);
+        EXPECT_TRUE(same(val("x[0]", i), dot));
+        EXPECT_TRUE(same(val("x[4]", i), dot));
+        // the subscript is itself an expression over the observation
+        EXPECT_EQ(val("x[_N - _n + 1]", i), 4 - i);
+        EXPECT_EQ(sval("s[_N - _n + 1]", i), "s" + std::to_string(4 - i));
+    }
 }
 
 TEST_F(Expr, TextEndsAtKeywordsCommasAndBrackets) {
@@ -398,6 +402,35 @@ TEST_F(Expr, BlocksGiveTheSameBitsAsSingleObservations) {
         checked++;
     }
     EXPECT_GT(checked, 300);
+    // and both against values worked out here from the stored cells: a sum is
+    // missing when a term is, a comparison of a missing value counts it as
+    // larger than any number, abs keeps missing
+    struct Ref {
+        const char* text;
+        double (*f)(double x, double f, double l, double b);
+    };
+    static const Ref refs[] = {
+        {"x + l",
+         [](double x, double, double l, double) { return x >= dot || l >= dot ? dot : x + l; }},
+        {"b * 2 - x",
+         [](double x, double, double, double b) { return x >= dot ? dot : b * 2 - x; }},
+        {"x > 10", [](double x, double, double, double) { return x > 10 ? 1.0 : 0.0; }},
+        {"abs(b) + (f < .)",
+         [](double, double f, double, double b) {
+             return b >= dot ? dot : std::fabs(b) + (f < dot ? 1 : 0);
+         }},
+    };
+    ranges(1, n, 1, n);
+    for (const Ref& r : refs) {
+        ASSERT_EQ(comp(r.text, 0), 0) << r.text;
+        xeqblock(&obj, 1, n, blk.data());
+        for (int i = 1; i <= n; i++) {
+            double want =
+                r.f(korvu_data(1, i), korvu_data(2, i), korvu_data(3, i), korvu_data(4, i));
+            ASSERT_TRUE(same(xeq(&obj, i), want)) << r.text << " at " << i;
+            ASSERT_TRUE(same(blk[i - 1], want)) << r.text << " at " << i;
+        }
+    }
     // string programs go one observation at a time in xeqblock
     ASSERT_EQ(comp("length(s) + x", 0), 0);
     xeqblock(&obj, 1, n, blk.data());

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
+#include "kernel/loop/scratch.h"
 #include "kernel/parse/gettok.h"
 
 using namespace korvu;
@@ -175,4 +177,55 @@ TEST(Tokenizer, Cmdcmp) {
     uint64_t h = 0;
     for (char c : std::string("a much longer line of text to hash")) h = (h * 31 + c) & 0xffffffffu;
     EXPECT_EQ(cmdhash("a much longer line of text to hash"), h % 1997333137u);
+}
+
+// File names: whole up to the one file-name length, refused (never cut) when
+// they do not fit the caller's buffer.
+TEST(Tokenizer, FileNamesAreNeverCut) {
+    static char line[3 * FNLEN];
+    char dst[FNLEN];
+    auto setline = [&](const std::string& s) {
+        snprintf(line, sizeof line, "%s", s.c_str());
+        settok(line);
+    };
+    std::string d600 = "/tmp/" + std::string(595, 'd'); // 600 characters
+    setline(d600 + "/x.dta, replace");
+    ASSERT_EQ(gettokfn(dst, sizeof dst), 0);
+    EXPECT_EQ(std::string(dst), d600 + "/x.dta");
+    EXPECT_EQ(std::string(gettok(prsestd)), ",");
+    // quoted, with blanks
+    setline("\"" + std::string(700, 'q') + " r.do\" x");
+    ASSERT_EQ(gettokfn(dst, sizeof dst), 0);
+    EXPECT_EQ(std::string(dst), std::string(700, 'q') + " r.do");
+    EXPECT_EQ(std::string(gettok(prsestd)), "x");
+    // a buffer of 10 bytes takes 9 characters, and no more
+    char small[10];
+    setline("abcdefghi");
+    EXPECT_EQ(gettokfn(small, sizeof small), 0);
+    EXPECT_STREQ(small, "abcdefghi");
+    setline("abcdefghij");
+    EXPECT_EQ(gettokfn(small, sizeof small), 7199);
+    EXPECT_STREQ(small, "");
+    // the longest name the system takes is FNLEN - 1 characters
+    setline(std::string(FNLEN - 1, 'f'));
+    EXPECT_EQ(gettokfn(dst, sizeof dst), 0);
+    EXPECT_EQ(strlen(dst), FNLEN - 1);
+    setline(std::string(FNLEN, 'f') + " y");
+    EXPECT_EQ(gettokfn(dst, sizeof dst), 7199);
+    setline("\"" + std::string(FNLEN + 5, 'f') + "\"");
+    EXPECT_EQ(gettokfn(dst, sizeof dst), 7199);
+    // no name: the end, a comma, a close parenthesis, an empty string
+    for (const char* s : {"", ", replace", ") x", "\"\""}) {
+        setline(s);
+        EXPECT_EQ(gettokfn(dst, sizeof dst), 7197) << s;
+    }
+    // after a refusal for want of a name the comma is still the token
+    setline(", replace");
+    gettokfn(dst, sizeof dst);
+    EXPECT_STREQ(token, ",");
+    // a pushed-back token is taken as the name
+    setline("b.dta");
+    pushtok("a.dta");
+    EXPECT_EQ(gettokfn(dst, sizeof dst), 0);
+    EXPECT_STREQ(dst, "a.dta");
 }

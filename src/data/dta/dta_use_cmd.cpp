@@ -34,10 +34,6 @@ static int takeopts(UseOpts& o) {
     return 0;
 }
 
-static int badfilespec() {
-    return error(7197);
-}
-
 // Parses the line against a borrowed variable table (the file's names).
 struct Borrow {
     char* vl;
@@ -64,13 +60,13 @@ static int parse_sub(const TokPos& start) {
 
 static int use_sub(const TokPos& start) {
     // the file name first: the varlist is read against the file's names
-    char fn[500] = {};
+    char fn[FNLEN] = {};
     for (;;) {
         gettok(prsestd);
         if (!token[0]) return required("using");
         if (!tokisstr(token) && tokis(token, "using")) break;
     }
-    if (gettokfn(fn)) return badfilespec();
+    if (int rc = gettokfn(fn, sizeof fn)) return error(rc);
     std::string file = dflttype(fn);
     DtaNames N;
     if (int rc = dta_readnames(file.c_str(), N)) return rc;
@@ -120,8 +116,8 @@ int usecmd(int) {
     }
     resettok(&start);
     if (sub) return use_sub(start);
-    char fn[500] = {};
-    if (gettokfn(fn)) return badfilespec();
+    char fn[FNLEN] = {};
+    if (int rc = gettokfn(fn, sizeof fn)) return error(rc);
     gettok(prsestd);
     if (token[0]) {
         if (!tokis(token, ",")) return error(198);

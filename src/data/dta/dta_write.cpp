@@ -257,8 +257,9 @@ int syssave(const char* fname, const SaveOpts& o) {
 int savecmd(int) {
     opable = 0;
     noptn = 0;
-    char fn[500] = {};
-    int rc = gettokfn(fn);
+    char fn[FNLEN] = {};
+    int rc = gettokfn(fn, sizeof fn);
+    if (rc == 7199) return error(rc);
     bool opts = false;
     if (rc) {
         if (tokis(token, ","))

@@ -58,12 +58,7 @@ int vlable(int report, double x) {
     } else if (x >= minlong && x <= maxlong && x == std::trunc(x)) {
         return 0;
     }
-    if (report) {
-        c_outlev = 3;
-        spout21("may not label ");
-        spout21(safereforms("%18.0g", x));
-        spout21("\n");
-    }
+    if (report) errsayf("may not label %s\n", safereforms("%18.0g", x));
     return 198;
 }
 

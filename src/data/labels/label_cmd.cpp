@@ -19,6 +19,7 @@
 #include "data/vars/vartab.h"
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
@@ -107,10 +108,8 @@ static int label_define() {
     for (size_t i = 1; i < a.w.size(); i += 2) {
         double x;
         if (tokisstr(a.w[i].c_str()) || cnvstoz(a.w[i].c_str(), &x)) {
-            c_outlev = 3;
-            spoutf("'%s' invalid\n",
-                   tokisstr(a.w[i].c_str()) ? a.w[i].c_str() + 1 : a.w[i].c_str());
-            return 198;
+            return errorf(198, "'%s' invalid\n",
+                          tokisstr(a.w[i].c_str()) ? a.w[i].c_str() + 1 : a.w[i].c_str());
         }
         if (i + 1 >= a.w.size()) return error(198);
         if (int rc = vlable(1, x)) return rc;
@@ -122,20 +121,16 @@ static int label_define() {
         dmrm(t);
         t = nullptr;
     } else if (t && !add) {
-        c_outlev = 3;
-        spoutf("%s already defined\n", name.c_str());
-        return 110;
+        return errorf(110, "%s already defined\n", name.c_str());
     }
     if (!t && !(t = vlallocate(name.c_str(), 0, 0))) return vlreport(vl_error);
     for (auto& [x, text] : pairs) {
         int at = vlfindval(t, nullptr, 0, x);
         if (at >= 0) {
             if (!modify) {
-                c_outlev = 3;
-                spoutf("label %s already has a value %s\ninvalid attempt to modify label\n",
-                       name.c_str(),
-                       safereforms("%18.0g", x) + strspn(safereforms("%18.0g", x), " "));
-                return 180;
+                return errorf(
+                    180, "label %s already has a value %s\ninvalid attempt to modify label\n",
+                    name.c_str(), safereforms("%18.0g", x) + strspn(safereforms("%18.0g", x), " "));
             }
             if (!(t = vlrmlab(t, at))) return vlreport(vl_error);
             if (text.empty()) continue;
@@ -186,9 +181,7 @@ static int label_values() {
     if (int rc = varlist_of(vl, vars)) return rc;
     for (int v : vars)
         if (!isnumtype(typlist[v - 1])) {
-            c_outlev = 3;
-            spout21("may not label strings\n");
-            return 181;
+            return errtext(181, "may not label strings\n");
         }
     for (int v : vars) {
         std::memset(lblname(v), 0, NAMELEN1);
@@ -301,9 +294,7 @@ static int label_copy() {
     if (a.w[0] == a.w[1]) return 0;
     if (vlfind(a.w[1].c_str())) {
         if (!replace) {
-            c_outlev = 3;
-            spoutf("label %s already defined\n", a.w[1].c_str());
-            return 110;
+            return errorf(110, "label %s already defined\n", a.w[1].c_str());
         }
         dmrm(vlfind(a.w[1].c_str()));
     }
@@ -322,8 +313,8 @@ static int label_save() {
         if (tokis(token, "using")) break;
         names.emplace_back(token);
     }
-    char fn[500];
-    if (gettokfn(fn)) return required("using");
+    char fn[FNLEN];
+    if (int rc = gettokfn(fn, sizeof fn)) return rc == 7199 ? error(rc) : required("using");
     gettok(prsestd);
     if (token[0]) {
         if (!tokis(token, ",")) return error(198);
@@ -370,9 +361,7 @@ int labelcmd(int) {
     if (cmdcmp(sub.c_str(), "copy", 4)) return label_copy();
     if (cmdcmp(sub.c_str(), "save", 4)) return label_save();
     if (cmdcmp(sub.c_str(), "language", 4)) return label_language_cmd();
-    c_outlev = 3;
-    spoutf("invalid syntax\n");
-    return 198;
+    return errtext(198, "invalid syntax\n");
 }
 
 } // namespace korvu

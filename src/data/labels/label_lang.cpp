@@ -79,25 +79,16 @@ int mll_langexists(const char* name) {
 // mustexist: 1 the language must exist, 0 it must not, -1 either.
 int mll_chkname(const char* name, int mustexist, int report) {
     if (!*name || std::strlen(name) > MLL_NAMEMAX || chkname(name, 0)) {
-        if (report) {
-            c_outlev = 3;
-            spoutf("%s invalid language name\n", name);
-        }
+        if (report) errsayf("%s invalid language name\n", name);
         return 198;
     }
     int ex = mll_langexists(name);
     if (mustexist == 0 && ex) {
-        if (report) {
-            c_outlev = 3;
-            spoutf("language %s already exists\n", name);
-        }
+        if (report) errsayf("language %s already exists\n", name);
         return 110;
     }
     if (mustexist == 1 && !ex) {
-        if (report) {
-            c_outlev = 3;
-            spoutf("language %s not defined\n", name);
-        }
+        if (report) errsayf("language %s not defined\n", name);
         return 111;
     }
     return 0;
@@ -253,14 +244,10 @@ int label_language_cmd() {
     int del = findopt("delete", 3, 0), copy = findopt("copy", 4, 0);
     if (int rc = chkopt()) return rc;
     if (isnew + ren + del > 1) {
-        c_outlev = 3;
-        spout21("options -delete-, -new-, and -rename- may be not be combined\n");
-        return 198;
+        return errtext(198, "options -delete-, -new-, and -rename- may be not be combined\n");
     }
     if (copy && !isnew) {
-        c_outlev = 3;
-        spout21("option -copy- may only be specified with option -new-\n");
-        return 198;
+        return errtext(198, "option -copy- may only be specified with option -new-\n");
     }
     char cur[33];
     mll_current(cur);
@@ -272,9 +259,7 @@ int label_language_cmd() {
     if (isnew) {
         if (int rc = mll_chkname(name.c_str(), 0, 1)) return rc;
         if (static_cast<int>(langs().size()) >= MLL_MAXLANG) {
-            c_outlev = 3;
-            spout21("cannot create new language; too many languages\n");
-            return 198;
+            return errtext(198, "cannot create new language; too many languages\n");
         }
         auto l = langs();
         if (mlc_post(cur)) return error(950);
@@ -296,10 +281,8 @@ int label_language_cmd() {
         if (int rc = mll_chkname(name.c_str(), 1, 1)) return rc;
         auto l = langs();
         if (l.size() == 1) {
-            c_outlev = 3;
-            spoutf("%s is the only language defined;", name.c_str());
-            spout21(" it may not be deleted\n");
-            return 198;
+            return errorf(198, "%s is the only language defined; it may not be deleted\n",
+                          name.c_str());
         }
         if (name == cur) {
             std::string other = l[0] == name ? l[1] : l[0];

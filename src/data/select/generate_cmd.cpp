@@ -9,6 +9,7 @@
 #include "data/area/dataarea.h"
 #include "data/area/storage.h"
 #include "data/expr/expr.h"
+#include "data/sort/bystate.h"
 #include "data/sort/sort.h"
 #include "data/vars/varlist.h"
 #include "data/vars/vartab.h"
@@ -24,7 +25,6 @@
 namespace korvu {
 
 uint8_t deftype = KV_FLOAT;
-extern int32_t bynvaronexit;
 
 bool selobs(int i) {
     return !ifclause || xeq(&ifpgm, i) != 0;

@@ -5,8 +5,11 @@
 
 namespace korvu {
 
-extern int32_t bynvaronexit; // nvar to go back to when the by-run ends; -1 none
-extern int32_t by_index;     // group number of the running by, from 1
+extern int32_t byvar;         // 0 none, 1 first by-group, 2 later groups
+extern int32_t lastby;        // 1 on the last by-group (and outside a by)
+extern int32_t bynvaronexit;  // nvar to go back to when the by-run ends; -1 none
+extern int32_t by_index;      // group number of the running by, from 1
+extern uint8_t in_byable_ado; // a by-able program is running under by
 
 // The 16-byte by context handed to a program: pbs_msg is what the by-driver
 // sends, pbs_sys what the running program holds (saved per frame).

@@ -197,9 +197,7 @@ static int getcharspec(const char*& p, std::string& obj, std::string& name, bool
     if (c.empty()) {
         if (!allow_empty_name) return error(198);
     } else if (c.size() > 32 || chkname(c.c_str(), 0)) {
-        c_outlev = 3;
-        spoutf("%s invalid name\n", c.c_str());
-        return 198;
+        return errorf(198, "%s invalid name\n", c.c_str());
     }
     obj = o, name = c;
     p = rb + 1;
@@ -276,9 +274,7 @@ int charcmd(int) {
             if (from == obj) moved.emplace_back(name, text);
         for (auto& [n, t] : moved) {
             if (charfind(to.c_str(), n.c_str(), nullptr)) {
-                c_outlev = 3;
-                spoutf("%s[%s] already exists\n", to.c_str(), n.c_str());
-                return 110;
+                return errorf(110, "%s[%s] already exists\n", to.c_str(), n.c_str());
             }
         }
         for (auto& [n, t] : moved) {

@@ -35,16 +35,8 @@ Recipe recipeheap[RECIPEHEAP];
 int32_t recipeheap_next = 0;
 int32_t rcp_tvar = 0, rcp_ivar = 0;
 
-static void errline(const char* text) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spout21(text);
-    c_outlev = old;
-}
-
 static int invalidvarlist() {
-    errline("invalid varlist\n");
-    return 198;
+    return errtext(198, "invalid varlist\n");
 }
 
 // ---------------------------------------------------------------------------
@@ -115,7 +107,7 @@ Recipe* rcpinsert(const Recipe* r, int* rc) {
     for (int k = 0; k < recipeheap_next; k++)
         if (!memcmp(&recipeheap[k], r, sizeof(Recipe))) return &recipeheap[k];
     if (recipeheap_next >= RECIPEHEAP) {
-        errline("too many time-series operators\n");
+        errsay("too many time-series operators\n");
         *rc = 1000;
         return nullptr;
     }
@@ -127,8 +119,7 @@ int rcpxeqinit() {
     const char* t = charget_hook ? charget_hook("_dta", "_TStvar") : nullptr;
     rcp_tvar = rcp_ivar = 0;
     if (!t || !*t) {
-        errline("time variable not set\n");
-        return 111;
+        return errtext(111, "time variable not set\n");
     }
     if (!(rcp_tvar = sysfindvar(t))) return varnotfound(t);
     const char* p = charget_hook("_dta", "_TSpanel");
@@ -256,8 +247,7 @@ static void ensure_newstore() {
 
 static int additem(int v, Recipe* r) {
     if (lnvar >= maxmaxvar) {
-        errline("too many variables specified\n");
-        return 103;
+        return errtext(103, "too many variables specified\n");
     }
     varlist_vr[lnvar] = v;
     if (varlist_rcp) varlist_rcp[lnvar] = VarRcp{r, v};
@@ -273,8 +263,7 @@ void allvarlist() {
 
 static int addnew(const char* name, int type) {
     if (lnvar >= maxmaxvar) {
-        errline("too many variables specified\n");
-        return 103;
+        return errtext(103, "too many variables specified\n");
     }
     if (int rc = chkname(name, 1)) return rc;
     snprintf(newvarname[lnvar], 33, "%s", name);
@@ -356,8 +345,7 @@ static int existingitem(const char* t, const char* delims, std::vector<int>* out
         int b = genfindvar(token);
         if (b < 0) return -b;
         if (b < a) {
-            errline("Variables out of order\n");
-            return 198;
+            return errtext(198, "Variables out of order\n");
         }
         for (int v = a; v <= b; v++) out->push_back(v);
         return 0;
@@ -377,11 +365,8 @@ static int rcpitem(const std::string& op, int v) {
     if (int rc = rcpnormalize(&r, op.c_str())) return rc;
     if (rcpiszero(&r)) return additem(v, nullptr);
     if (isstrtype(typlist[v - 1])) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s:  may not use time-series operators on string variables\n", varname(v));
-        c_outlev = old;
-        return 109;
+        return errorf(109, "%s:  may not use time-series operators on string variables\n",
+                      varname(v));
     }
     int rc;
     Recipe* p = rcpinsert(&r, &rc);
@@ -405,8 +390,7 @@ static int opnumlist(const std::string& letters, std::vector<std::string>* ops) 
         double a, b;
         if (!token[0] || tokisstr(token) || cnvstoz(token, &a) || a != static_cast<long>(a) ||
             a < 0 || a > 1e6) {
-            errline("numlist in operator invalid\n");
-            return 198;
+            return errtext(198, "numlist in operator invalid\n");
         }
         b = a;
         TokPos at;
@@ -415,8 +399,7 @@ static int opnumlist(const std::string& letters, std::vector<std::string>* ops) 
         if (tokis(token, "/")) {
             gettok(prsenum);
             if (cnvstoz(token, &b) || b != static_cast<long>(b) || b < a || b > 1e6) {
-                errline("numlist in operator invalid\n");
-                return 198;
+                return errtext(198, "numlist in operator invalid\n");
             }
         } else {
             resettok(&at);
@@ -424,13 +407,11 @@ static int opnumlist(const std::string& letters, std::vector<std::string>* ops) 
         for (long k = static_cast<long>(a); k <= static_cast<long>(b); k++)
             ops->push_back(letters + std::to_string(k));
         if (ops->size() > 1000) {
-            errline("numlist in operator invalid\n");
-            return 198;
+            return errtext(198, "numlist in operator invalid\n");
         }
     }
     if (ops->empty()) {
-        errline("numlist in operator invalid\n");
-        return 198;
+        return errtext(198, "numlist in operator invalid\n");
     }
     return 0;
 }
@@ -512,8 +493,7 @@ static int newlist(const char* delims) {
             if (!stemnum(t, &s1, &a) || !stemnum(e, &s2, &b) || s1 != s2 || s1.empty())
                 return invalidvarlist();
             if (b < a) {
-                errline("Variables out of order\n");
-                return 198;
+                return errtext(198, "Variables out of order\n");
             }
             if (b - a >= maxmaxvar) return error(103);
             for (long k = a; k <= b; k++) {
@@ -557,8 +537,7 @@ int ssvlist(const char* delims, int isnew) {
         }
         if (t == "_all") {
             if (nvar == 0) {
-                errline("no variables defined\n");
-                return 111;
+                return errtext(111, "no variables defined\n");
             }
             for (int v = 1; v <= nvar; v++)
                 if (!ispatexempt(v))
@@ -677,8 +656,7 @@ int revar(int) {
     int subst = findopt("substitute", 3, 0);
     if (int rc = chkopt()) return rc;
     if (list && subst) {
-        errline("options list and substitute may not be combined\n");
-        return 198;
+        return errtext(198, "options list and substitute may not be combined\n");
     }
     std::string out;
     std::vector<int> seen;

@@ -22,23 +22,11 @@
 
 namespace korvu {
 
-static int errmsg(const char* text, int rc) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spout21(text);
-    c_outlev = old;
-    return rc;
-}
-
 // The end of the line, naming a word left over.
 static int endofline_named() {
     gettok(prsestd);
     if (!token[0]) return 0;
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf("'%s' invalid\n", tokisstr(token) ? token + 1 : token);
-    c_outlev = old;
-    return 198;
+    return errorf(198, "'%s' invalid\n", tokisstr(token) ? token + 1 : token);
 }
 
 // ---------------------------------------------------------------------------
@@ -187,16 +175,11 @@ int formatcmd(int) {
         char slot[FMTLEN1];
         FmtDesc d;
         if (setvarfmt(slot, fmt.c_str(), typlist[v - 1])) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
             bool isstr = isstrtype(typlist[v - 1]);
             if (!chkfmt(fmt.c_str(), isstr ? 11 : 2, &d))
-                spoutf("%s:  format %s not allowed for %s variable\n", varname(v), fmt.c_str(),
-                       isstrtype(typlist[v - 1]) ? "string" : "numeric");
-            else
-                spoutf("%s invalid %%format\n", fmt.c_str());
-            c_outlev = old;
-            return 120;
+                return errorf(120, "%s:  format %s not allowed for %s variable\n", varname(v),
+                              fmt.c_str(), isstr ? "string" : "numeric");
+            return errorf(120, "%s invalid %%format\n", fmt.c_str());
         }
     }
     for (int32_t v : list) setvarfmt(fmtname(v), fmt.c_str(), typlist[v - 1]);
@@ -210,17 +193,14 @@ int set_obs() {
     gettok(prsenum);
     double x;
     if (!token[0] || tokisstr(token) || cnvstoz(token, &x) || x != std::floor(x) || x < 0)
-        return errmsg("set obs requires a nonnegative whole number of observations\n", 198);
+        return errtext(198, "set obs requires a nonnegative whole number of observations\n");
     if (int rc = endofline_named()) return rc;
     // a count past what the observation table can number never fits
     if (x > 2147483646.0) return dataarea_error(901);
     const int32_t n = static_cast<int32_t>(x);
     if (n < nobs) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("observations must be %d or more: set obs does not drop observations\n", nobs);
-        c_outlev = old;
-        return 198;
+        return errorf(198, "observations must be %d or more: set obs does not drop observations\n",
+                      nobs);
     }
     if (n == nobs) return 0;
     if (n > maxobs) {
@@ -250,7 +230,7 @@ int set_varabbrev() {
     else if (tokis(token, "off"))
         on = 0;
     else
-        return errmsg("set varabbrev on or off\n", 198);
+        return errtext(198, "set varabbrev on or off\n");
     gettok(prsestd);
     if (tokis(token, ",")) { // permanently: no preference store for it yet
         gettok(prsestd);

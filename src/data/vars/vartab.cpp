@@ -39,11 +39,7 @@ int chkname(const char* name, int report) {
     if (ok) return 0;
     if (!report) return 198;
     if (!n) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("nothing found where name expected\n");
-        c_outlev = old;
-        return 198;
+        return errtext(198, "nothing found where name expected\n");
     }
     return error2(1, name);
 }
@@ -54,11 +50,7 @@ int chkreserved(const char* name) {
                                                "_rc",    "_pi", "byte"};
     for (const char* r : reserved)
         if (!strcmp(r, name)) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("%s invalid name (reserved word)\n", name);
-            c_outlev = old;
-            return 198;
+            return errorf(198, "%s invalid name (reserved word)\n", name);
         }
     return 0;
 }
@@ -115,12 +107,7 @@ int wildmatch(const char* p, const char* n) {
 int genfindvar(const char* name) {
     if (!strchr(name, '~')) return korvu_findvar(name, 1, 0);
     if (strpbrk(name, "*?")) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s ", name);
-        spout21("may not combine ~ and *-or-? notation\n");
-        c_outlev = old;
-        return -198;
+        return -errorf(198, "%s may not combine ~ and *-or-? notation\n", name);
     }
     char pat[40];
     snprintf(pat, sizeof pat, "%s", name);
@@ -153,11 +140,7 @@ int addvar(const char* name, int code) {
     if (chkreserved(name)) return 198;
     if (!strncmp(name, "str", 3) && name[3] >= '1' && name[3] <= '9' &&
         strspn(name + 3, "0123456789") == strlen(name + 3)) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s invalid variable name\n", name);
-        c_outlev = old;
-        return 198;
+        return errorf(198, "%s invalid variable name\n", name);
     }
     int v = korvu_findvar(name, 10, 1);
     if (v < 0) return -v;

@@ -12,6 +12,7 @@
 #include "data/vars/char.h"
 #include "data/vars/varcmds.h"
 #include "kernel/cmds/syscmds.h"
+#include "kernel/errors/errors.h"
 #include "kernel/flow/flow.h"
 #include "kernel/loop/limits.h"
 #include "kernel/macro/macro.h"
@@ -330,12 +331,7 @@ const char* findbyablebuiltin(const char* word) {
 }
 
 int notyet(const char* word) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    char buf[128];
-    snprintf(buf, sizeof buf, "command %s not yet available\n", word);
-    spout21(buf);
-    return 199;
+    return errorf(199, "command %s not yet available\n", word);
 }
 
 int run_builtin(const Builtin* b) {

@@ -28,6 +28,7 @@
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/loop/startup.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -47,8 +48,8 @@ static int readint(int* out) {
 // ---- files and the operating system -----------------------------------------
 
 // The rest of the line as one file name, quotes removed.
-static int restname(char* dst) {
-    if (int rc = gettokfn(dst)) return error(rc);
+static int restname(char* dst) { // dst of FNLEN bytes
+    if (int rc = gettokfn(dst, FNLEN)) return error(rc);
     return 0;
 }
 
@@ -64,7 +65,7 @@ int pwdcmd(int) {
 
 int cdcmd(int) {
     char* p = peektok_chr();
-    char dir[500];
+    char dir[FNLEN];
     if (!*p) {
         const char* home = getenv("HOME");
         snprintf(dir, sizeof dir, "%s", home ? home : "/");
@@ -78,10 +79,7 @@ int cdcmd(int) {
         d = std::string(home ? home : "") + d.substr(1);
     }
     if (chdir(d.c_str())) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("unable to change to %s\n", dir);
-        return 170;
+        return errorf(170, "unable to change to %s\n", dir);
     }
     return pwdcmd(0);
 }
@@ -125,7 +123,7 @@ int sleepcmd(int) {
 }
 
 int typecmd(int) {
-    char name[500];
+    char name[FNLEN];
     if (int rc = restname(name)) return rc;
     if (int rc = endofline()) return rc;
     FILE* f = fopen(name, "rb");
@@ -144,7 +142,7 @@ int typecmd(int) {
 }
 
 int dircmd(int) {
-    char pattern[500] = "*";
+    char pattern[FNLEN] = "*";
     if (*peektok_chr()) {
         if (int rc = restname(pattern)) return rc;
         struct stat st;
@@ -182,7 +180,7 @@ int dircmd(int) {
 }
 
 int erasecmd(int) {
-    char name[500];
+    char name[FNLEN];
     if (int rc = restname(name)) return rc;
     if (int rc = endofline()) return rc;
     struct stat st;
@@ -192,37 +190,31 @@ int erasecmd(int) {
 }
 
 int mkdircmd(int) {
-    char name[500];
+    char name[FNLEN];
     if (int rc = restname(name)) return rc;
     vable = 3, ifable = 3, oable = 3, opable = 0;
     if (int rc = parse()) return rc;
     int pub = findopt("public", 3, 0);
     if (int rc = chkopt()) return rc;
     if (mkdir(name, pub ? 0755 : 0777)) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("could not create directory %s\n", name);
-        return 693;
+        return errorf(693, "could not create directory %s\n", name);
     }
     if (pub) chmod(name, 0755);
     return 0;
 }
 
 int rmdircmd(int) {
-    char name[500];
+    char name[FNLEN];
     if (int rc = restname(name)) return rc;
     if (int rc = endofline()) return rc;
     if (rmdir(name)) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("could not remove directory %s\n", name);
-        return 693;
+        return errorf(693, "could not remove directory %s\n", name);
     }
     return 0;
 }
 
 int copycmd(int) {
-    char src[500], dst[500];
+    char src[FNLEN], dst[FNLEN];
     if (int rc = restname(src)) return rc;
     if (int rc = restname(dst)) return rc;
     vable = 3, ifable = 3, oable = 3, opable = 0;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
 #include "kernel/loop/scratch.h"
@@ -124,19 +125,11 @@ static const char* kind_of_type(int type, bool* paren) {
 static void nomemory(const char* name, int type) {
     bool paren;
     const char* kind = kind_of_type(type, &paren);
-    uint8_t was = c_outlev;
-    c_outlev = 3;
-    spout21("insufficient memory for ");
-    spout21(kind);
-    if (paren) {
-        spout21(name);
-        spout21(")");
-    } else {
-        spout21(" ");
-        spout21(type >= DM_LMAC0 && type <= DM_LMACMAX && name[0] ? name + 1 : name);
-    }
-    spout21("\n");
-    c_outlev = was;
+    if (paren)
+        errsayf("insufficient memory for %s%s)\n", kind, name);
+    else
+        errsayf("insufficient memory for %s %s\n", kind,
+                type >= DM_LMAC0 && type <= DM_LMACMAX && name[0] ? name + 1 : name);
 }
 
 // --- adding -----------------------------------------------------------------

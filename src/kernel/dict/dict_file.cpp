@@ -10,6 +10,7 @@
 #include "app/link.h"
 #include "data/area/dataarea.h"
 #include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "output/spout.h"
@@ -121,21 +122,11 @@ int dmtmpsave(char* fnout, size_t fnsize) {
 
 int dmtmprestore(const char* fn) {
     int fd = ::open(fn, O_RDONLY);
-    uint8_t was = c_outlev;
-    if (fd < 0) {
-        c_outlev = 3;
-        spout21("tmp file vanished; macros etc. lost\n");
-        c_outlev = was;
-        return 1;
-    }
+    if (fd < 0) return errtext(1, "tmp file vanished; macros etc. lost\n");
     int rc = dmread(fd);
     ::close(fd);
     ::unlink(fn);
-    if (rc == 1) {
-        c_outlev = 3;
-        spout21("error reading temp file\n");
-        c_outlev = was;
-    }
+    if (rc == 1) errsay("error reading temp file\n");
     return rc ? 1 : 0;
 }
 

@@ -233,6 +233,7 @@ static constexpr InternalRow internaltab[] = {
     {5101, 3, 101, "iweights not allowed with robust\n"},
     {6101, 3, 101, "time-series operators not allowed\n"},
     {7198, 3, 198, "multiple by's not allowed\n"},
+    {7199, 3, 198, "file name too long\n"},
     {8001, 1, 0, "irrelevant under Unix\n"},
     {8002, 1, 0, "request ignored due to batch mode\n"},
     {8005, 1, 0, "note: not possible in Korvu(console)\n"},
@@ -300,24 +301,58 @@ static int errormsg(int code) {
     return code;
 }
 
-int errtext(int code, const char* text) {
+// Text at the error level, the caller's level kept; in the error style a
+// pending paragraph is closed first, as for the messages of the table.
+static void errsend(const char* text, bool markup) {
     uint8_t saved = c_outlev;
     c_outlev = 3;
-    spout21(text);
+    if (error_style) spoutsetptagweak();
+    if (markup) {
+        spout_setcoloroflev();
+        spoutptl(text);
+    } else {
+        spout21(text);
+    }
     c_outlev = saved;
+}
+
+static std::string vformat(const char* fmt, va_list ap) {
+    va_list ap2;
+    va_copy(ap2, ap);
+    int n = std::vsnprintf(nullptr, 0, fmt, ap);
+    std::string text(n > 0 ? static_cast<size_t>(n) : 0, '\0');
+    if (n > 0) std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
+    va_end(ap2);
+    return text;
+}
+
+void errsay(const char* text) {
+    errsend(text, false);
+}
+
+void errsayf(const char* fmt, ...) {
+    va_list ap;
+    va_start(ap, fmt);
+    std::string text = vformat(fmt, ap);
+    va_end(ap);
+    errsend(text.c_str(), false);
+}
+
+int errtext(int code, const char* text) {
+    errsend(text, false);
+    return code;
+}
+
+int errptl(int code, const char* text) {
+    errsend(text, true);
     return code;
 }
 
 int errorf(int code, const char* fmt, ...) {
     va_list ap;
     va_start(ap, fmt);
-    va_list ap2;
-    va_copy(ap2, ap);
-    int n = std::vsnprintf(nullptr, 0, fmt, ap);
+    std::string text = vformat(fmt, ap);
     va_end(ap);
-    std::string text(n > 0 ? static_cast<size_t>(n) : 0, '\0');
-    if (n > 0) std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
-    va_end(ap2);
     return errtext(code, text.c_str());
 }
 
@@ -334,11 +369,7 @@ int error(int code) {
 }
 
 static int level3(const char* text) {
-    uint8_t saved = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21(text);
-    c_outlev = saved;
+    errsay(text);
     return 0;
 }
 

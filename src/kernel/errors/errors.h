@@ -13,8 +13,14 @@ extern uint8_t error_style;
 int error(int code);
 // A message of the caller's own: the text at the error level (the level is
 // put back after), and the code returned, as in `return errtext(198, "...")`.
+// errorf formats the text first; errptl takes markup (paragraphs, links).
 int errtext(int code, const char* text);
 int errorf(int code, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+int errptl(int code, const char* text);
+// The same without a code: a message that another one follows, or whose code
+// the caller settles later.
+void errsay(const char* text);
+void errsayf(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 int invalid(const char* what);
 int required(const char* what);
 int notalow(const char* what);

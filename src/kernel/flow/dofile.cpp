@@ -12,6 +12,7 @@
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -209,8 +210,7 @@ int rddofile(char* dst, DoFile* r, int maxlen, int delim, uint8_t* eofout) {
 toolong:
     // the echo so far ends its line, so the message stands on its own
     if (echo.midline || r->necho) echo.emit(true);
-    c_outlev = 3;
-    spout21("input too long\n");
+    errsay("input too long\n");
     r->toolong = true;
     *eofout = 1;
     dst[0] = 0;
@@ -337,8 +337,8 @@ int doprolog(Frame* f, int mode) {
     f->stop = 1;
     f->reader = nullptr;
     if (mode != DO_PROGRAM) {
-        char path[500];
-        if (int rc = gettokfn(path)) return error(rc);
+        char path[FNLEN];
+        if (int rc = gettokfn(path, sizeof path)) return error(rc);
         if (mode == DO_DO || mode == DO_RUN) {
             bool stop = true;
             if (int rc = fileoptions(&stop)) return rc;
@@ -491,11 +491,7 @@ void doepilog(Frame* f, int mode, int keep) {
         typelmac--;
         if (!keep && frame_hooks.cls_clear_return) frame_hooks.cls_clear_return();
         if (mode == DO_DO) {
-            uint8_t old = c_outlev;
-            c_outlev = 1;
-            newline();
-            spout21("end of do-file\n");
-            c_outlev = old;
+            spoutlev(1, "\nend of do-file\n");
         }
     }
     globalrc = rc;

@@ -61,7 +61,6 @@ extern uint8_t resort_on_exit;
 extern int32_t gstate;     // an open graph state
 extern uint8_t estrestore; // held estimates are to come back at frame end
 extern int32_t psvfctr;    // what this frame preserved, -1 nothing
-extern char pbs_sys[16];   // the by state
 extern uint8_t hastmp_fhopened, hastmp_hreturn, hastmp_class, hastmp_vars;
 extern const LoopBody* loopsrc; // the private loop program being run, or null
 

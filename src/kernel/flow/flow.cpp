@@ -275,12 +275,10 @@ static void addline(LoopBody* b, const char* s) {
 // run from that private copy, under runprog, in the caller's scope.
 static int loopconvert(const char* word, const char* head) {
     if (mac_expanded) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21(word);
-        spout21(" command may not result from a macro expansion ");
-        spout21("interactively or in do files\n");
-        return 198;
+        return errorf(198,
+                      "%s command may not result from a macro expansion interactively or in do "
+                      "files\n",
+                      word);
     }
     if (convlevel >= MAXWHILE) return error(198);
     LoopBody body;
@@ -395,10 +393,7 @@ int ifcmd(int iswhile) {
     stattok(&at);
     gettok(prsestd);
     if (cmdcmp(token, "else", 4)) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21("if may not be immedately followed by else\n");
-        return 198;
+        return errtext(198, "if may not be immedately followed by else\n");
     }
     resettok(&at);
     // the command runs in place, its head blanked out
@@ -541,10 +536,7 @@ int forvals(int) {
     *brace = '{';
     if (rc) return failwalk(rc, brace);
     if (step == 0) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21("forvalues:  increment may not be zero\n");
-        return failwalk(198, brace);
+        return failwalk(errtext(198, "forvalues:  increment may not be zero\n"), brace);
     }
     // the old rules let the body begin on this line
     std::vector<char> rest;
@@ -815,10 +807,7 @@ int continuecmd(int) {
 
 int cexitcmd(int) {
     if (!sys_is_cls) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21("command -class exit- can only be used in a class program\n");
-        return 198;
+        return errtext(198, "command -class exit- can only be used in a class program\n");
     }
     // the value for the class return slot belongs to the class system
     exitflg = 1;

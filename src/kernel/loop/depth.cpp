@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "kernel/errors/errors.h"
 #include "kernel/flow/flow.h"
 #include "kernel/loop/loop.h"
 #include "output/spout.h"
@@ -70,11 +71,8 @@ int reqtoodeep() {
                 depth++;
         }
     }
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf("commands nested too deeply: at most %d levels\n", static_cast<int>(reqdepth_limit()));
-    c_outlev = old;
-    return 1000;
+    return errorf(1000, "commands nested too deeply: at most %d levels\n",
+                  static_cast<int>(reqdepth_limit()));
 }
 
 } // namespace korvu

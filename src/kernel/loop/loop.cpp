@@ -141,12 +141,7 @@ int readcons(int maxlen, int fromdo, int allowhash) {
             if (!fromuser && (n = wordat(p, "#delimit", 2))) {
                 const char* arg = skipblanks(p + n);
                 delimit = strncmp(arg, "cr", 2) == 0 && (arg[2] == 0 || arg[2] == ' ') ? 0 : 1;
-                uint8_t old = c_outlev;
-                c_outlev = 2;
-                spout21("delimiter now ");
-                spout21(delimit ? ";" : "cr");
-                newline();
-                c_outlev = old;
+                spoutlevf(2, "delimiter now %s\n", delimit ? ";" : "cr");
                 continue;
             }
             if ((n = wordat(p, "#review", 2))) {
@@ -154,10 +149,7 @@ int readcons(int maxlen, int fromdo, int allowhash) {
                 continue;
             }
             if (!allowhash) {
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spout21("Unknown #command\n");
-                c_outlev = old;
+                errsay("Unknown #command\n");
                 continue;
             }
         }
@@ -329,9 +321,7 @@ static int selreq_body() {
 
 // Prefixes: each reads the next word and calls selreq again, so they stack.
 static int nextword() {
-    gettok(prsestd);
-    if (tokis(token, ":")) gettok(prsestd);
-    setcmdword(token);
+    if (tokis(gettokcmd(), ":")) gettokcmd();
     return 0;
 }
 

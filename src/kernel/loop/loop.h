@@ -30,11 +30,9 @@ extern char* tmpdir;
 extern int32_t unix_pid;
 extern int32_t usermask;
 extern char kvFAST;
-extern int32_t lastby;
 extern double rmsgtime;
 extern uint8_t korvu_trace_flg;
 extern int32_t cmdlog_on;
-extern uint8_t in_byable_ado; // a by-able program is running under by
 
 int getreq(int fromprog);
 int pgmgetline();                // next line of the running program into `console`; 1 at its end

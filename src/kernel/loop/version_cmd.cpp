@@ -53,15 +53,11 @@ static std::string verstext(int v) {
 }
 
 static int toonew(const char* typed) {
-    c_outlev = 3;
-    spout21("this is version ");
-    spout21(verstext(KORVU_VERSION).c_str());
-    spout21(" of Korvu; it cannot run version ");
-    spout21(typed);
-    spout21(" programs\n");
-    spoutptl("{p}\nYou need a newer edition of Korvu to run this program; the version\n"
-             "number stated at its head is larger than this edition understands.\n{p_end}\n");
-    return 9;
+    errsayf("this is version %s of Korvu; it cannot run version %s programs\n",
+            verstext(KORVU_VERSION).c_str(), typed);
+    return errptl(9,
+                  "{p}\nYou need a newer edition of Korvu to run this program; the version\n"
+                  "number stated at its head is larger than this edition understands.\n{p_end}\n");
 }
 
 // The first colon of the rest of the line outside quotes and parentheses.
@@ -104,10 +100,7 @@ int vercmd(int) {
     std::string typed = tokisstr(token) ? token + 1 : token;
     int v = tokisstr(token) ? -1 : readversion(token);
     if (v < 0) {
-        c_outlev = 3;
-        spoutf("'%s' ", typed.c_str());
-        spout21("invalid\n");
-        return 198;
+        return errorf(198, "'%s' invalid\n", typed.c_str());
     }
     if (v < 100 || v > KORVU_VERSION) return toonew(typed.c_str());
 
@@ -126,13 +119,9 @@ int vercmd(int) {
             if (date[0]) {
                 double d = stdate(date, "dmy");
                 if (d >= misval) {
-                    c_outlev = 3;
-                    spoutf("%s invalid date\n", date);
-                    rc = 198;
+                    rc = errorf(198, "%s invalid date\n", date);
                 } else if (d > stdate(borndate, "dmy")) {
-                    c_outlev = 3;
-                    spout21("you must update the Korvu executable to run this program\n");
-                    rc = 9;
+                    rc = errtext(9, "you must update the Korvu executable to run this program\n");
                 }
             }
             if (!rc) rc = chkopt();

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "kernel/macro/macro_deps.h"
@@ -23,16 +24,6 @@
 namespace korvu {
 
 namespace {
-
-int level3(const char* a, const char* b = "", const char* c = "") {
-    uint8_t was = c_outlev;
-    c_outlev = 3;
-    spout21(a);
-    spout21(b);
-    spout21(c);
-    c_outlev = was;
-    return 198;
-}
 
 int put(char* dst, const std::string& s) {
     if (s.size() > static_cast<size_t>(macrolen - 1)) return error(920);
@@ -283,10 +274,7 @@ int fcn_dir(char* dst) {
     }
     if (dir.empty()) dir = ".";
     DIR* d = opendir(dir.c_str());
-    if (!d) {
-        level3("directory ", dir.c_str(), " not found\n");
-        return 601;
-    }
+    if (!d) return errorf(601, "directory %s not found\n", dir.c_str());
     std::vector<std::string> names;
     while (dirent* e = readdir(d)) {
         if (!std::strcmp(e->d_name, ".") || !std::strcmp(e->d_name, "..")) continue;
@@ -304,8 +292,7 @@ int fcn_dir(char* dst) {
         std::string q = "\"" + n + "\"";
         if (out.size() + q.size() + 1 > static_cast<size_t>(macrolen - 1)) {
             if (nofail) break;
-            level3("too many filenames\n");
-            return 134;
+            return errtext(134, "too many filenames\n");
         }
         if (!out.empty()) out += ' ';
         out += q;
@@ -319,15 +306,15 @@ int fcn_regex(int which, char* dst) {
         if (cnvstoz(gettok(prsenum), &n) || n < 0) return error(198);
         std::string s;
         if (regexs(static_cast<int>(n), s)) {
-            return level3("a regular expression match function must be ",
-                          "executed prior to retrieving a subexpression\n");
+            return errtext(198, "a regular expression match function must be executed prior to "
+                                "retrieving a subexpression\n");
         }
         return put(dst, s);
     }
     std::string s = nexttext(prsestd), re = nexttext(prsestd);
     if (which == 0) {
         int r = regexm(s.c_str(), re.c_str());
-        if (r < 0) return level3("regexp: ", regexerror(), "\n");
+        if (r < 0) return errorf(198, "regexp: %s\n", regexerror());
         return put(dst, r ? "1" : "0");
     }
     std::string repl = nexttext(prsestd);
@@ -343,16 +330,12 @@ int fcn_regex(int which, char* dst) {
             count = static_cast<int>(c);
     }
     if (count == 0) {
-        uint8_t was = c_outlev;
-        c_outlev = 1;
-        spout21("Setting count to zero prevents all ");
-        spout21("substitutions.  Original string will");
-        spout21(" be returned.\n");
-        c_outlev = was;
+        spoutlev(1, "Setting count to zero prevents all substitutions.  Original string will be "
+                    "returned.\n");
     }
     std::string out;
     if (regexr(s.c_str(), re.c_str(), repl.c_str(), out, count))
-        return level3("regexp: ", regexerror(), "\n");
+        return errorf(198, "regexp: %s\n", regexerror());
     return put(dst, out);
 }
 

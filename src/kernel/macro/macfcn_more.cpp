@@ -70,9 +70,7 @@ int mf_label(const char*, char* dst) {
     }
     const int32_t* tbl = lbl.empty() ? nullptr : vlfind(lbl.c_str());
     if (!tbl && !byvar) {
-        c_outlev = 3;
-        spoutf("value label %s not found\n", lbl.c_str());
-        return 111;
+        return errorf(111, "value label %s not found\n", lbl.c_str());
     }
     gettok(prsenum);
     std::string what = token;
@@ -224,9 +222,7 @@ int mf_permname(const char*, char* dst) {
         std::string n = want.substr(0, static_cast<size_t>(len) - num.size()) + num;
         if (!nametaken(n)) return put(dst, n);
     }
-    c_outlev = 3;
-    spout21("no free variable name found\n");
-    return 110;
+    return errtext(110, "no free variable name found\n");
 }
 
 } // namespace

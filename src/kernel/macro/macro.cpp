@@ -46,13 +46,7 @@ static inline int typeof_name(const char* name) {
 
 int chklmname(const char* name) {
     if (std::strlen(name) <= static_cast<size_t>(dm_namelen - 1)) return 0;
-    uint8_t was = c_outlev;
-    c_outlev = 3;
-    spout21("local macro name ");
-    spout21(name);
-    spout21(" too long\n");
-    c_outlev = was;
-    return 198;
+    return errorf(198, "local macro name %s too long\n", name);
 }
 
 int chkmacname(const char* name) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
@@ -19,12 +20,7 @@ namespace korvu {
 namespace {
 
 int badname(const char* name) {
-    uint8_t was = c_outlev;
-    c_outlev = 3;
-    spout21(name);
-    spout21(" invalid name\n");
-    c_outlev = was;
-    return 198;
+    return errorf(198, "%s invalid name\n", name);
 }
 
 // The raw text after the name, trimmed, with one enclosing pair of simple or

@@ -109,12 +109,7 @@ size_t match_brace(const Line& L, size_t pos) {
 } // namespace
 
 int mac_notyet(const char* what) {
-    uint8_t was = c_outlev;
-    c_outlev = 3;
-    spout21(what);
-    spout21(" not available yet\n");
-    c_outlev = was;
-    return 199;
+    return errorf(199, "%s not available yet\n", what);
 }
 
 namespace {

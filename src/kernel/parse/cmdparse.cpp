@@ -29,7 +29,7 @@ int32_t blist[5];
 int32_t nobs1 = 1, nobs2 = 0, nobss1 = 1, nobss2 = 0;
 uint8_t orange = 0, ifclause = 0, weclause = 0, wgtold = 0, vrange = 0;
 int32_t wgttype = 0, origwgttype = 0;
-char filesp[500];
+char filesp[FNLEN];
 char esamplename[33] = "";
 
 void cmdinit() {
@@ -97,11 +97,7 @@ static int inbound(int32_t* out) {
         if (v > 0) return *out = static_cast<int32_t>(v), 0;
         if (oable != 2) return *out = nobs + 1 + static_cast<int32_t>(v), 0;
     }
-    c_outlev = 3;
-    spoutf("'%s' ", token);
-    spout21("invalid");
-    spout21(" obs no\n");
-    return 198;
+    return errorf(198, "'%s' invalid obs no\n", token);
 }
 
 static int readin() {
@@ -117,9 +113,7 @@ static int readin() {
         resettok(&at);
     }
     if (a < 1 || b < a || (oable != 2 && b > nobs)) {
-        c_outlev = 3;
-        spout21("Obs. nos. out of range\n");
-        return 198;
+        return errtext(198, "Obs. nos. out of range\n");
     }
     nobs1 = a, nobs2 = b;
     return 0;
@@ -130,10 +124,7 @@ static int readweight() {
     if (tokis(token, "]")) return 0;
     if (wgtable == 3) return notalow("weights");
     if (wgttype) {
-        c_outlev = 3;
-        spout21("too many ");
-        spout21("weights\n");
-        return 198;
+        return errtext(198, "too many weights\n");
     }
     std::string kind = token;
     int32_t t = 0;
@@ -153,10 +144,7 @@ static int readweight() {
     else if (cmdcmp(token, "iweight", 2))
         t = WGT_IW, name = "iweight";
     else {
-        c_outlev = 3;
-        spoutf("%s", kind.c_str());
-        spout21(" unknown weight type\n");
-        return 198;
+        return errorf(198, "%s unknown weight type\n", kind.c_str());
     }
     if (t > 0 && !(wgtallowt & t)) return notalow(name);
     wgttype = origwgttype = t > 0 ? t : 0;
@@ -215,9 +203,7 @@ int parse1() {
         } else if (tokis(token, "in")) {
             if (oable == 3) return notalow("in range");
             if (byvar) {
-                c_outlev = 3;
-                spout21("'in' may not be combined with 'by'\n");
-                return 190;
+                return errtext(190, "'in' may not be combined with 'by'\n");
             }
             if (havein) return error(198);
             havein = true;
@@ -225,8 +211,8 @@ int parse1() {
             orange = 1;
         } else if (tokis(token, "using")) {
             if (uable == 3) return notalow("using");
-            if (int rc = gettokfn(filesp)) {
-                if (uable == 2 && (!token[0] || tokis(token, ","))) {
+            if (int rc = gettokfn(filesp, sizeof filesp)) {
+                if (rc == 7197 && uable == 2 && (!token[0] || tokis(token, ","))) {
                     snprintf(filesp, sizeof filesp, " ");
                     if (token[0]) ungettok();
                 } else {
@@ -257,19 +243,12 @@ int parse1() {
     if (wable == 1 && !weclause) return required("=exp");
     gettok(prsestd);
     if (token[0] && !lvxtra) {
-        c_outlev = 3;
-        spoutf("'%s' ", tokisstr(token) ? token + 1 : token);
-        spout21("invalid");
-        spout21("\n");
-        return 198;
+        return errorf(198, "'%s' invalid\n", tokisstr(token) ? token + 1 : token);
     }
     if (token[0]) ungettok();
     if (wgtold && wgtable != 3) {
         if (vernum >= 300) return error(198);
-        if (!runprog) {
-            c_outlev = 1;
-            spout21("(please avoid =exp old-style weight syntax)\n");
-        }
+        if (!runprog) spoutlev(1, "(please avoid =exp old-style weight syntax)\n");
     }
     c_outlev = oldlev;
     return 0;
@@ -301,10 +280,7 @@ int wgtdflt(int dflt) {
     wgttype = dflt;
     // a program running quietly says nothing
     if (weclause && !wgtold && !(runprog && s_outlev > 1)) {
-        uint8_t old = c_outlev;
-        c_outlev = 1;
-        spoutf("(%s weights assumed)\n", wgtkeyword(dflt));
-        c_outlev = old;
+        spoutlevf(1, "(%s weights assumed)\n", wgtkeyword(dflt));
     }
     return 0;
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 
 #include "data/area/dataarea.h"
+#include "data/sort/bystate.h"
+#include "kernel/loop/scratch.h"
 
 namespace korvu {
 
@@ -13,7 +15,6 @@ extern int32_t i_nvar;
 extern uint8_t wprogtype, ifable, oable, vable, opable, byable, wable, uable, wgtable, rcpable,
     allowskip, lvxtra, v_or_o_req, vexists, wgtallowt;
 extern int32_t dynmattype;
-extern int32_t byvar; // 0 none, 1 first by-group, 2 later groups
 
 struct CmdState {
     int32_t i_nvar;
@@ -31,12 +32,11 @@ void restore_cmd_state(const CmdState* rec);
 
 // Results of parse.
 extern int32_t lnvar, nblist;
-extern int32_t* varlist_vr;
 extern int32_t blist[5];
 extern int32_t nobs1, nobs2, nobss1, nobss2;
 extern uint8_t orange, ifclause, weclause, wgtold, vrange;
 extern int32_t wgttype, origwgttype;
-extern char filesp[500];
+extern char filesp[FNLEN];
 extern char esamplename[33];
 
 // Weight kinds.

@@ -2,10 +2,12 @@
 
 #include <cctype>
 #include <cstring>
+#include <string>
 
 #include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
+#include "kernel/loop/scratch.h"
 
 namespace korvu {
 
@@ -54,8 +56,8 @@ static inline bool isdelim(char c, const char* delims) {
 // Copies one token into dst (capacity cap characters, plus the terminator).
 // Strings are marked by '"' in dst[0]. With keepstrings, strings met inside a
 // word are kept whole with their quotes; with brackets, ( and [ are copied
-// through to their match.
-static void scan(char* dst, int cap, const char* delims, bool keepstrings, bool brackets) {
+// through to their match (brackets 1), or ( only (brackets 2).
+static void scan(char* dst, int cap, const char* delims, bool keepstrings, int brackets) {
     char* p = tpos;
     while (*p == ' ') p++;
     tlast = p;
@@ -98,12 +100,12 @@ static void scan(char* dst, int cap, const char* delims, bool keepstrings, bool 
             p++;
         }
         if (*p == '"' && n < cap) p++;
-    } else if (!isdelim(*p, delims) || (brackets && (*p == '(' || *p == '['))) {
+    } else if (!isdelim(*p, delims) || (brackets && (*p == '(' || (brackets == 1 && *p == '[')))) {
         while (*p) {
             // a bracketed part or a string inside the word is copied whole
             char* e = nullptr;
             int err;
-            if (brackets && (*p == '(' || *p == '['))
+            if (brackets && (*p == '(' || (brackets == 1 && *p == '[')))
                 e = pbrackets(p, &err);
             else if (keepstrings && p != tlast && *p == '"')
                 e = psimplequotes(p, &err);
@@ -136,7 +138,7 @@ char* gettok(const char* delims) {
     }
     tregot = 0;
     if (!tpos) tpos = empty_text;
-    scan(token, TOKLEN, delims, false, false);
+    scan(token, TOKLEN, delims, false, 0);
     return token;
 }
 
@@ -150,20 +152,31 @@ int gettoklong(char* dst, const char* delims, int brackets) {
     }
     tregot = 0;
     if (!tpos) tpos = empty_text;
-    scan(dst, macrolen - 1, delims, true, brackets != 0);
+    scan(dst, macrolen - 1, delims, true, brackets);
     return 0;
 }
 
-int gettokfn(char* dst) {
-    gettok(prsefls);
-    if (tokisstr(token)) {
-        strncpy(dst, token + 1, 499);
-        dst[499] = 0;
-        return dst[0] ? 0 : 7197;
+int gettokfn(char* dst, size_t n) {
+    if (n) dst[0] = 0;
+    // the name is read whole, up to FNLEN characters, so that one too long
+    // for dst is refused rather than cut; `token` holds its first characters
+    std::string name(FNLEN + 1, '\0');
+    if (tpushed) {
+        tpushed = 0;
+        tregot = 1;
+        name = token;
+    } else {
+        tregot = 0;
+        if (!tpos) tpos = empty_text;
+        scan(name.data(), static_cast<int>(FNLEN), prsefls, false, 0);
+        name.resize(strlen(name.c_str()));
+        copytext(token, sizeof token, name.c_str());
     }
-    if (!token[0] || tokis(token, ",") || tokis(token, ")")) return 7197;
-    strncpy(dst, token, 499);
-    dst[499] = 0;
+    bool str = tokisstr(name.c_str());
+    const char* text = name.c_str() + (str ? 1 : 0);
+    if (str ? !text[0] : (!text[0] || tokis(text, ",") || tokis(text, ")"))) return 7197;
+    if (name.size() >= FNLEN || strlen(text) >= n) return 7199;
+    copytext(dst, n, text);
     return 0;
 }
 

@@ -1,6 +1,7 @@
 // The tokenizer: one global, resumable scanner working in place on a
 // NUL-terminated line. Each call names the characters that end a word.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 
 namespace korvu {
@@ -32,8 +33,13 @@ void setcmdword(const char* word);
 char* gettok(const char* delims);
 // 0 at the end of the line; 198 when a word is left over.
 int endofline();
+// A token of up to macrolen - 1 characters into dst (macrolen bytes), strings
+// inside a word kept whole; brackets 1 copies ( and [ groups through to their
+// match, 2 only ( groups.
 int gettoklong(char* dst, const char* delims, int brackets);
-int gettokfn(char* dst);
+// One file name into dst of n bytes (FNLEN for any name the system takes):
+// 0, 7197 for none, 7199 for a name that does not fit (never cut).
+int gettokfn(char* dst, size_t n);
 int gtokis(int c);
 void pushtok(const char* text);
 void ungettok();

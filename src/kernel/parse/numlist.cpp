@@ -247,9 +247,7 @@ int numlist(int) {
         findargn("range", 1, buf, sizeof buf, 4);
         if (buf[0]) {
             if (readrange(buf, &rng)) {
-                c_outlev = 3;
-                spout21("option range() incorrectly specified\n");
-                return 198;
+                return errtext(198, "option range() incorrectly specified\n");
             }
             haverange = true;
         }
@@ -258,9 +256,7 @@ int numlist(int) {
         return error(198);
     }
     if ((flags & NL_ASC) && (flags & NL_DESC)) {
-        c_outlev = 3;
-        spout21("options ascending and descending may not be combined\n");
-        return 198;
+        return errtext(198, "options ascending and descending may not be combined\n");
     }
     if (arg_hooks.clear_r) arg_hooks.clear_r();
     std::string out;

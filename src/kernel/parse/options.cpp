@@ -32,11 +32,7 @@ int moveto_opt_arg_end() {
     for (;;) {
         gettok(prsestd);
         if (!token[0]) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spout21(") required\n");
-            c_outlev = old;
-            return 100;
+            return errtext(100, ") required\n");
         }
         if (tokisstr(token)) {
             char *s, *e, *nx;
@@ -240,7 +236,7 @@ int findusg(int minlen, char* dst, int issaving) {
     int k = findcommon(name, issaving ? minlen : 5, true, false);
     if (!k) return 0;
     optavbl[k - 1] = 2;
-    if (gettokfn(dst)) return 0;
+    if (gettokfn(dst, FNLEN)) return 0;
     int result = 1;
     gettok(prseopt);
     if (issaving && tokis(token, ",")) {
@@ -256,11 +252,7 @@ int findusg(int minlen, char* dst, int issaving) {
 
 int chkcilevel(double level) {
     if (level < 10 || level > 99.99) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("level() must be between 10 and 99.99 inclusive\n");
-        c_outlev = old;
-        return 198;
+        return errtext(198, "level() must be between 10 and 99.99 inclusive\n");
     }
     return 0;
 }
@@ -291,13 +283,8 @@ int chkopt() {
         std::string name = token;
         gettok(prseopt);
         bool paren = tokis(token, "(");
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21("option ");
-        spout21(name.c_str());
-        spout21(paren ? "() " : " ");
-        spout21(optavbl[i] & 2 ? "incorrectly specified\n" : "not allowed\n");
-        return 198;
+        return errorf(198, "option %s%s%s", name.c_str(), paren ? "() " : " ",
+                      optavbl[i] & 2 ? "incorrectly specified\n" : "not allowed\n");
     }
     return 0;
 }

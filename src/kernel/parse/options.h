@@ -25,7 +25,7 @@ int findoptv_lc(const char* name, int minlen, double* values, int n, int flag);
 char* findargn(const char* name, int minlen, char* dst, int size, int maxwords);
 char* findargasis(const char* name, int minlen, char* dst, int size);
 int findvlist(const char* name, int minlen, int* dst, int maxvars);
-int findusg(int minlen, char* dst, int issaving);
+int findusg(int minlen, char* dst, int issaving); // dst of FNLEN bytes
 int findlevel(int minlen);
 int findlevellike(const char* name, int minlen);
 int findscal(int dflt, int minlen);

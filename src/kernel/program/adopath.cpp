@@ -164,12 +164,7 @@ int srchadofile(const char* name, char* pathout, size_t size) {
 // --- loading ------------------------------------------------------------------
 
 static int unrecognized(const char* tail) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("unrecognized command:  ");
-    spout21(cmd);
-    spout21(tail);
-    return 199;
+    return errorf(199, "unrecognized command:  %s%s", cmd, tail);
 }
 
 // Removes every ado program of one load, or of all loads with 0.
@@ -285,10 +280,7 @@ int autoload(const char* ext, int mustdefine) {
     pgm_evict(thisload);
 
     if (rc) {
-        uint8_t old = c_outlev;
-        c_outlev = 4;
-        spoutf("(error occurred while loading %s.%s)\n", cmd, ext);
-        c_outlev = old;
+        spoutlevf(4, "(error occurred while loading %s.%s)\n", cmd, ext);
         dropload(thisload);
         return rc;
     }
@@ -332,8 +324,8 @@ static void showhit(const char* path) {
 }
 
 int verscmd(int) {
-    char name[500];
-    if (int rc = gettokfn(name)) return error(rc);
+    char name[FNLEN];
+    if (int rc = gettokfn(name, sizeof name)) return error(rc);
     gettok(prsestd);
     int all = 0;
     if (tokis(token, ",")) {
@@ -354,17 +346,10 @@ int verscmd(int) {
         bool known = false;
         for (const char* t : known_types)
             if (!strcmp(dot + 1, t)) known = true;
-        c_outlev = 3;
-        if (!known) {
-            spoutf("file %s not Korvu filetype\n", name);
-            return 610;
-        }
+        if (!known) return errorf(610, "file %s not Korvu filetype\n", name);
         char path[1024];
-        if (!srchadofile(name, path, sizeof path)) {
-            spoutf("file %s not found along adopath\n", name);
-            return 601;
-        }
-        c_outlev = 1;
+        if (!srchadofile(name, path, sizeof path))
+            return errorf(601, "file %s not found along adopath\n", name);
         showhit(path);
         return 0;
     }
@@ -386,9 +371,7 @@ int verscmd(int) {
         if (!all) break;
     }
     if (!found) {
-        c_outlev = 3;
-        spoutf("command %s not found as either built-in or ado-file\n", word.c_str());
-        return 111;
+        return errorf(111, "command %s not found as either built-in or ado-file\n", word.c_str());
     }
     return 0;
 }
@@ -408,20 +391,16 @@ int kvsysdir(int) {
     gettok(prsestd);
     SysDir* s = token[0] && !tokisstr(token) ? findsysdir(token) : nullptr;
     if (!s) {
-        c_outlev = 3;
-        spoutf("%s invalid sysdir name\n", tokisstr(token) ? token + 1 : token);
-        return 198;
+        return errorf(198, "%s invalid sysdir name\n", tokisstr(token) ? token + 1 : token);
     }
-    char dir[500];
-    if (int rc = gettokfn(dir)) return error(rc);
+    char dir[FNLEN];
+    if (int rc = gettokfn(dir, sizeof dir)) return error(rc);
     gettok(prsestd);
     if (token[0]) return error(198);
     std::string d = dir;
     if (d.back() != '/') d += '/';
     if (d.size() > 116) {
-        c_outlev = 3;
-        spout21("directory name too long\n");
-        return 198;
+        return errtext(198, "directory name too long\n");
     }
     snprintf(s->dir, s->size, "%s", d.c_str());
     return 0;

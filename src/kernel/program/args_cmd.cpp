@@ -22,6 +22,7 @@
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/macro/macro.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -144,9 +145,7 @@ int kvgettok(int) {
         int err;
         char* e = pbrackets(copy.data(), &err);
         if (err) {
-            c_outlev = 3;
-            spout21("unmatched open parenthesis or bracket\n");
-            return 132;
+            return errtext(132, "unmatched open parenthesis or bracket\n");
         }
         size_t len = static_cast<size_t>(e - copy.data());
         bracket = copy.substr(0, 1);
@@ -194,10 +193,7 @@ int kvgettok(int) {
 namespace {
 
 int notfoundwhere(const std::string& what, const char* expected) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf("'%s' found where %s expected\n", what.c_str(), expected);
-    return 7;
+    return errorf(7, "'%s' found where %s expected\n", what.c_str(), expected);
 }
 
 std::vector<std::string> restwords() {
@@ -217,9 +213,7 @@ bool fileexists(const std::string& f) {
 
 int confirmvars(const std::string& qual, const std::vector<std::string>& names) {
     if (names.empty()) {
-        c_outlev = 3;
-        spout21("nothing found where variable name expected\n");
-        return 7;
+        return errtext(7, "nothing found where variable name expected\n");
     }
     for (const std::string& n : names) {
         if (qual == "new") {
@@ -230,14 +224,10 @@ int confirmvars(const std::string& qual, const std::vector<std::string>& names) 
         int v = qual == "exact" ? findvarnoab(n.c_str(), 1) : korvu_findvar(n.c_str(), 1, 0);
         if (v <= 0) return -v ? -v : 111;
         if (qual == "numeric" && typlist[v - 1] <= 244) {
-            c_outlev = 3;
-            spoutf("%s is not a numeric variable\n", n.c_str());
-            return 7;
+            return errorf(7, "%s is not a numeric variable\n", n.c_str());
         }
         if (qual == "string" && typlist[v - 1] > 244) {
-            c_outlev = 3;
-            spoutf("%s is not a string variable\n", n.c_str());
-            return 7;
+            return errorf(7, "%s is not a string variable\n", n.c_str());
         }
     }
     return 0;
@@ -255,9 +245,7 @@ int confirmnumber(const std::string& qual, const std::string& text) {
 
 int confirmfile(const std::string& qual, const std::string& f) {
     if (f.empty()) {
-        c_outlev = 3;
-        spout21("nothing found where filename expected\n");
-        return 7;
+        return errtext(7, "nothing found where filename expected\n");
     }
     if (qual == "new") {
         if (fileexists(f)) return fierr(602, f.c_str());
@@ -312,21 +300,16 @@ int confirm(int) {
         if (w.empty() || !cmdcmp(w.c_str(), t.word, t.minlen)) continue;
         std::vector<std::string> names = restwords();
         if (names.empty()) {
-            c_outlev = 3;
-            spout21(t.nothing);
-            return 7;
+            return errtext(7, t.nothing);
         }
         for (const std::string& n : names) {
             if (!t.type) {
                 if (chkname(n.c_str(), 0)) {
-                    c_outlev = 3;
-                    spoutf("%s invalid name\n", n.c_str());
-                    return 7;
+                    return errorf(7, "%s invalid name\n", n.c_str());
                 }
             } else if (!dmfind0(n.c_str(), t.type)) {
-                c_outlev = 3;
-                spoutf("%s %s not found\n", t.type == DM_MATRIX ? "matrix" : "scalar", n.c_str());
-                return 111;
+                return errorf(111, "%s %s not found\n", t.type == DM_MATRIX ? "matrix" : "scalar",
+                              n.c_str());
             }
         }
         return 0;
@@ -359,9 +342,9 @@ int confirm(int) {
     case 1: return confirmvars(qual, restwords());
     case 2: return confirmnumber(qual, unquote(rest));
     case 3: {
-        char f[500];
+        char f[FNLEN];
         if (!*peektok_chr()) return confirmfile(qual, "");
-        if (int rc = gettokfn(f)) return error(rc);
+        if (int rc = gettokfn(f, sizeof f)) return error(rc);
         return confirmfile(qual, f);
     }
     default: return confirmformat(qual, unquote(rest));
@@ -449,9 +432,7 @@ int markout(int) {
     int sysmissok = findopt("sysmissok", 9, 0);
     if (int rc = chkopt()) return rc;
     if (typlist[varlist_vr[0] - 1] != 251) {
-        c_outlev = 3;
-        spoutf("%s not byte\n", varname(varlist_vr[0]));
-        return 198;
+        return errorf(198, "%s not byte\n", varname(varlist_vr[0]));
     }
     std::vector<int> vars;
     for (int k = 2; k <= lnvar; k++) {
@@ -529,9 +510,7 @@ int unabcmd(int) {
     gettok(prsestd);
     if (token[0]) return error(198);
     if (w != "." && chkname(w.c_str(), 0)) {
-        c_outlev = 3;
-        spoutf("%s is an invalid command name\n", w.c_str());
-        return 198;
+        return errorf(198, "%s is an invalid command name\n", w.c_str());
     }
     static constexpr struct {
         const char* word;

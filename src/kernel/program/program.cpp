@@ -266,9 +266,7 @@ int pgmgen() {
         findargn("byable", 2, buf, sizeof buf, 10);
         if (buf[0]) {
             if (readbymode(buf, &bymode)) {
-                c_outlev = 3;
-                spout21("option byable() incorrectly specified\n");
-                return 198;
+                return errtext(198, "option byable() incorrectly specified\n");
             }
         }
         sortpres = findopt("sortpreserve", 4, 0);
@@ -276,9 +274,7 @@ int pgmgen() {
         findargn("properties", 4, pbuf, sizeof pbuf, 40);
         props = pbuf;
         if (props.size() > sizeof(PgmRec::properties) - 1) {
-            c_outlev = 3;
-            spout21("option properties() incorrectly specified\n");
-            return 198;
+            return errtext(198, "option properties() incorrectly specified\n");
         }
         for (size_t s = 0; s < props.size();) {
             size_t e = props.find(' ', s);
@@ -287,16 +283,11 @@ int pgmgen() {
             s = e + 1;
         }
         if (findopt("plugin", 6, 0)) {
-            c_outlev = 3;
-            spout21("plugins are not available\n");
-            return 199;
+            return errtext(199, "plugins are not available\n");
         }
         if (int rc = chkopt()) return rc;
     } else if (token[0]) {
-        c_outlev = 3;
-        spoutf("'%s' ", tokisstr(token) ? token + 1 : token);
-        spout21("invalid\n");
-        return 198;
+        return errorf(198, "'%s' invalid\n", tokisstr(token) ? token + 1 : token);
     }
     if (!owner.empty()) {
         uint8_t saved = reading_cls_pgm;
@@ -512,9 +503,7 @@ int pgmgetline() {
 int runprogram() {
     void* v = pgmfind(cmd, sys_pgmclass, 3);
     if (v && dmtype(v) == DM_PLUGIN) {
-        c_outlev = 3;
-        spout21("plugins are not available\n");
-        return 199;
+        return errtext(199, "plugins are not available\n");
     }
     if (!v) {
         if (int rc = autoload("ado", 1)) return rc;

@@ -98,59 +98,52 @@ void skipblanks(const std::string& s, size_t& i) {
     while (i < s.size() && s[i] == ' ') i++;
 }
 
-// The end of a bracket group starting at s[i], quotes and nesting honoured.
-size_t closing(const std::string& s, size_t i, char open, char close) {
-    int depth = 0;
-    bool instr = false;
-    for (; i < s.size(); i++) {
-        if (s[i] == '"') instr = !instr;
-        if (instr) continue;
-        if (s[i] == open) depth++;
-        if (s[i] == close && --depth == 0) return i;
+// The template and the words of the data are read by the tokenizer, on a
+// private copy of the text, the caller's tokenizer state put back after.
+struct TokOn {
+    TokState saved;
+    std::string copy;
+    std::vector<char> buf;
+    explicit TokOn(const std::string& s, size_t from = 0) : copy(s), buf(macrolen) {
+        borrow_gettok(&saved);
+        settok(copy.data() + std::min(from, copy.size()));
     }
-    return std::string::npos;
+    ~TokOn() { return_gettok(&saved); }
+    // The next word as written (quotes kept), parenthesised parts whole; an
+    // empty string at the end.
+    std::string next(const char* delims) {
+        gettoklong(buf.data(), delims, 2);
+        if (!buf[0]) return std::string();
+        return std::string(lwheretok(), static_cast<size_t>(wheretok() - lwheretok()));
+    }
+    size_t at() { return static_cast<size_t>(wheretok() - copy.data()); }
+};
+
+// The end of the bracket group starting at s[i] (quotes and nesting
+// honoured), npos when it is not closed.
+size_t closing(const std::string& s, size_t i) {
+    std::string copy = s;
+    int err;
+    char* e = pbrackets(copy.data() + i, &err);
+    return err ? std::string::npos : static_cast<size_t>(e - copy.data()) - 1;
 }
 
-// A word with any parenthesised part: up to a blank, bracket or comma.
+// A word with any parenthesised part: up to a blank, bracket or comma; empty
+// when a parenthesis is not closed.
 std::string readword(const std::string& s, size_t& i) {
-    size_t b = i;
-    while (i < s.size() && s[i] != ' ' && s[i] != '[' && s[i] != ']' && s[i] != ',') {
-        if (s[i] == '(') {
-            size_t e = closing(s, i, '(', ')');
-            if (e == std::string::npos) return std::string();
-            i = e + 1;
-            continue;
-        }
-        i++;
-    }
-    return s.substr(b, i - b);
+    TokOn t(s, i);
+    std::string w = t.next(" [],");
+    i = t.at();
+    for (size_t p = w.find('('); p != std::string::npos; p = w.find('(', closing(w, p) + 1))
+        if (closing(w, p) == std::string::npos) return std::string();
+    return w;
 }
 
+// The blank-separated words, strings and parenthesised parts kept whole.
 std::vector<std::string> words(const std::string& s) {
     std::vector<std::string> w;
-    size_t i = 0;
-    for (;;) {
-        skipblanks(s, i);
-        if (i >= s.size()) break;
-        size_t b = i;
-        if (s[i] == '"') {
-            size_t e = s.find('"', i + 1);
-            i = e == std::string::npos ? s.size() : e + 1;
-        } else {
-            while (i < s.size() && s[i] != ' ') {
-                if (s[i] == '(') {
-                    size_t e = closing(s, i, '(', ')');
-                    i = e == std::string::npos ? s.size() : e + 1;
-                } else if (s[i] == '"') {
-                    size_t e = s.find('"', i + 1);
-                    i = e == std::string::npos ? s.size() : e + 1;
-                } else {
-                    i++;
-                }
-            }
-        }
-        w.push_back(s.substr(b, i - b));
-    }
+    TokOn t(s);
+    for (std::string x; !(x = t.next(" ")).empty();) w.push_back(x);
     return w;
 }
 
@@ -450,7 +443,7 @@ int readtemplate(Desc& d, const std::string& s) {
         if (i >= s.size()) return 0;
         if (s[i] == ',') return readoptions(d, s, i + 1, 0);
         if (s[i] == '[') {
-            size_t e = closing(s, i, '[', ']');
+            size_t e = closing(s, i);
             if (e == std::string::npos) return bad();
             std::string inner = s.substr(i + 1, e - i - 1);
             size_t j = 0;
@@ -545,25 +538,12 @@ int store(const std::string& mac, const std::string& value) {
 }
 
 int optmsg(const OptSpec& o, const char* what) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("option ");
-    spout21(o.name.c_str());
-    if (o.kind != OK_ONOFF) spout21("()");
-    spout21(what);
-    return 198;
+    return errorf(198, "option %s%s%s", o.name.c_str(), o.kind != OK_ONOFF ? "()" : "", what);
 }
 
 int countmsg(const std::string& name, bool few, const char* kind) {
-    c_outlev = 3;
-    spout21(" ");
-    spout21(name.c_str());
-    spout21(":  too ");
-    spout21(few ? "few" : "many");
-    spout21(" ");
-    spout21(kind);
-    spout21(" specified\n");
-    return few ? 102 : 103;
+    return errorf(few ? 102 : 103, " %s:  too %s %s specified\n", name.c_str(),
+                  few ? "few" : "many", kind);
 }
 
 std::string trimmed(std::string s) {
@@ -632,9 +612,8 @@ int typecheck(bool numeric, bool string) {
         int v = realvarlist(k);
         bool isnum = typlist[v - 1] > 244;
         if ((numeric && !isnum) || (string && isnum)) {
-            c_outlev = 3;
-            spoutf("%s:  %s variable not allowed\n", varname(v), isnum ? "numeric" : "string");
-            return 109;
+            return errorf(109, "%s:  %s variable not allowed\n", varname(v),
+                          isnum ? "numeric" : "string");
         }
     }
     return 0;
@@ -671,23 +650,17 @@ int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
     memcpy(optlist, sv_list, sizeof sv_list);
     memcpy(optavbl, sv_avbl, sizeof sv_avbl);
     if (rc) {
-        c_outlev = 3;
-        spoutf("in option %s()\n", o.name.c_str());
+        errsayf("in option %s()\n", o.name.c_str());
         if (inf)
-            for (const std::string& l : inf->lines) {
-                spout21(l.c_str());
-                newline();
-            }
+            for (const std::string& l : inf->lines) errsayf("%s\n", l.c_str());
     }
     delete inf;
     if (rc) return rc;
     int n = lnvar;
     if (int trc = typecheck(o.vnumeric, o.vstring)) return trc;
     if ((o.single && n != 1) || (o.nmin && n < o.nmin) || (o.nmax && n > o.nmax)) {
-        c_outlev = 3;
-        spoutf("option %s() does not contain a valid %s\n", o.name.c_str(),
-               o.single ? "varname" : "varlist");
-        return 198;
+        return errorf(198, "option %s() does not contain a valid %s\n", o.name.c_str(),
+                      o.single ? "varname" : "varlist");
     }
     return 0;
 }
@@ -866,9 +839,8 @@ int readdata(Desc& d, const std::string& text) {
         int cnt = static_cast<int>(n.size());
         if (!cnt && !d.headopt) {
             if (d.head == H_ANYTHING) return required(d.id.empty() ? "something" : d.id.c_str());
-            c_outlev = 3;
-            spoutf("nothing found where %s expected\n", d.id.empty() ? "name" : d.id.c_str());
-            return 100;
+            return errorf(100, "nothing found where %s expected\n",
+                          d.id.empty() ? "name" : d.id.c_str());
         }
         if (d.head != H_ANYTHING) {
             if (int rc = checknames(n, d.local)) return rc;
@@ -937,9 +909,7 @@ int readdata(Desc& d, const std::string& text) {
         if (int rc = store(d.headmac, headtext)) return rc;
     }
     if (d.ifs == 2 && !ifclause) {
-        c_outlev = 3;
-        spout21("if exp required\n");
-        return 100;
+        return errtext(100, "if exp required\n");
     }
     if (ifclause)
         if (int rc = store("if", d.ifnp ? sp.iftext : "if " + sp.iftext)) return rc;

@@ -23,7 +23,7 @@ namespace korvu {
 
 LogRec log_m;
 int32_t cmdlog_fd = 0;
-char cmdlog_finame[500];
+char cmdlog_finame[FNLEN];
 uint8_t cmdlog_ok = 1;
 static uint8_t cmdlog_status = 0;
 int32_t korvu_log_default = 0;
@@ -135,11 +135,7 @@ static int open_into(LogRec* r, const char* filename, int flags, int type, const
     if (named) snprintf(rec.logname, sizeof rec.logname, "%s", logname);
     if (attach(&rec, 1)) {
         close(fd);
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("ptag refused log request -- log not opened\n");
-        c_outlev = old;
-        return 603;
+        return errtext(603, "ptag refused log request -- log not opened\n");
     }
     *r = rec;
     if (!(flags & 8)) header(r, "opened", false);
@@ -179,12 +175,7 @@ void cmdlog_flush() {}
 
 static void cmdlog_line(const char* action) {
     if (s_outlev >= 3) return;
-    uint8_t old = c_outlev;
-    c_outlev = 1;
-    char buf[700];
-    snprintf(buf, sizeof buf, "(cmdlog %s %s)\n", cmdlog_finame, action);
-    spout21(buf);
-    c_outlev = old;
+    spoutlevf(1, "(cmdlog %s %s)\n", cmdlog_finame, action);
 }
 
 static std::string lower_ext(const std::string& f) {
@@ -197,8 +188,8 @@ static std::string lower_ext(const std::string& f) {
 }
 
 static int using_(int iscmdlog) {
-    char fn[500];
-    if (int rc = gettokfn(fn)) return error(rc);
+    char fn[FNLEN];
+    if (int rc = gettokfn(fn, sizeof fn)) return error(rc);
     vable = ifable = oable = 3;
     opable = 0;
     if (int rc = parse()) return rc;
@@ -214,11 +205,7 @@ static int using_(int iscmdlog) {
     int flags = append ? 129 : replace ? 17 : 1;
     if (iscmdlog || (proc && vernum < 700)) {
         if (cmdlog_fd) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spout21("cmdlog file already open\n");
-            c_outlev = old;
-            return 604;
+            return errtext(604, "cmdlog file already open\n");
         }
         std::string f = fn;
         if (lower_ext(f).empty()) f += ".txt";
@@ -287,11 +274,7 @@ int logcmd(int iscmdlog) {
             header(r, nullptr, true);
         } else if (!name.empty()) {
             c_outlev = old;
-            uint8_t o = c_outlev;
-            c_outlev = 3;
-            spoutf("log %s not found\n", name.c_str());
-            c_outlev = o;
-            return 111;
+            return errorf(111, "log %s not found\n", name.c_str());
         } else {
             spout21("       log:  (closed)\n");
         }
@@ -319,11 +302,7 @@ int logcmd(int iscmdlog) {
         LogRec* r = target(name.c_str(), 0);
         if (!r) {
             if (!name.empty()) {
-                uint8_t o = c_outlev;
-                c_outlev = 3;
-                spoutf("log %s not found\n", name.c_str());
-                c_outlev = o;
-                return 111;
+                return errorf(111, "log %s not found\n", name.c_str());
             }
             return error(606);
         }
@@ -354,11 +333,7 @@ int logcmd(int iscmdlog) {
     if (word == "texman") return translate_cmd(1);
     if (word == "html") return translate_cmd(2);
     if (word == "webhtml") return translate_cmd(3);
-    uint8_t o = c_outlev;
-    c_outlev = 3;
-    spoutf("%s invalid\n", word.c_str());
-    c_outlev = o;
-    return 198;
+    return errorf(198, "%s invalid\n", word.c_str());
 }
 
 } // namespace korvu

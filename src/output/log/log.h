@@ -3,13 +3,15 @@
 #pragma once
 #include <cstdint>
 
+#include "kernel/loop/scratch.h"
+
 namespace korvu {
 
 struct LogRec {
     int32_t fd = 0;     // 0 when closed
     uint8_t type = 0;   // 1 ptag, 0 text
     uint8_t status = 0; // 1 on, 0 paused
-    char filename[500] = {};
+    char filename[FNLEN] = {};
     char logname[33] = {};
 };
 
@@ -17,7 +19,7 @@ extern LogRec log_m; // the unnamed log
 // The open log of that name; null when there is none.
 const LogRec* log_named(const char* name);
 extern int32_t cmdlog_fd;
-extern char cmdlog_finame[500];
+extern char cmdlog_finame[FNLEN];
 extern uint8_t cmdlog_ok;
 extern int32_t korvu_log_default; // 1 text, else ptag
 

@@ -12,6 +12,7 @@
 #include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
+#include "kernel/loop/scratch.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
@@ -216,12 +217,12 @@ static int feed(Ptl* p, FILE* in) {
 }
 
 int translate_cmd(int kind) {
-    char srcbuf[500], dstbuf[500];
-    if (int rc = gettokfn(srcbuf)) return error(rc);
+    char srcbuf[FNLEN], dstbuf[FNLEN];
+    if (int rc = gettokfn(srcbuf, sizeof srcbuf)) return error(rc);
     dstbuf[0] = 0;
     char* p = peektok_chr();
     if (*p && *p != ',') {
-        if (int rc = gettokfn(dstbuf)) return error(rc);
+        if (int rc = gettokfn(dstbuf, sizeof dstbuf)) return error(rc);
     }
     vable = ifable = oable = 3;
     opable = 0;
@@ -241,12 +242,8 @@ int translate_cmd(int kind) {
     const char* tsuffix = (kind == TR_HTML || kind == TR_WEBHTML) ? ".html" : ".log";
     if (dst.empty()) {
         if (hassuffix(src)) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("must specify file to be written if source has %s\n",
-                   src.substr(src.rfind('.')).c_str());
-            c_outlev = old;
-            return 198;
+            return errorf(198, "must specify file to be written if source has %s\n",
+                          src.substr(src.rfind('.')).c_str());
         }
         dst = src + tsuffix;
     }
@@ -302,10 +299,7 @@ int translate_cmd(int kind) {
         unlink(dst.c_str());
         return rc >= 9000 ? rc : fierr(rc, dst.c_str());
     }
-    uint8_t old = c_outlev;
-    c_outlev = 1;
-    spoutf("(file %s written)\n", dst.c_str());
-    c_outlev = old;
+    spoutlevf(1, "(file %s written)\n", dst.c_str());
     return 0;
 }
 

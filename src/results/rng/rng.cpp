@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
@@ -105,16 +106,9 @@ int setseed() {
     if (int rc = endseed()) return rc;
     if (text[0] == 'X') {
         if (seturnseed(text)) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutsetptagweak();
-            spoutptl("{p 0 4}\n");
-            spout21("'");
-            spout21(text);
-            spout21("' is an invalid set-seed code\n");
-            spoutptl("{p_end}\n");
-            c_outlev = old;
-            return 198;
+            std::string t =
+                "{p 0 4}\n'" + plainmarkup(text) + "' is an invalid set-seed code\n{p_end}\n";
+            return errptl(198, t.c_str());
         }
         return 0;
     }

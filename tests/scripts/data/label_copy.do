@@ -1,0 +1,47 @@
+* label copy: the new label holds the same pairs, and is a copy: changing one
+* leaves the other; an existing target needs replace
+drop _all
+label define yn 0 "no" 1 "yes" .a "refused"
+label copy yn yn2
+local a : label yn2 0
+local b : label yn2 1
+local c : label yn2 .a
+assert "`a'" == "no" & "`b'" == "yes" & "`c'" == "refused"
+* a value without text shows as the number
+local d : label yn2 2
+assert "`d'" == "2"
+label define yn2 2 "maybe", add
+label define yn 1 "yes indeed", modify
+local e : label yn 2
+assert "`e'" == "2"
+local f : label yn2 1
+assert "`f'" == "yes"
+local g : label yn 1
+assert "`g'" == "yes indeed"
+* the target exists: 110 without replace, and the target is untouched
+capture label copy yn yn2
+assert _rc == 110
+local h : label yn2 2
+assert "`h'" == "maybe"
+label copy yn yn2, replace
+local i : label yn2 1
+local j : label yn2 2
+assert "`i'" == "yes indeed" & "`j'" == "2"
+* a source that does not exist, and a name that is not one
+capture label copy nosuch other
+assert _rc == 111
+capture label copy yn 1bad
+assert _rc == 198
+capture label copy yn
+assert _rc == 198
+* copying onto itself changes nothing
+label copy yn yn, replace
+local k : label yn 0
+assert "`k'" == "no"
+* the copy is used by a variable like any label
+set obs 2
+generate byte v = _n - 1
+label values v yn2
+local l : label (v) 1
+assert "`l'" == "yes indeed"
+display "test completed"

@@ -1,0 +1,33 @@
+* set maxvar from a script: the limits follow it (macrolen is 33 * maxvar +
+* 200, conslen 33 * maxvar + 216), and macros, scalars and value labels made
+* before it survive the rebuilding of memory
+drop _all
+global keep "kept across"
+scalar sk = 12.5
+label define yn 0 "no" 1 "yes"
+assert c(maxvar) == 5000 & c(macrolen) == 165200
+quietly set maxvar 10000
+assert c(maxvar) == 10000 & c(macrolen) == 330200
+assert "$keep" == "kept across"
+assert sk == 12.5
+local l : label yn 1
+assert "`l'" == "yes"
+* out of 2048..32767, and with data in memory, nothing changes
+capture set maxvar 2047
+assert _rc == 198
+capture set maxvar 32768
+assert _rc == 198
+set obs 1
+generate x = 1
+capture set maxvar 6000
+assert _rc == 4
+assert c(maxvar) == 10000
+assert x == 1
+* down to the least and back
+drop _all
+quietly set maxvar 2048
+assert c(maxvar) == 2048 & c(macrolen) == 33 * 2048 + 200
+assert "$keep" == "kept across"
+quietly set maxvar 5000
+assert c(maxvar) == 5000
+display "test completed"
