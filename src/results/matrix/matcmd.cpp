@@ -28,22 +28,14 @@
 #include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
 #include "results/settings.h"
+#include "results/stores.h"
 
 namespace korvu {
 
 namespace {
 
-int level3(int rc, const char* fmt, const char* a = "", const char* b = "") {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf(fmt, a, b);
-    c_outlev = old;
-    return rc;
-}
-
 int notyetsub(const char* what) {
-    return level3(199, "matrix %s not yet available\n", what);
+    return errorf(199, "matrix %s not yet available\n", what);
 }
 
 // The rest of the line, consumed.
@@ -63,7 +55,7 @@ bool isnamec(int c) {
 }
 
 int checkname(const std::string& name) {
-    if (name.size() > NAMELEN) return level3(198, "%s invalid name\n", name.c_str());
+    if (name.size() > NAMELEN) return errorf(198, "%s invalid name\n", name.c_str());
     if (int rc = chkname(name.c_str(), 1)) return rc;
     return chkreserved(name.c_str());
 }
@@ -248,7 +240,7 @@ int matlist() {
     if (findargasis("title", 1, arg, 513)[0]) o.title = arg;
     if (findargasis("format", 1, arg, sizeof arg)[0]) {
         FmtDesc fd;
-        if (chkfmt(arg, 1, &fd)) return level3(120, "%s invalid format\n", arg);
+        if (chkfmt(arg, 1, &fd)) return errorf(120, "%s invalid format\n", arg);
         o.fmt = arg;
     }
     o.header = findopt("header", 6, 1);
@@ -272,16 +264,11 @@ int matlist() {
         return false;
     };
     strip("r(", DM_RMATRIX, "r") || strip("e(", DM_EMATRIX, "e") ||
-        strip("return(", DM_RETMAT0, "return");
-    if (type == DM_RETMAT0) return notyetsub("list return()");
+        strip("return(", myrettype(3), "return");
     if (int rc = listone(shown.c_str(), inner.c_str(), type, o)) {
         if (rc != 111) return rc;
         if (cls) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("%s %s(%s) not found\n", "matrix", cls, inner.c_str());
-            c_outlev = old;
-            return 111;
+            return errorf(111, "matrix %s(%s) not found\n", cls, inner.c_str());
         }
         return matnotfound_m(inner.c_str());
     }
@@ -392,7 +379,7 @@ int matrcnam(int which, int col) {
         for (int j = 0; j < k - 1; j++)
             if (!std::strncmp(cur, out.data() + static_cast<size_t>(j) * STRIPE_ENTRY, STRIPE_EQ)) {
                 std::string eq(cur, strnlen(cur, STRIPE_EQ));
-                return level3(507, "equation %s is not together in one run\n",
+                return errorf(507, "equation %s is not together in one run\n",
                               eq.empty() ? "_" : eq.c_str());
             }
     }
@@ -451,7 +438,7 @@ static int decompsource(int ntargets, std::vector<std::string>* t, std::string* 
 // 504 with the subcommand's name when a decomposition meets a missing value.
 static int refusemissing(const MVal& a, const char* prefix) {
     for (double x : a.v)
-        if (x >= misval) return level3(504, prefix), error(504);
+        if (x >= misval) return errtext(504, prefix), error(504);
     return 0;
 }
 
@@ -574,7 +561,7 @@ int matrixcmd(int) {
     if (cmdcmp(w, "colnames", 4)) return matrcnam(0, 1);
     if (cmdcmp(w, "dir", 1)) return matdir();
     if (cmdcmp(w, "dispCns", 7)) return notyetsub("dispCns");
-    if (cmdcmp(w, "dissimilarity", 3)) return notyetsub("dissimilarity");
+    if (cmdcmp(w, "dissimilarity", 3)) return matdissim();
     if (cmdcmp(w, "drop", 4)) return matdrop();
     if (cmdcmp(w, "eigenvalues", 8)) return mateigenvalues();
     if (cmdcmp(w, "list", 1)) return matlist();
@@ -585,8 +572,8 @@ int matrixcmd(int) {
     if (cmdcmp(w, "post", 4)) return epostcmd(0);
     if (cmdcmp(w, "roweq", 4)) return matrcnam(1, 0);
     if (cmdcmp(w, "rownames", 4)) return matrcnam(0, 0);
-    if (cmdcmp(w, "score", 3)) return notyetsub("score");
-    if (cmdcmp(w, "substitute", 3)) return notyetsub("substitute");
+    if (cmdcmp(w, "score", 3)) return matscore();
+    if (cmdcmp(w, "substitute", 3)) return matsubst();
     if (cmdcmp(w, "svd", 3)) return matsvd();
     if (cmdcmp(w, "symeigen", 4)) return matceigen();
     if (cmdcmp(w, "vecaccum", 4)) return accumhook("vecaccum");
@@ -607,7 +594,7 @@ static int scalarlist(bool all, const std::vector<std::string>& names) {
     }
     for (auto& n : show) {
         double v;
-        if (!scalarfind(n.c_str(), &v)) return level3(111, "scalar %s not found\n", n.c_str());
+        if (!scalarfind(n.c_str(), &v)) return errorf(111, "scalar %s not found\n", n.c_str());
         char val[kFmtBufSize + 8], buf[120];
         fmtnum(val, "%10.0g", v);
         c_outlev = 1;
@@ -650,7 +637,7 @@ int scalarcmd(int) {
                 }
                 for (auto& n : names)
                     if (!dmfind0(n.c_str(), DM_SCALAR))
-                        return level3(111, "scalar %s not found\n", n.c_str());
+                        return errorf(111, "scalar %s not found\n", n.c_str());
                 for (auto& n : names) dmrm(dmfind0(n.c_str(), DM_SCALAR));
                 return 0;
             }

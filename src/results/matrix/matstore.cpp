@@ -301,11 +301,7 @@ int makeusermat(MatDesc* d, const char* name, int kind, int rows, int cols) {
 }
 
 int matnotfound_m(const char* name) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf("matrix %s not found\n", name);
-    c_outlev = old;
-    return 111;
+    return errorf(111, "matrix %s not found\n", name);
 }
 
 int umatmustset(const char* name, int type, MatDesc* d) {
@@ -319,10 +315,7 @@ int umatnotmiss(const MatDesc* d, int whole, const char* label) {
     for (int i = 0; i < d->rows; i++)
         for (int j = 0; j < (lower ? i + 1 : d->cols) && j < d->cols; j++)
             if (matel(d, i, j) >= misval) {
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spoutf("%s: ", label);
-                c_outlev = old;
+                errorf(504, "%s: ", label);
                 return error(504);
             }
     return 0;
