@@ -557,6 +557,7 @@ void result_store(char letter, const char* b, const char* e) {
         kind = exphooks.cfcn ? exphooks.cfcn(name.c_str(), &num, str) : 0;
     else
         kind = exphooks.rfcn ? exphooks.rfcn(letter, name.c_str(), &num, str) : 0;
+    if (kind < 0) failerr(-kind); // a matrix result: 509
     if (kind == 2) return pushsconst(str, std::strlen(str));
     if (kind == 1) return pushconst(num);
     if (letter == 'c') {

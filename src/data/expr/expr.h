@@ -112,7 +112,8 @@ struct ExpHooks {
     int (*coef)(int se, const char* name, double* out);
     // c(name): 1 number, 2 string (into str, EXP_STRMAX + 1 bytes), 0 unknown.
     int (*cfcn)(const char* name, double* num, char* str);
-    // r(), e(), s() by the letter: 1 number, 2 string, 0 not there.
+    // r(), e(), s() by the letter: 1 number, 2 string, 0 not there, or a
+    // negated code (a matrix, which an ordinary expression cannot hold).
     int (*rfcn)(int letter, const char* name, double* num, char* str);
     // e(sample): the marker variable's number, 0 when there are no estimates.
     int (*esample)();
