@@ -127,6 +127,11 @@ int scalarfind(const char* name, double* v); // 1 found, 0 not
 // the "=". Null: the subcommand says it is not yet available.
 extern int (*matrix_accum_hooks[4])(const char* target);
 int matrixcmd(int);
+// `matrix score`, `matrix dissimilarity`, `matrix substitute`, the
+// tokenizer standing behind the subcommand's word.
+int matscore();
+int matdissim();
+int matsubst();
 int scalarcmd(int);
 // `ereturn post` and `ereturn repost` of the e store, behind `matrix post`
 // and `matrix repost`.
