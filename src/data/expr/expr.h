@@ -95,7 +95,9 @@ struct ExpHooks {
     // code (message printed). Null: time-series operators are not allowed.
     int (*rcp_compile)(const char* name);
     double (*rcpxeq)(int id, int obs);
-    // Scalars: id >= 0 for an existing scalar, -1 none; value by id at run time.
+    // Scalars: id >= 0 for an existing numeric scalar, -1 none; value by id at
+    // run time. A string scalar: 1 and its text (EXP_STRMAX + 1 bytes), else 0.
+    int (*scalar_string)(const char* name, char* str);
     int (*scalar_find)(const char* name);
     double (*scalar_value)(int id);
     // Matrices: non-zero when a matrix of the name exists.

@@ -594,15 +594,22 @@ static int scalarlist(bool all, const std::vector<std::string>& names) {
     }
     for (auto& n : show) {
         double v;
-        if (!scalarfind(n.c_str(), &v)) return errorf(111, "scalar %s not found\n", n.c_str());
+        const char* str = strscalarfind(n.c_str());
+        if (!str && !scalarfind(n.c_str(), &v))
+            return errorf(111, "scalar %s not found\n", n.c_str());
         char val[kFmtBufSize + 8], buf[120];
-        fmtnum(val, "%10.0g", v);
+        if (!str) fmtnum(val, "%10.0g", v);
         c_outlev = 1;
         snprintf(buf, sizeof buf, "%*s = ", std::max<int>(9, static_cast<int>(n.size())),
                  n.c_str());
         spout21(buf);
         c_outlev = 0;
-        spout21(val);
+        if (str) {
+            std::string q = std::string("\"") + str + "\"";
+            spout21(q.c_str());
+        } else {
+            spout21(val);
+        }
         newline();
     }
     return 0;
@@ -651,14 +658,20 @@ int scalarcmd(int) {
     if (int rc = checkname(word)) return rc;
     if (gtokis('=')) return error(198);
     static ExpObj obj;
-    if (int rc = compexp(&obj, 0, 0, 0)) return rc;
+    if (int rc = compexp(&obj, 3, 0, 0)) return rc; // a number or a text
     if (gettok(prsestd)[0]) return error(198);
     int32_t s1 = nobs1, s2 = nobs2, ss1 = nobss1, ss2 = nobss2;
     nobs1 = nobss1 = 1;
     nobs2 = nobss2 = nobs;
-    double v = xeq(&obj, 1);
+    double v = 0;
+    char text[EXP_STRMAX + 1] = "";
+    bool str = obj.result_kind == 1;
+    if (str)
+        sxeq(&obj, 1, text);
+    else
+        v = xeq(&obj, 1);
     nobs1 = s1, nobs2 = s2, nobss1 = ss1, nobss2 = ss2;
-    return scalarset(word.c_str(), v);
+    return str ? strscalarset(word.c_str(), text) : scalarset(word.c_str(), v);
 }
 
 // ---- links ---------------------------------------------------------------------------
@@ -666,7 +679,8 @@ int scalarcmd(int) {
 static std::vector<std::string> scalar_ids;
 
 static int scalar_find(const char* name) {
-    if (!dmfind0(name, DM_SCALAR)) return -1;
+    double v;
+    if (!scalarfind(name, &v)) return -1;
     for (size_t k = 0; k < scalar_ids.size(); k++)
         if (scalar_ids[k] == name) return static_cast<int>(k);
     scalar_ids.emplace_back(name);
@@ -679,6 +693,13 @@ static double scalar_value(int id) {
         !scalarfind(scalar_ids[static_cast<size_t>(id)].c_str(), &v))
         return misval;
     return v;
+}
+
+static int scalar_string(const char* name, char* str) {
+    const char* t = strscalarfind(name);
+    if (!t) return 0;
+    snprintf(str, EXP_STRMAX + 1, "%s", t);
+    return 1;
 }
 
 static int matrix_find(const char* name) {
@@ -841,18 +862,18 @@ static int dense_dims(const void* item, int* rows, int* cols) {
 }
 
 // `: all [numeric|string] scalars ["pattern"]`, `: all matrices ["pattern"]`,
-// in order of name; scalars here are all numeric.
+// in order of name.
 static int allscalmat(const char*, char* dst) {
     std::string w = gettok(prsestd);
-    bool strs = false;
+    int want = 0; // 0 either, 1 numeric, 2 string
     if (w == "numeric" || w == "string") {
-        strs = w == "string";
+        want = w == "string" ? 2 : 1;
         w = gettok(prsestd);
     }
     int type;
     if (w == "scalars")
         type = DM_SCALAR;
-    else if (w == "matrices" && !strs)
+    else if (w == "matrices" && !want)
         type = DM_MATRIX;
     else
         return error(198);
@@ -861,9 +882,11 @@ static int allscalmat(const char*, char* dst) {
     if (gettok(prsestd)[0]) return error(198);
     std::vector<std::string> names;
     char nm[dm_namelen + 1];
-    if (!strs)
-        for (void* it = dmnext(nullptr, nm, type, nullptr); it; it = dmnext(it, nm, type, nullptr))
-            if (nm[0] != '<' && !fnmatch(pattern.c_str(), nm, 0)) names.push_back(nm);
+    for (void* it = dmnext(nullptr, nm, type, nullptr); it; it = dmnext(it, nm, type, nullptr)) {
+        if (nm[0] == '<' || fnmatch(pattern.c_str(), nm, 0)) continue;
+        if (type == DM_SCALAR && want && (strscalarfind(nm) != nullptr) != (want == 2)) continue;
+        names.push_back(nm);
+    }
     std::sort(names.begin(), names.end());
     std::string out;
     for (auto& n : names) {
@@ -877,6 +900,7 @@ static int allscalmat(const char*, char* dst) {
 
 void link_matrix() {
     exphooks.scalar_find = scalar_find;
+    exphooks.scalar_string = scalar_string;
     exphooks.scalar_value = scalar_value;
     exphooks.matrix_find = matrix_find;
     exphooks.matrix_value = matrix_value;

@@ -119,7 +119,9 @@ int geigenvals(const double* a, int n, double* re, double* im);
 
 // ---- scalars ----
 int scalarset(const char* name, double v);
-int scalarfind(const char* name, double* v); // 1 found, 0 not
+int scalarfind(const char* name, double* v); // 1 found, 0 not (or a string)
+int strscalarset(const char* name, const char* text);
+const char* strscalarfind(const char* name); // the text, or null
 
 // ---- commands ----
 // `matrix accum`, `glsaccum`, `opaccum`, `vecaccum` (in that order): set by
