@@ -42,6 +42,9 @@ RULES = {
     "kernel": ["kernel", "data", "output"],
     # uniform() draws inline in the evaluator; the generator includes nothing
     "data/expr/exp_xeq.cpp": ["kernel", "data", "output", "results/rng/rng.h"],
+    # the distribution functions are numeric helpers of the evaluator, like
+    # the one-line ones beside them
+    "data/expr/exp_ops.h": ["kernel", "data", "output", "results/distrib/distrib.h"],
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,

@@ -69,5 +69,7 @@ int lumoxeq(const char* text);
 void lumoinit();
 void link_lumo();
 int set_lumodebug(); // `set lumodebug on|off`
+// Name of the built-in function of an index of `opbiltin`.
+const char* m_builtinname(int index);
 
 } // namespace korvu

@@ -8,6 +8,7 @@
 #include "data/area/dataarea.h"
 #include "data/area/missing.h"
 #include "data/formats/dates.h"
+#include "results/distrib/distrib.h"
 
 namespace korvu {
 
@@ -156,6 +157,36 @@ enum : int16_t {
     OP_UNIFORM0 = 224, // the old generator's next draw
     OP_CLS = 225,      // a class value by its name, as a number
     OP_SCLS = 226,     // the same as a string
+    // distribution functions
+    OP_NORMAL = 227,
+    OP_LNNORMAL = 228,
+    OP_INVNORMAL = 229,
+    OP_TPROB = 230,
+    OP_FTAIL = 231,
+    OP_FCUMM = 232,
+    OP_INVFTAIL = 233,
+    OP_INVFCUMM = 234,
+    OP_CHI2 = 235,
+    OP_CHI2TAIL = 236,
+    OP_INVCHI2 = 237,
+    OP_INVCHI2TAIL = 238,
+    OP_BINOMIAL = 239,
+    OP_INVBINOMIAL = 240,
+    OP_GAMMAP = 241,
+    OP_DGAMMAPDA = 242,
+    OP_DGAMMAPDX = 243,
+    OP_DGAMMAPDADA = 244,
+    OP_DGAMMAPDADX = 245,
+    OP_DGAMMAPDXDX = 246,
+    OP_INVGAMMAP = 247,
+    OP_IBETA = 248,
+    OP_INVIBETA = 249,
+    OP_TTAIL = 250,
+    OP_INVTTAIL = 251,
+    OP_TDEN = 252,
+    OP_FDEN = 253,
+    OP_BETADEN = 254,
+    OP_GAMMADEN = 255,
 };
 
 // Numeric helpers; `.` is misval and anything at or above it is missing.
@@ -239,7 +270,7 @@ KV_MATH1(f_asin, std::asin(x))
 KV_MATH1(f_acos, std::acos(x))
 KV_MATH1(f_floor, std::floor(x))
 KV_MATH1(f_ceil, std::ceil(x))
-KV_MATH1(f_lngamma, std::lgamma(x))
+KV_MATH1(f_lngamma, stlgma(x))
 KV_MATH1(f_tanh, std::tanh(x))
 KV_MATH1(f_atanh, std::atanh(x))
 KV_MATH1(f_logit, std::log(x / (1 - x)))
@@ -256,8 +287,11 @@ inline double f_float(double x) {
     if (!(std::fabs(f) <= 1.7014117331926443e38)) return misval; // beyond the float range
     return static_cast<double>(f);
 }
-double f_digamma(double x);
-double f_trigamma(double x);
+// Two-sided t probability.
+inline double f_tprob(double n, double t) {
+    double v = xmis(t) ? misval : ttail(n, std::fabs(t));
+    return xmis(v) ? misval : 2 * v;
+}
 
 inline double f_mod(double x, double y) {
     if (xmis(x) || xmis(y) || y <= 0) return misval;
@@ -343,8 +377,11 @@ inline double f_dow(double x) {
     X(OP_CLOGLOG, f_cloglog)                                                                       \
     X(OP_INVCLOGLOG, f_invcloglog)                                                                 \
     X(OP_LNFACT, f_lnfact)                                                                         \
-    X(OP_DIGAMMA, f_digamma)                                                                       \
-    X(OP_TRIGAMMA, f_trigamma)                                                                     \
+    X(OP_DIGAMMA, digamma)                                                                         \
+    X(OP_TRIGAMMA, trigamma)                                                                       \
+    X(OP_NORMAL, stnormal)                                                                         \
+    X(OP_LNNORMAL, stlnnormal)                                                                     \
+    X(OP_INVNORMAL, inormal)                                                                       \
     X(OP_NOT, n_not)                                                                               \
     X(OP_NEG, n_neg)                                                                               \
     X(OP_ISMISS, f_ismiss)                                                                         \
@@ -390,6 +427,21 @@ inline double f_dow(double x) {
     X(OP_RELDIF, f_reldif)                                                                         \
     X(OP_CHOP, f_chop)                                                                             \
     X(OP_COMB, f_comb)                                                                             \
+    X(OP_TPROB, f_tprob)                                                                           \
+    X(OP_CHI2, chi2cumm)                                                                           \
+    X(OP_CHI2TAIL, chi2tail)                                                                       \
+    X(OP_INVCHI2, invchi2cumm)                                                                     \
+    X(OP_INVCHI2TAIL, invchi2tail)                                                                 \
+    X(OP_GAMMAP, gammap)                                                                           \
+    X(OP_DGAMMAPDA, gammap_da)                                                                     \
+    X(OP_DGAMMAPDX, gammap_dx)                                                                     \
+    X(OP_DGAMMAPDADA, gammap_dada)                                                                 \
+    X(OP_DGAMMAPDADX, gammap_dadx)                                                                 \
+    X(OP_DGAMMAPDXDX, gammap_dxdx)                                                                 \
+    X(OP_INVGAMMAP, invgammap)                                                                     \
+    X(OP_TTAIL, ttail)                                                                             \
+    X(OP_INVTTAIL, invttail)                                                                       \
+    X(OP_TDEN, tden)                                                                               \
     X(OP_YW, datefn::yw)                                                                           \
     X(OP_YM, datefn::ym)                                                                           \
     X(OP_YQ, datefn::yq)                                                                           \
@@ -401,12 +453,23 @@ inline double f_dow(double x) {
     X(OP_CLIP, f_clip)                                                                             \
     X(OP_COND, f_cond)                                                                             \
     X(OP_INRANGE, f_inrange)                                                                       \
-    X(OP_TWITHIN, f_twithin)
+    X(OP_TWITHIN, f_twithin)                                                                       \
+    X(OP_FTAIL, ftail)                                                                             \
+    X(OP_FCUMM, fcumm)                                                                             \
+    X(OP_INVFTAIL, invftail)                                                                       \
+    X(OP_INVFCUMM, invfcumm)                                                                       \
+    X(OP_BINOMIAL, biprob)                                                                         \
+    X(OP_INVBINOMIAL, invbiprob)                                                                   \
+    X(OP_IBETA, ibeta)                                                                             \
+    X(OP_INVIBETA, invibeta)                                                                       \
+    X(OP_FDEN, fden)                                                                               \
+    X(OP_BETADEN, betaden)
 
 // Four-argument numeric functions.
 #define KV_QUATERNARY_OPS(X)                                                                       \
     X(OP_AUTOCODE, f_autocode)                                                                     \
-    X(OP_COND4, f_cond4)
+    X(OP_COND4, f_cond4)                                                                           \
+    X(OP_GAMMADEN, gammaden)
 
 // Words of operand that follow an opcode.
 int exp_operands(int op);

@@ -28,42 +28,42 @@ const FnRow fntable[] = {
     {"uniform0", fndesc(OP_UNIFORM0, 0, 0, 1, 0)},
     {"mod", fndesc(OP_MOD, 2, 0, 0, 0)},
     {"group", fndesc(OP_GROUP, 1, 0, 0, 0)},
-    {"normal", fndesc(0, 1, 0, 0, 0)},
-    {"normprob", fndesc(0, 1, 0, 0, 0)},
-    {"lnnormal", fndesc(0, 1, 0, 0, 0)},
-    {"lnormal", fndesc(0, 1, 0, 0, 0)},
-    {"invnormal", fndesc(0, 1, 0, 0, 0)},
-    {"tprob", fndesc(0, 2, 0, 0, 0)},
-    {"fprob", fndesc(0, 3, 0, 0, 0)},
-    {"invfprob", fndesc(0, 3, 0, 0, 0)},
-    {"Ftail", fndesc(0, 3, 0, 0, 0)},
-    {"F", fndesc(0, 3, 0, 0, 0)},
-    {"invFtail", fndesc(0, 3, 0, 0, 0)},
-    {"invF", fndesc(0, 3, 0, 0, 0)},
-    {"chi2", fndesc(0, 2, 0, 0, 0)},
-    {"chi2tail", fndesc(0, 2, 0, 0, 0)},
-    {"invchi2", fndesc(0, 2, 0, 0, 0)},
-    {"invchi2tail", fndesc(0, 2, 0, 0, 0)},
-    {"chiprob", fndesc(0, 2, 0, 0, 0)},
+    {"normal", fndesc(OP_NORMAL, 1, 0, 0, 0)},
+    {"normprob", fndesc(OP_NORMAL, 1, 0, 0, 0)},
+    {"lnnormal", fndesc(OP_LNNORMAL, 1, 0, 0, 0)},
+    {"lnormal", fndesc(OP_LNNORMAL, 1, 0, 0, 0)},
+    {"invnormal", fndesc(OP_INVNORMAL, 1, 0, 0, 0)},
+    {"tprob", fndesc(OP_TPROB, 2, 0, 0, 0)},
+    {"fprob", fndesc(OP_FTAIL, 3, 0, 0, 0)},
+    {"invfprob", fndesc(OP_INVFTAIL, 3, 0, 0, 0)},
+    {"Ftail", fndesc(OP_FTAIL, 3, 0, 0, 0)},
+    {"F", fndesc(OP_FCUMM, 3, 0, 0, 0)},
+    {"invFtail", fndesc(OP_INVFTAIL, 3, 0, 0, 0)},
+    {"invF", fndesc(OP_INVFCUMM, 3, 0, 0, 0)},
+    {"chi2", fndesc(OP_CHI2, 2, 0, 0, 0)},
+    {"chi2tail", fndesc(OP_CHI2TAIL, 2, 0, 0, 0)},
+    {"invchi2", fndesc(OP_INVCHI2, 2, 0, 0, 0)},
+    {"invchi2tail", fndesc(OP_INVCHI2TAIL, 2, 0, 0, 0)},
+    {"chiprob", fndesc(OP_CHI2TAIL, 2, 0, 0, 0)},
     {"nchi", fndesc(0, 3, 0, 0, 0)},
     {"nchi2", fndesc(0, 3, 0, 0, 0)},
     {"invnchi", fndesc(0, 3, 0, 0, 0)},
     {"invnchi2", fndesc(0, 3, 0, 0, 0)},
     {"npnchi", fndesc(0, 3, 0, 0, 0)},
     {"npnchi2", fndesc(0, 3, 0, 0, 0)},
-    {"Binomial", fndesc(0, 3, 0, 0, 0)},
-    {"invbinomial", fndesc(0, 3, 0, 0, 0)},
+    {"Binomial", fndesc(OP_BINOMIAL, 3, 0, 0, 0)},
+    {"invbinomial", fndesc(OP_INVBINOMIAL, 3, 0, 0, 0)},
     {"binorm", fndesc(0, 3, 0, 0, 0)},
     {"binormal", fndesc(0, 3, 0, 0, 0)},
     {"comb", fndesc(OP_COMB, 2, 0, 0, 0)},
-    {"gammap", fndesc(0, 2, 0, 0, 0)},
-    {"dgammapda", fndesc(0, 2, 0, 0, 0)},
-    {"dgammapdx", fndesc(0, 2, 0, 0, 0)},
-    {"dgammapdada", fndesc(0, 2, 0, 0, 0)},
-    {"dgammapdadx", fndesc(0, 2, 0, 0, 0)},
-    {"dgammapdxdx", fndesc(0, 2, 0, 0, 0)},
-    {"invgammap", fndesc(0, 2, 0, 0, 0)},
-    {"ibeta", fndesc(0, 3, 0, 0, 0)},
+    {"gammap", fndesc(OP_GAMMAP, 2, 0, 0, 0)},
+    {"dgammapda", fndesc(OP_DGAMMAPDA, 2, 0, 0, 0)},
+    {"dgammapdx", fndesc(OP_DGAMMAPDX, 2, 0, 0, 0)},
+    {"dgammapdada", fndesc(OP_DGAMMAPDADA, 2, 0, 0, 0)},
+    {"dgammapdadx", fndesc(OP_DGAMMAPDADX, 2, 0, 0, 0)},
+    {"dgammapdxdx", fndesc(OP_DGAMMAPDXDX, 2, 0, 0, 0)},
+    {"invgammap", fndesc(OP_INVGAMMAP, 2, 0, 0, 0)},
+    {"ibeta", fndesc(OP_IBETA, 3, 0, 0, 0)},
     {"atan", fndesc(OP_ATAN, 1, 0, 0, 0)},
     {"atan2", fndesc(OP_ATAN2, 2, 0, 0, 0)},
     {"sin", fndesc(OP_SIN, 1, 0, 0, 0)},
@@ -142,8 +142,8 @@ const FnRow fntable[] = {
     {"_byindex", fndesc(OP_BY, 0, 0, 1, 0)},
     {"_byn1", fndesc(OP_BY, 0, 0, 1, 0)},
     {"_byn2", fndesc(OP_BY, 0, 0, 1, 0)},
-    {"ttail", fndesc(0, 2, 0, 0, 0)},
-    {"invttail", fndesc(0, 2, 0, 0, 0)},
+    {"ttail", fndesc(OP_TTAIL, 2, 0, 0, 0)},
+    {"invttail", fndesc(OP_INVTTAIL, 2, 0, 0, 0)},
     {"serset", fndesc(0, 2, 0, 0, 0)},
     {"strserset", fndesc(0, 2, 0, 0, 1)},
     {"char", fndesc(OP_CHAR, 1, 0, 0, 1)},
@@ -154,10 +154,10 @@ const FnRow fntable[] = {
     {"cls", fndesc(OP_CLS, 1, 1, 0, 0)},
     {"scls", fndesc(OP_SCLS, 1, 1, 0, 1)},
     {"wordcount", fndesc(OP_WORDCOUNT, 1, 1, 0, 0)},
-    {"gammaden", fndesc(0, 4, 0, 0, 0)},
-    {"betaden", fndesc(0, 3, 0, 0, 0)},
-    {"invibeta", fndesc(0, 3, 0, 0, 0)},
-    {"Fden", fndesc(0, 3, 0, 0, 0)},
+    {"gammaden", fndesc(OP_GAMMADEN, 4, 0, 0, 0)},
+    {"betaden", fndesc(OP_BETADEN, 3, 0, 0, 0)},
+    {"invibeta", fndesc(OP_INVIBETA, 3, 0, 0, 0)},
+    {"Fden", fndesc(OP_FDEN, 3, 0, 0, 0)},
     {"nbetaden", fndesc(0, 4, 0, 0, 0)},
     {"nibeta", fndesc(0, 4, 0, 0, 0)},
     {"invnibeta", fndesc(0, 4, 0, 0, 0)},
@@ -170,7 +170,7 @@ const FnRow fntable[] = {
     {"invcloglog", fndesc(OP_INVCLOGLOG, 1, 0, 0, 0)},
     {"tanh", fndesc(OP_TANH, 1, 0, 0, 0)},
     {"atanh", fndesc(OP_ATANH, 1, 0, 0, 0)},
-    {"tden", fndesc(0, 2, 0, 0, 0)},
+    {"tden", fndesc(OP_TDEN, 2, 0, 0, 0)},
     {"indexnot", fndesc(OP_INDEXNOT, 2, 1, 0, 0)},
     {"E1overkBin", fndesc(0, 3, 0, 0, 0)},
     {"E1overkHyp", fndesc(0, 3, 0, 0, 0)},
@@ -185,33 +185,6 @@ const FnRow* findfn(const char* name) {
 }
 
 // ---- numeric functions beyond one line ------------------------------------------
-
-double f_digamma(double x) {
-    if (xmis(x)) return misval;
-    if (x <= 0 && x == std::floor(x)) return misval;
-    double r = 0;
-    if (x < 0) { // reflection
-        return f_digamma(1 - x) - M_PI / std::tan(M_PI * x);
-    }
-    while (x < 12) r -= 1 / x, x += 1;
-    double f = 1 / (x * x);
-    return r + std::log(x) - 0.5 / x -
-           f * (1.0 / 12 - f * (1.0 / 120 - f * (1.0 / 252 - f * (1.0 / 240 - f / 132))));
-}
-
-double f_trigamma(double x) {
-    if (xmis(x)) return misval;
-    if (x <= 0 && x == std::floor(x)) return misval;
-    if (x < 0) {
-        double s = std::sin(M_PI * x);
-        return M_PI * M_PI / (s * s) - f_trigamma(1 - x);
-    }
-    double r = 0;
-    while (x < 12) r += 1 / (x * x), x += 1;
-    double f = 1 / (x * x);
-    return r + 1 / x + f / 2 +
-           f / x * (1.0 / 6 - f * (1.0 / 30 - f * (1.0 / 42 - f * (1.0 / 30 - f * 5.0 / 66))));
-}
 
 double f_comb(double n, double k) {
     if (xmis(n) || xmis(k)) return misval;

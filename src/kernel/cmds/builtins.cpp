@@ -25,6 +25,7 @@
 #include "results/settings.h"
 #include "results/stores.h"
 #include "results/summarize.h"
+#include "results/tables/tables.h"
 #include "ui/help.h"
 
 namespace korvu {
@@ -129,7 +130,7 @@ static constexpr Builtin builtin_table[] = {
     {"cp", 2, 'c', 600, 0, 0, copycmd, 0},
     {"count", 3, 'c', 0, 0, 1, countcmd, 0},
     {"cox", 3, 'c', 0, 0, 1, nullptr, 0},
-    {"correlate", 3, 'c', 0, 0, 1, nullptr, 0},
+    {"correlate", 3, 'c', 0, 0, 1, correlatecmd, 0},
     {"cmdlog", 6, 'c', 0, 0, 0, logcmd, 1},
     {"creturn", 4, 'c', 0, 0, 0, creturncmd, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
@@ -280,7 +281,7 @@ static constexpr Builtin builtin_table[] = {
     {"serset", 6, 's', 0, 0, 0, nullptr, 0},
     {"stypop", 6, 's', 0, 0, 0, nullptr, 0},
     {"tabdisp", 4, 't', 0, 0, 1, nullptr, 0},
-    {"tabulate", 2, 't', 0, 0, 1, nullptr, 0},
+    {"tabulate", 2, 't', 0, 0, 1, tabulatecmd, 0},
     {"tempvar", 7, 't', 0, 0, 0, tmpvcmd, 1},
     {"tempname", 8, 't', 0, 0, 0, tmpvcmd, 1},
     {"tempfile", 7, 't', 0, 0, 0, tmpvcmd, 0},

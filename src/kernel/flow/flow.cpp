@@ -50,7 +50,7 @@ int flow_getline() {
         sys_upline++;
         if (korvu_trace_flg) tracepgm(0);
         char* p = skipbl(console);
-        if (!*p || *p == '*') continue;
+        if (!*p || (*p == '*' && !getreq_keepstar)) continue;
         settok(console);
         return 0;
     }

@@ -35,6 +35,7 @@ uint8_t sys_is_cls = 0, exitflg = 0, gexitflg = 0, mac_expanded = 0, realbusy = 
 int32_t korvu_level = 0;
 const char* req_prompt = ". ";
 int32_t sysclock = 0;
+uint8_t getreq_keepstar = 0;
 int16_t korvu_busy = 0;
 int32_t batchmode = 0;
 int32_t sinit_state = 0;
@@ -179,7 +180,7 @@ int getreq(int fromprog) {
             if (doeof) return 1;
         }
         const char* p = skipblanks(console);
-        if (!*p || *p == '*') continue;
+        if (!*p || (*p == '*' && !getreq_keepstar)) continue;
         settok(console);
         return 0;
     }

@@ -20,6 +20,9 @@ extern int32_t korvu_level;
 // or what a command reading lines of its own (input) puts there meanwhile.
 extern const char* req_prompt;
 extern int32_t sysclock;
+// Set while a `lumo` block reads its lines: a line starting with `*` is a
+// statement there (a pointer dereference), not a comment.
+extern uint8_t getreq_keepstar;
 extern int16_t korvu_busy;
 extern int32_t batchmode;
 extern int32_t sinit_state;

@@ -35,6 +35,7 @@ struct MopInfo {
     MopLayout layout;
     int8_t pops, pushes; // -1: depends on an operand
     const char* what;    // one line of what it does
+    void (*xeq)();       // the machine's handler
 };
 
 inline constexpr int MOP_COUNT = 157; // 0 to 156; higher numbers index the built-ins

@@ -3,6 +3,7 @@
 // targets its interior; deleting words moves later code down and lowers every
 // address above them.
 #include <cstring>
+#include <vector>
 
 #include "lumo/codegen/opcodes.h"
 #include "lumo/front/cc.h"
@@ -83,6 +84,8 @@ static bool sweep1(int a) {
     return true;
 }
 
+static bool moveblock(int a);
+
 static bool sweep2(int a) {
     uint32_t* c = C();
     const uint32_t op = c[a];
@@ -99,7 +102,7 @@ static bool sweep2(int a) {
     // 2: jumps
     if (isjump(op)) {
         int t = static_cast<int>(c[a + 1]);
-        if (op == MOP_GOTO && t == a + 2) {
+        if (op == MOP_GOTO && t == a + 2 && a != 2) {
             del(a, 2);
             return true;
         }
@@ -176,7 +179,84 @@ static bool sweep2(int a) {
             return true;
         }
     }
+    // 9: block moves
+    if (op == MOP_GOTO && moveblock(a)) return true;
     return false;
+}
+
+static bool isexit(uint32_t op) {
+    return op == MOP_GOTO || op == MOP_RETURN || op == MOP_STOP;
+}
+
+// 9: `1 A` where the block at A is entered only by jumps (the instruction
+// before it never falls through) and ends in an unconditional exit: the
+// block takes the place of the jump. Every address follows the words it
+// pointed at.
+static bool moveblock(int a) {
+    uint32_t* c = C();
+    const int n = LEN();
+    if (a == 2 || c[a] != MOP_GOTO) return false;
+    const int A = static_cast<int>(c[a + 1]);
+    // the body at word 4 and the prologue keep their places in the layout
+    if (A <= 4 || A >= n || A == a || A == static_cast<int>(c[3])) return false;
+    // the instruction before A must not fall into it
+    int prev = -1, at = 2;
+    while (at < A) {
+        prev = at;
+        at += lenat(at);
+    }
+    if (at != A || prev < 0 || !isexit(c[prev])) return false;
+    int E = A;
+    while (E < n && !isexit(c[E])) E += lenat(E);
+    if (E >= n) {
+        cc_msg("optimize:  unterminated block not optimized\n");
+        return false;
+    }
+    E += lenat(E);
+    if (a >= A && a < E) return false;
+    // new order of the words, and where each old word went
+    std::vector<uint32_t> out;
+    std::vector<int> where(static_cast<size_t>(n) + 1, -1);
+    out.reserve(static_cast<size_t>(n));
+    auto put = [&](int from, int to) {
+        for (int k = from; k < to; k++) {
+            where[static_cast<size_t>(k)] = static_cast<int>(out.size());
+            out.push_back(c[k]);
+        }
+    };
+    if (a < A) {
+        put(0, a);
+        put(A, E);
+        put(a + 2, A);
+        put(E, n);
+    } else {
+        put(0, A);
+        put(E, a);
+        put(A, E);
+        put(a + 2, n);
+    }
+    where[static_cast<size_t>(a)] = where[static_cast<size_t>(A)];
+    where[static_cast<size_t>(a) + 1] = where[static_cast<size_t>(A)];
+    where[static_cast<size_t>(n)] = static_cast<int>(out.size());
+    MWork* w = m_work;
+    int k = 0;
+    for (int i = 0; i < w->nfix; i++) {
+        MFix f = w->fix[i];
+        if (f.at == a + 1) continue; // the jump that went
+        f.at = where[static_cast<size_t>(f.at)];
+        w->fix[k++] = f;
+    }
+    w->nfix = k;
+    memcpy(w->code, out.data(), 4u * out.size());
+    w->pgm.len = static_cast<int>(out.size());
+    for (int i = 0; i < w->nfix; i++) {
+        if (w->fix[i].kind != FU_ADR) continue;
+        uint32_t& v = w->code[w->fix[i].at];
+        v = static_cast<uint32_t>(where[v]);
+    }
+    if (w->pgm.prologue >= 0 && w->pgm.prologue <= n)
+        w->pgm.prologue = where[static_cast<size_t>(w->pgm.prologue)];
+    return true;
 }
 
 void cc_optimize() {

@@ -464,6 +464,16 @@ static void compile_assign(int lo, int eq, int hi) {
         tpush(r);
         return;
     }
+    // a struct member, s.x or p->x: the member itself is the target, stored
+    // through its address
+    if (eq - lo >= 3 && T(eq - 1) == 131 && (T(eq - 2) == 160 || T(eq - 2) == 161)) {
+        cc_sub(lo, eq);
+        checkstore(tpop());
+        mop_add(MOP_REF);
+        mop_add(MOP_SSTOMAT);
+        tpush(r);
+        return;
+    }
     if (T(lo) == '*') {
         cc_sub(lo + 1, eq);
         const int p = tpop();

@@ -1,5 +1,6 @@
 // The `lumo` command in its four forms, the block's internal commands, the
 // settings of the compiler and the start-up of the language.
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -16,6 +17,8 @@
 #include "kernel/program/program.h"
 #include "lumo/front/lexer.h"
 #include "lumo/lumo.h"
+#include "lumo/objects/mobj.h"
+#include "lumo/vm/vm.h"
 #include "output/spout.h"
 #include "results/settings.h"
 
@@ -38,12 +41,7 @@ static bool libpath_done = false;
 
 // Until the machine is linked, compiled statements cannot run.
 static int norun(LumoFcn*) {
-    const uint8_t lev = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21("running compiled Lumo statements is not yet available\n");
-    c_outlev = lev;
-    return 199;
+    return errtext(199, "running compiled Lumo statements is not yet available\n");
 }
 
 static void m_resetclock() {
@@ -52,17 +50,46 @@ static void m_resetclock() {
 
 void link_lumo() {
     m_runhook = norun;
+    link_lumovm();
 }
+
+#ifndef NDEBUG
+// The reference-count audit of debug builds: at exit, once every named
+// matrix and function is dropped, no object of the store may be left.
+static void m_audit() {
+    lumo_clearmats();
+    m_dropallfcns();
+    lumostakfree();
+    mo_reinit();
+    if (mo_counts.live || mo_counts.scells)
+        fprintf(stderr, "lumo audit: %lld objects and %lld strings not released\n",
+                static_cast<long long>(mo_counts.live), static_cast<long long>(mo_counts.scells));
+}
+#endif
 
 void lumoinit() {
     if (const char* p = getenv("LUMOLIB")) m_libpath = p;
     libpath_done = true;
+#ifndef NDEBUG
+    static bool audit = false;
+    if (!audit) atexit(m_audit);
+    audit = true;
+#endif
 }
 
 // Lines beyond the first come from the running source: the do-file, the
 // program or the user.
+// Inside the block a line starting with `*` is a statement, not a comment.
+static int blockgetline() {
+    const uint8_t keep = getreq_keepstar;
+    getreq_keepstar = 1;
+    const int rc = flow_getline();
+    getreq_keepstar = keep;
+    return rc;
+}
+
 static int cmdlines(std::string& out) {
-    if (flow_getline()) return 1;
+    if (blockgetline()) return 1;
     out = console;
     return 0;
 }
@@ -87,37 +114,52 @@ static int blockcmd(const char* line) {
     std::string word;
     while (*p && *p != ' ' && *p != '\t') word += *p++;
     p = skipbl(p);
-    if (word.empty()) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spout21("lumo: subcommand expected\n");
-        return 198;
-    }
+    if (word.empty()) return errtext(198, "lumo: subcommand expected\n");
     if (word == "clear") {
         if (*p) return error(198);
+        lumo_clearmats();
         m_dropallfcns();
         return 0;
     }
     if (word == "drop") {
-        std::string name;
-        while (*p && *p != '(' && *p != ' ') name += *p++;
-        if (name.empty() || strncmp(p, "()", 2)) return error(198);
-        if (m_dropfcn(name.c_str())) {
-            c_outlev = 3;
-            spoutsetptagweak();
-            spoutf("%s() not found\n", name.c_str());
-            return 111;
+        // names of matrices and of functions (with "()")
+        while (*p) {
+            std::string name;
+            while (*p && *p != '(' && *p != ' ') name += *p++;
+            const bool fcn = !strncmp(p, "()", 2);
+            if (fcn) p += 2;
+            if (name.empty() || (*p && *p != ' ')) return error(198);
+            if (fcn ? m_dropfcn(name.c_str()) : lumo_dropmat(name.c_str()))
+                return errorf(111, fcn ? "%s() not found\n" : "%s not found\n", name.c_str());
+            p = skipbl(p);
         }
         return 0;
     }
-    static const char* const others[] = {"describe", "mosave",  "rename", "which",      "memory",
-                                         "llib",     "matsave", "matuse", "matdescribe"};
+    if (word == "describe") return lumo_describe(p);
+    if (word == "memory") return lumo_memory(p);
+    if (word == "rename") return lumo_rename(p);
+    static const char* const others[] = {"mosave",  "which",  "llib",
+                                         "matsave", "matuse", "matdescribe"};
     for (const char* o : others)
         if (word == o) return notyet((std::string("lumo ") + o).c_str());
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf("lumo %s:  invalid subcommand\n", word.c_str());
-    return 198;
+    return errorf(198, "lumo %s:  invalid subcommand\n", word.c_str());
+}
+
+// `lumo describe` and the others typed as a command: a subcommand word
+// alone or followed by names, never by an operator.
+static bool issubcmd(const char* p) {
+    static const char* const words[] = {"clear",   "drop",   "describe",   "memory",
+                                        "rename",  "mosave", "which",      "llib",
+                                        "matsave", "matuse", "matdescribe"};
+    for (const char* w : words) {
+        const size_t n = strlen(w);
+        if (strncmp(p, w, n)) continue;
+        const char* q = skipbl(p + n);
+        if (p[n] == 0) return true;
+        if (p[n] != ' ' && p[n] != '\t') continue;
+        if (isalpha(static_cast<unsigned char>(*q)) || *q == '_' || *q == '*') return true;
+    }
+    return false;
 }
 
 // Compiles and runs the statements of one line. Returns the code of the
@@ -168,6 +210,15 @@ int lumocmd(int) {
     }
     const std::string first = rest;
     int rc = 0;
+    if (!colon && issubcmd(rest)) {
+        std::string line = "lumo ";
+        line += rest;
+        rc = blockcmd(line.c_str());
+        lumo_xeq_depth--;
+        delimit = sv.delimit;
+        m_strict = sv.strict;
+        return rc;
+    }
     m_linesource = cmdlines;
     if (!first.empty()) {
         // one statement
@@ -180,7 +231,7 @@ int lumocmd(int) {
         m_mayreadcons = 1;
         m_abort_on_end = 1;
         for (;;) {
-            if (flow_getline()) break;
+            if (blockgetline()) break;
             std::string line = console;
             const char* p = skipbl(line.c_str());
             if (isword(p, "end") && !*skipbl(p + 3)) break;
@@ -199,7 +250,7 @@ int lumocmd(int) {
                     // the rest of the block is skipped
                     if (!ended)
                         for (;;) {
-                            if (flow_getline()) break;
+                            if (blockgetline()) break;
                             const char* q = skipbl(console);
                             if (isword(q, "end") && !*skipbl(q + 3)) break;
                         }

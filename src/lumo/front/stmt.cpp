@@ -6,6 +6,7 @@
 #include <new>
 
 #include "kernel/dict/dict.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
@@ -32,11 +33,7 @@ void cc_msg(const char* fmt, ...) {
     va_start(ap, fmt);
     vsnprintf(buf, sizeof buf, fmt, ap);
     va_end(ap);
-    const uint8_t lev = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21(buf);
-    c_outlev = lev;
+    errtext(3000, buf);
 }
 
 void cc_fail(const char* fmt, ...) {
@@ -757,7 +754,7 @@ int m_dropfcn(const char* name) {
     LumoFcn* f = m_findfcn(name);
     if (!f) return 111;
     if (f == lastfcn) lastfcn = nullptr;
-    if (f->count > 1)
+    if (f->count > 0)
         f->replaced = 1;
     else
         dmrm(f);
@@ -768,7 +765,7 @@ void m_dropoldfcns() {
     for (void* it = dmnext(nullptr, nullptr, DM_LUMOFCN, nullptr); it;) {
         void* nx = dmnext(it, nullptr, DM_LUMOFCN, nullptr);
         auto* f = static_cast<LumoFcn*>(it);
-        if (f->replaced && f->count <= 1) {
+        if (f->replaced && f->count <= 0) {
             if (f == lastfcn) lastfcn = nullptr;
             dmrm(f);
         }

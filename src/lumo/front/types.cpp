@@ -166,4 +166,10 @@ const MBuiltin* m_findbuiltin(const char* name) {
     return nullptr;
 }
 
+const char* m_builtinname(int index) {
+    for (const MBuiltin& b : m_bitab)
+        if (b.index == index) return b.name;
+    return "?";
+}
+
 } // namespace korvu

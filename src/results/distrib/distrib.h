@@ -14,7 +14,8 @@ double digamma(double x);
 double trigamma(double x);
 
 double gammap(double a, double x); // regularised lower incomplete gamma
-// Partial derivatives of gammap; `mode` selects which (5 is the plain value).
+// Partial derivatives of gammap; `mode` selects which: 1 d/dx, 2 d/da,
+// 3 d2/da2, 4 d2/dadx, 5 the plain value, 6 d2/dx2.
 double gammap_mode(double a, double x, int mode);
 double gammap_dx(double a, double x);
 double gammap_da(double a, double x);
@@ -46,5 +47,11 @@ double stlnnormal(double z); // its log, without underflow for large negative z
 double inormal(double p);    // inverse standard normal
 double normalden(double z);
 double lnnormalden(double z);
+
+// Densities of t, F, beta and gamma (shape a, scale b, location g).
+double tden(double n, double t);
+double fden(double n1, double n2, double f);
+double betaden(double a, double b, double x);
+double gammaden(double a, double b, double g, double x);
 
 } // namespace korvu

@@ -79,5 +79,41 @@ function tri2(real scalar n) {
 function sx(struct S scalar s) { return(s.x) }
 function sxx(struct S scalar s) { return(s.next.x) }
 function twice(x) { return(x * x) }
+// block moves: the body of a for loop takes the place of the jump to it,
+// and the loop of a while with a break keeps its shape
+function sumto(real scalar n) {
+    real scalar i, s
+    s = 0
+    for (i = 1; i <= n; i++) {
+        if (i == 5) break
+        s = s + i
+    }
+    return(s)
+}
+function wh(n) {
+    while (n > 0) {
+        if (n == 3) {
+            n = n - 2
+            continue
+        }
+        n--
+    }
+    return(n)
+}
+end
+set lumooptimize off
+lumo
+// a struct member as the target of an assignment: the member, its
+// address, the store through the pointer
+function ms(struct S scalar s, pointer(struct S scalar) scalar p) {
+    s.x = (1, 2)
+    p->x = 3
+}
+end
+set lumooptimize on
+lumo
+// the optimized loops give the values worked by hand: 1+2+3+4 and 0
+sumto(10)
+wh(6)
 end
 display "test completed"
