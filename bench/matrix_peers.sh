@@ -4,16 +4,18 @@
 #   generator .random(N));
 #   matrix B = syminv(A) of a 400 x 400 positive definite A = X'X + 400 I
 #   (R solve(), numpy.linalg.inv()), made once by numpy with a fixed seed and
-#   read by every system from the same digits.
-# Only the work is timed, best of 3; Korvu's figures are its own timing of
-# each command (`set rmsg on`). Usage: bench/matrix_peers.sh [build-dir] [N]
-# (default: build 10000000). Not a test: it prints a table and appends it to
-# bench/RESULTS.md. Installs r-base-core and python3-numpy when missing.
+#   read by every system from the same digits;
+#   matrix C = inv(A), the general inverse by LU, beside it.
+# Figures are CPU time (user + system); see below for how each side is timed.
+# Usage: bench/matrix_peers.sh [build-dir] [N] (default: build 10000000);
+# K=# in the environment sets Korvu's repetitions (default 10). Not a test: it
+# prints a table for bench/RESULTS.md. Installs r-base-core and python3-numpy
+# when missing.
 set -euo pipefail
 build=${1:-build}
 N=${2:-10000000}
-K=400
-results=$(cd "$(dirname "$0")" && pwd)/RESULTS.md
+KM=400
+
 exe=$(cd "$build/bin" && pwd)/korvu-xe
 [ -x "$exe" ] || { echo "no $exe: build first" >&2; exit 1; }
 py=/usr/bin/python3
@@ -33,7 +35,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work"
 
 # a.txt for R and numpy; mk.do builds the same A in Korvu row by row
-"$py" - "$K" <<'PYEOF'
+"$py" - "$KM" <<'PYEOF'
 import sys
 import numpy as np
 k = int(sys.argv[1])
@@ -50,47 +52,72 @@ with open("mk.do", "w") as f:
         f.write("matrix A = (A \\ R%d)\n" % i)
 PYEOF
 
-{
-  echo "set memory $(( N / 10000 + 100 ))m"
-  echo "set obs $N"
-  echo "do mk.do"
-  echo "set rmsg on"
-  for k in 1 2 3; do
-    echo "generate double x = uniform()"
-    echo "drop x"
-  done
-  for k in 1 2 3; do echo "matrix B = syminv(A)"; done
-} > bench.do
-"$exe" -b do bench.do >/dev/null 2>&1 || true
-# the rmsg line after each timed command: "r; t=0.12 ..."
-best() {
-  awk -v cmd="$1" 'index($0, cmd) == 1 { getline; if ($0 ~ /t=/) { sub(/.*t=/, ""); sub(/ .*/, ""); print } }' bench.log |
-    sort -g | head -1
+# Korvu is timed from outside, in CPU time (user + system): a run that makes
+# the data and does the work K times, less a run that only makes the data,
+# over K, best of 2 runs of each. R and numpy time the work in-process with
+# their CPU clocks, best of 3.
+K=${K:-10}
+cpu() { # CPU seconds of a command, which must succeed
+  /usr/bin/time -f "%U %S" -o t.out "$@" >/dev/null 2>&1 || {
+    echo "failed: $*" >&2
+    exit 1
+  }
+  awk '{ print $1 + $2 }' t.out
 }
-korvu_gen=$(best ". generate double x = uniform()")
-korvu_inv=$(best ". matrix B = syminv(A)")
+best2() {
+  a=$(cpu "$@")
+  b=$(cpu "$@")
+  awk -v a="$a" -v b="$b" 'BEGIN { print (a < b ? a : b) }'
+}
+per() { awk -v w="$1" -v b="$2" -v k="$3" 'BEGIN { printf "%.3f", (w - b) / k }'; }
+setup="set memory $((N / 10000 + 100))m
+set obs $N
+do mk.do"
+echo "$setup" > base.do
+{ echo "$setup"; for ((i = 0; i < K; i++)); do echo "generate double x = uniform()"; echo "drop x"; done; } > gen.do
+{ echo "$setup"; for ((i = 0; i < K; i++)); do echo "matrix B = syminv(A)"; done; } > inv.do
+{ echo "$setup"; for ((i = 0; i < K; i++)); do echo "matrix C = inv(A)"; done; } > lu.do
+kb=$(best2 "$exe" -q -b do base.do)
+korvu_gen=$(per "$(best2 "$exe" -q -b do gen.do)" "$kb" "$K")
+korvu_inv=$(per "$(best2 "$exe" -q -b do inv.do)" "$kb" "$K")
+korvu_lu=$(per "$(best2 "$exe" -q -b do lu.do)" "$kb" "$K")
+# the inverse agrees with numpy's
+cat > chk.do <<DO
+$setup
+matrix B = syminv(A)
+display %21.0g el(B, 1, 1) " " %21.0g el(B, 400, 399)
+DO
+"$exe" -q -b do chk.do >/dev/null 2>&1 || true
+kchk=$(grep -E '^ *-?[0-9.]+e?' chk.log | tail -1)
 
 r_out=$(Rscript -e "
-n <- $N; g <- Inf; for (k in 1:3) g <- min(g, system.time(x <- runif(n))[['elapsed']])
+cpu <- function(f) { t <- system.time(f()); t[['user.self']] + t[['sys.self']] }
+n <- $N; g <- Inf; for (k in 1:3) g <- min(g, cpu(function() runif(n)))
 a <- as.matrix(read.table('a.txt')); s <- Inf
-for (k in 1:3) s <- min(s, system.time(b <- solve(a))[['elapsed']])
-cat(g, s, '\n')")
+for (k in 1:3) s <- min(s, cpu(function() solve(a)))
+cat(sprintf('%.3f', c(g, s)), '\n')")
 np_out=$("$py" -c "
 import time, numpy as np
 n = $N; rng = np.random.default_rng(1); a = np.loadtxt('a.txt')
 def best(f):
     t = []
     for _ in range(3):
-        t0 = time.perf_counter(); f(); t.append(time.perf_counter() - t0)
+        t0 = time.process_time(); f(); t.append(time.process_time() - t0)
     return min(t)
-print(best(lambda: rng.random(n)), best(lambda: np.linalg.inv(a)))")
+b = np.linalg.inv(a)
+print('%.3f %.3f %.17g %.17g' % (best(lambda: rng.random(n)), best(lambda: np.linalg.inv(a)), b[0, 0], b[399, 398]))")
 
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b }'; }
+rg=$(echo "$r_out" | cut -d' ' -f1); rs=$(echo "$r_out" | cut -d' ' -f2)
+ng=$(echo "$np_out" | cut -d' ' -f1); ns=$(echo "$np_out" | cut -d' ' -f2)
 table="
-## Generator and symmetric inverse ($(date -u +%Y-%m-%d), load $(cut -d' ' -f1-3 /proc/loadavg))
+## Generator and symmetric inverse, CPU time ($(date -u +%Y-%m-%d), load $(cut -d' ' -f1-3 /proc/loadavg))
 
-| workload | Korvu | R | numpy |
-|---|---|---|---|
-| uniform, N = $N | ${korvu_gen:-?} | $(echo "$r_out" | cut -d' ' -f1) | $(echo "$np_out" | cut -d' ' -f1) |
-| inverse $K x $K | ${korvu_inv:-?} | $(echo "$r_out" | cut -d' ' -f2) | $(echo "$np_out" | cut -d' ' -f2) |"
+Inverse check, elements (1,1) and (400,399): Korvu $kchk; numpy $(echo "$np_out" | cut -d' ' -f3-4)
+
+| workload | Korvu [s] | R [s] | numpy [s] | Korvu/R | Korvu/numpy |
+|---|---:|---:|---:|---:|---:|
+| \`generate double x = uniform()\`, N = $N | $korvu_gen | $rg | $ng | $(ratio "$korvu_gen" "$rg") | $(ratio "$korvu_gen" "$ng") |
+| \`matrix B = syminv(A)\`, $KM x $KM (sweep) | $korvu_inv | $rs | $ns | $(ratio "$korvu_inv" "$rs") | $(ratio "$korvu_inv" "$ns") |
+| \`matrix C = inv(A)\`, $KM x $KM (LU) | $korvu_lu | $rs | $ns | $(ratio "$korvu_lu" "$rs") | $(ratio "$korvu_lu" "$ns") |"
 echo "$table"
-echo "$table" >> "$results"

@@ -57,6 +57,13 @@ void clear_saved() {
     sretval_clear();
 }
 
+// Discarding the data ends the estimation results and the held ones, whose
+// marker variables go with the data.
+void discard_results() {
+    ab_est(1);
+    zapesti();
+}
+
 } // namespace
 
 void link_results() {
@@ -73,6 +80,7 @@ void link_results() {
     frame_hooks.cleanhret = [] { return cleanhret_level(typelmac); };
     dahooks.post_r = post_r;
     dahooks.clear_saved_results = clear_saved;
+    dahooks.discard_results = discard_results;
     arg_hooks.post_rmacro = post_rmac;
     arg_hooks.clear_r = clear_r;
     post_rmacro = post_rmac_void;

@@ -433,7 +433,8 @@ int result_macro_value(int which, const char* name, char* dst, size_t n) {
     return 0;
 }
 
-// `: r(scalars)' and kin: the tokenizer stands behind the letter.
+// `: r(scalars)' and kin, `: r(name)' for one result, and `: c(key)': the
+// tokenizer stands behind the letter.
 int result_macro_function(const char* word, char* dst) {
     int which = word[0];
     gettok(prsestd);
@@ -442,22 +443,20 @@ int result_macro_function(const char* word, char* dst) {
     std::string what = token;
     gettok(prsestd);
     if (!tokis(token, ")")) return error(198);
-    static const char* kinds[] = {"scalars", "macros", "matrices", "functions"};
-    int cls = which == 'r' ? RC_R : which == 'e' ? RC_E : RC_S;
-    for (int k = 0; k < 4; ++k)
-        if (what == kinds[k]) {
-            std::string s;
-            if (int rc = retvals_dir(cls, k + 1, s)) return rc;
-            snprintf(dst, static_cast<size_t>(macrolen), "%s", s.c_str());
-            return 0;
-        }
-    return error(198);
+    if (gettok(prsestd)[0]) return error(198);
+    return result_macro_value(which, what.c_str(), dst, static_cast<size_t>(macrolen));
 }
 
-// r(), e(), s() in expressions: 1 number, 2 string, 0 not there.
+// r(), e(), s() in expressions: 1 number, 2 string, 0 not there; a matrix
+// (e(b) and e(V) among them) is a negated 509, for it has no place in an
+// ordinary expression.
 int result_exp_value(int letter, const char* name, double* num, char* str) {
     int cls = letter == 'r' ? RC_R : letter == 'e' ? RC_E : RC_S;
+    if (cls == RC_E && (!std::strcmp(name, "b") || !std::strcmp(name, "V")) &&
+        hasmatforretval(ET_MATRIX, name[0]))
+        return -509;
     int kind = gretval_find(cls, name);
+    if (kind == RF_MATRIX) return -509;
     if (kind == RF_SCALAR) {
         *num = retval_get_as_double();
         return 1;

@@ -859,6 +859,7 @@ int change_vartype(int v, int code) {
 }
 
 void drop_all(int zap) {
+    if (dahooks.discard_results) dahooks.discard_results();
     if (zap && dahooks.dict_shutdown) {
         dahooks.dict_shutdown();
         if (dahooks.dict_init) dahooks.dict_init();

@@ -296,6 +296,7 @@ struct DataAreaHooks {
     void (*clear_discard)();         // ... and the pending discard
     void (*conslen_changed)();       // widths that depend on conslen
     void (*drop_all_extra)(int zap); // characteristics, S_FN, datalbl, i_nvar
+    void (*discard_results)();       // drop_all: e() and the held estimates go
     int (*record_pref)(const char* section, const char* key, const char* value);
     int (*class_context_init)();                    // news_alloc: class-system context
     void (*fatal_exit)(int code);                   // leave the program (default exit)

@@ -557,6 +557,7 @@ void result_store(char letter, const char* b, const char* e) {
         kind = exphooks.cfcn ? exphooks.cfcn(name.c_str(), &num, str) : 0;
     else
         kind = exphooks.rfcn ? exphooks.rfcn(letter, name.c_str(), &num, str) : 0;
+    if (kind < 0) failerr(-kind); // a matrix result: 509
     if (kind == 2) return pushsconst(str, std::strlen(str));
     if (kind == 1) return pushconst(num);
     if (letter == 'c') {
@@ -630,6 +631,9 @@ void name_alone(const std::string& name) {
     }
     if (!cs.algebra_only) {
         if (int v = findvariable(name)) return variable(name, v);
+        if (char str[EXP_STRMAX + 1];
+            exphooks.scalar_string && exphooks.scalar_string(name.c_str(), str))
+            return pushsconst(str, std::strlen(str));
         if (exphooks.scalar_find) {
             int id = exphooks.scalar_find(name.c_str());
             if (id >= 0) {
@@ -901,6 +905,9 @@ void function_call(const std::string& name, const char* ab, const char* ae) {
         const char* se = a[0].e;
         trim(sb, se);
         std::string sname(sb, se);
+        if (char str[EXP_STRMAX + 1];
+            exphooks.scalar_string && exphooks.scalar_string(sname.c_str(), str))
+            return pushsconst(str, std::strlen(str));
         int id = exphooks.scalar_find ? exphooks.scalar_find(sname.c_str()) : -1;
         if (id < 0) failmsg(111, "scalar %s not found\n", sname.c_str());
         emit(OP_SCALAR);

@@ -95,7 +95,9 @@ struct ExpHooks {
     // code (message printed). Null: time-series operators are not allowed.
     int (*rcp_compile)(const char* name);
     double (*rcpxeq)(int id, int obs);
-    // Scalars: id >= 0 for an existing scalar, -1 none; value by id at run time.
+    // Scalars: id >= 0 for an existing numeric scalar, -1 none; value by id at
+    // run time. A string scalar: 1 and its text (EXP_STRMAX + 1 bytes), else 0.
+    int (*scalar_string)(const char* name, char* str);
     int (*scalar_find)(const char* name);
     double (*scalar_value)(int id);
     // Matrices: non-zero when a matrix of the name exists.
@@ -112,7 +114,8 @@ struct ExpHooks {
     int (*coef)(int se, const char* name, double* out);
     // c(name): 1 number, 2 string (into str, EXP_STRMAX + 1 bytes), 0 unknown.
     int (*cfcn)(const char* name, double* num, char* str);
-    // r(), e(), s() by the letter: 1 number, 2 string, 0 not there.
+    // r(), e(), s() by the letter: 1 number, 2 string, 0 not there, or a
+    // negated code (a matrix, which an ordinary expression cannot hold).
     int (*rfcn)(int letter, const char* name, double* num, char* str);
     // e(sample): the marker variable's number, 0 when there are no estimates.
     int (*esample)();

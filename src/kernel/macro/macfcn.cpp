@@ -523,7 +523,7 @@ int macexfcn(char* dst) {
     }
     if (w == "dirsep") return put(dst, "/");
     if (w == "tsnorm") return hook(MXF_TSNORM, c, dst);
-    if (w == "r" || w == "e" || w == "s") return hook(MXF_RESULTS, c, dst);
+    if (w == "r" || w == "e" || w == "s" || w == "c") return hook(MXF_RESULTS, c, dst);
     if (w == "serset") return hook(MXF_SERSET, c, dst);
     if (w == "permname") return hook(MXF_PERMNAME, c, dst);
     if (w == "constraint") return hook(MXF_CONSTRAINT, c, dst);

@@ -28,22 +28,14 @@
 #include "results/matrix/matrix.h"
 #include "results/rng/rng.h"
 #include "results/settings.h"
+#include "results/stores.h"
 
 namespace korvu {
 
 namespace {
 
-int level3(int rc, const char* fmt, const char* a = "", const char* b = "") {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutsetptagweak();
-    spoutf(fmt, a, b);
-    c_outlev = old;
-    return rc;
-}
-
 int notyetsub(const char* what) {
-    return level3(199, "matrix %s not yet available\n", what);
+    return errorf(199, "matrix %s not yet available\n", what);
 }
 
 // The rest of the line, consumed.
@@ -63,7 +55,7 @@ bool isnamec(int c) {
 }
 
 int checkname(const std::string& name) {
-    if (name.size() > NAMELEN) return level3(198, "%s invalid name\n", name.c_str());
+    if (name.size() > NAMELEN) return errorf(198, "%s invalid name\n", name.c_str());
     if (int rc = chkname(name.c_str(), 1)) return rc;
     return chkreserved(name.c_str());
 }
@@ -248,7 +240,7 @@ int matlist() {
     if (findargasis("title", 1, arg, 513)[0]) o.title = arg;
     if (findargasis("format", 1, arg, sizeof arg)[0]) {
         FmtDesc fd;
-        if (chkfmt(arg, 1, &fd)) return level3(120, "%s invalid format\n", arg);
+        if (chkfmt(arg, 1, &fd)) return errorf(120, "%s invalid format\n", arg);
         o.fmt = arg;
     }
     o.header = findopt("header", 6, 1);
@@ -272,16 +264,11 @@ int matlist() {
         return false;
     };
     strip("r(", DM_RMATRIX, "r") || strip("e(", DM_EMATRIX, "e") ||
-        strip("return(", DM_RETMAT0, "return");
-    if (type == DM_RETMAT0) return notyetsub("list return()");
+        strip("return(", myrettype(3), "return");
     if (int rc = listone(shown.c_str(), inner.c_str(), type, o)) {
         if (rc != 111) return rc;
         if (cls) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("%s %s(%s) not found\n", "matrix", cls, inner.c_str());
-            c_outlev = old;
-            return 111;
+            return errorf(111, "matrix %s(%s) not found\n", cls, inner.c_str());
         }
         return matnotfound_m(inner.c_str());
     }
@@ -392,7 +379,7 @@ int matrcnam(int which, int col) {
         for (int j = 0; j < k - 1; j++)
             if (!std::strncmp(cur, out.data() + static_cast<size_t>(j) * STRIPE_ENTRY, STRIPE_EQ)) {
                 std::string eq(cur, strnlen(cur, STRIPE_EQ));
-                return level3(507, "equation %s is not together in one run\n",
+                return errorf(507, "equation %s is not together in one run\n",
                               eq.empty() ? "_" : eq.c_str());
             }
     }
@@ -451,7 +438,7 @@ static int decompsource(int ntargets, std::vector<std::string>* t, std::string* 
 // 504 with the subcommand's name when a decomposition meets a missing value.
 static int refusemissing(const MVal& a, const char* prefix) {
     for (double x : a.v)
-        if (x >= misval) return level3(504, prefix), error(504);
+        if (x >= misval) return errtext(504, prefix), error(504);
     return 0;
 }
 
@@ -574,7 +561,7 @@ int matrixcmd(int) {
     if (cmdcmp(w, "colnames", 4)) return matrcnam(0, 1);
     if (cmdcmp(w, "dir", 1)) return matdir();
     if (cmdcmp(w, "dispCns", 7)) return notyetsub("dispCns");
-    if (cmdcmp(w, "dissimilarity", 3)) return notyetsub("dissimilarity");
+    if (cmdcmp(w, "dissimilarity", 3)) return matdissim();
     if (cmdcmp(w, "drop", 4)) return matdrop();
     if (cmdcmp(w, "eigenvalues", 8)) return mateigenvalues();
     if (cmdcmp(w, "list", 1)) return matlist();
@@ -585,8 +572,8 @@ int matrixcmd(int) {
     if (cmdcmp(w, "post", 4)) return epostcmd(0);
     if (cmdcmp(w, "roweq", 4)) return matrcnam(1, 0);
     if (cmdcmp(w, "rownames", 4)) return matrcnam(0, 0);
-    if (cmdcmp(w, "score", 3)) return notyetsub("score");
-    if (cmdcmp(w, "substitute", 3)) return notyetsub("substitute");
+    if (cmdcmp(w, "score", 3)) return matscore();
+    if (cmdcmp(w, "substitute", 3)) return matsubst();
     if (cmdcmp(w, "svd", 3)) return matsvd();
     if (cmdcmp(w, "symeigen", 4)) return matceigen();
     if (cmdcmp(w, "vecaccum", 4)) return accumhook("vecaccum");
@@ -607,15 +594,22 @@ static int scalarlist(bool all, const std::vector<std::string>& names) {
     }
     for (auto& n : show) {
         double v;
-        if (!scalarfind(n.c_str(), &v)) return level3(111, "scalar %s not found\n", n.c_str());
+        const char* str = strscalarfind(n.c_str());
+        if (!str && !scalarfind(n.c_str(), &v))
+            return errorf(111, "scalar %s not found\n", n.c_str());
         char val[kFmtBufSize + 8], buf[120];
-        fmtnum(val, "%10.0g", v);
+        if (!str) fmtnum(val, "%10.0g", v);
         c_outlev = 1;
         snprintf(buf, sizeof buf, "%*s = ", std::max<int>(9, static_cast<int>(n.size())),
                  n.c_str());
         spout21(buf);
         c_outlev = 0;
-        spout21(val);
+        if (str) {
+            std::string q = std::string("\"") + str + "\"";
+            spout21(q.c_str());
+        } else {
+            spout21(val);
+        }
         newline();
     }
     return 0;
@@ -650,7 +644,7 @@ int scalarcmd(int) {
                 }
                 for (auto& n : names)
                     if (!dmfind0(n.c_str(), DM_SCALAR))
-                        return level3(111, "scalar %s not found\n", n.c_str());
+                        return errorf(111, "scalar %s not found\n", n.c_str());
                 for (auto& n : names) dmrm(dmfind0(n.c_str(), DM_SCALAR));
                 return 0;
             }
@@ -664,14 +658,20 @@ int scalarcmd(int) {
     if (int rc = checkname(word)) return rc;
     if (gtokis('=')) return error(198);
     static ExpObj obj;
-    if (int rc = compexp(&obj, 0, 0, 0)) return rc;
+    if (int rc = compexp(&obj, 3, 0, 0)) return rc; // a number or a text
     if (gettok(prsestd)[0]) return error(198);
     int32_t s1 = nobs1, s2 = nobs2, ss1 = nobss1, ss2 = nobss2;
     nobs1 = nobss1 = 1;
     nobs2 = nobss2 = nobs;
-    double v = xeq(&obj, 1);
+    double v = 0;
+    char text[EXP_STRMAX + 1] = "";
+    bool str = obj.result_kind == 1;
+    if (str)
+        sxeq(&obj, 1, text);
+    else
+        v = xeq(&obj, 1);
     nobs1 = s1, nobs2 = s2, nobss1 = ss1, nobss2 = ss2;
-    return scalarset(word.c_str(), v);
+    return str ? strscalarset(word.c_str(), text) : scalarset(word.c_str(), v);
 }
 
 // ---- links ---------------------------------------------------------------------------
@@ -679,7 +679,8 @@ int scalarcmd(int) {
 static std::vector<std::string> scalar_ids;
 
 static int scalar_find(const char* name) {
-    if (!dmfind0(name, DM_SCALAR)) return -1;
+    double v;
+    if (!scalarfind(name, &v)) return -1;
     for (size_t k = 0; k < scalar_ids.size(); k++)
         if (scalar_ids[k] == name) return static_cast<int>(k);
     scalar_ids.emplace_back(name);
@@ -692,6 +693,13 @@ static double scalar_value(int id) {
         !scalarfind(scalar_ids[static_cast<size_t>(id)].c_str(), &v))
         return misval;
     return v;
+}
+
+static int scalar_string(const char* name, char* str) {
+    const char* t = strscalarfind(name);
+    if (!t) return 0;
+    snprintf(str, EXP_STRMAX + 1, "%s", t);
+    return 1;
 }
 
 static int matrix_find(const char* name) {
@@ -854,18 +862,18 @@ static int dense_dims(const void* item, int* rows, int* cols) {
 }
 
 // `: all [numeric|string] scalars ["pattern"]`, `: all matrices ["pattern"]`,
-// in order of name; scalars here are all numeric.
+// in order of name.
 static int allscalmat(const char*, char* dst) {
     std::string w = gettok(prsestd);
-    bool strs = false;
+    int want = 0; // 0 either, 1 numeric, 2 string
     if (w == "numeric" || w == "string") {
-        strs = w == "string";
+        want = w == "string" ? 2 : 1;
         w = gettok(prsestd);
     }
     int type;
     if (w == "scalars")
         type = DM_SCALAR;
-    else if (w == "matrices" && !strs)
+    else if (w == "matrices" && !want)
         type = DM_MATRIX;
     else
         return error(198);
@@ -874,9 +882,11 @@ static int allscalmat(const char*, char* dst) {
     if (gettok(prsestd)[0]) return error(198);
     std::vector<std::string> names;
     char nm[dm_namelen + 1];
-    if (!strs)
-        for (void* it = dmnext(nullptr, nm, type, nullptr); it; it = dmnext(it, nm, type, nullptr))
-            if (nm[0] != '<' && !fnmatch(pattern.c_str(), nm, 0)) names.push_back(nm);
+    for (void* it = dmnext(nullptr, nm, type, nullptr); it; it = dmnext(it, nm, type, nullptr)) {
+        if (nm[0] == '<' || fnmatch(pattern.c_str(), nm, 0)) continue;
+        if (type == DM_SCALAR && want && (strscalarfind(nm) != nullptr) != (want == 2)) continue;
+        names.push_back(nm);
+    }
     std::sort(names.begin(), names.end());
     std::string out;
     for (auto& n : names) {
@@ -890,6 +900,7 @@ static int allscalmat(const char*, char* dst) {
 
 void link_matrix() {
     exphooks.scalar_find = scalar_find;
+    exphooks.scalar_string = scalar_string;
     exphooks.scalar_value = scalar_value;
     exphooks.matrix_find = matrix_find;
     exphooks.matrix_value = matrix_value;

@@ -26,14 +26,6 @@ namespace korvu {
 
 bool issymdense(const double* a, int n); // matstore.cpp
 
-static int say(int rc, const char* fmt, const char* a = "") {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf(fmt, a);
-    c_outlev = old;
-    return rc;
-}
-
 static std::string defstripe(int n, char prefix) {
     std::string s(static_cast<size_t>(n) * STRIPE_ENTRY, '\0');
     consecstd(s.data(), n, prefix);
@@ -309,12 +301,12 @@ int subend(const char* b, const char* e, int n, const std::string& stripe, bool 
                 if (eq == std::string(ent, strnlen(ent, STRIPE_EQ)) && (found < 0 || last))
                     found = j;
             }
-            if (found < 0) return say(111, "%s not found\n", nm.c_str());
+            if (found < 0) return errorf(111, "%s not found\n", nm.c_str());
             *k = found;
             return 0;
         }
         int j = stripefind(stripe, n, nm);
-        if (j < 0) return say(111, "%s not found\n", nm.c_str());
+        if (j < 0) return errorf(111, "%s not found\n", nm.c_str());
         *k = j;
         return 0;
     }
@@ -397,10 +389,7 @@ int needsquare(const MVal& a) {
 int notmiss(const MVal& a, const char* label) {
     for (double x : a.v)
         if (x >= misval) {
-            uint8_t old = c_outlev;
-            c_outlev = 3;
-            spoutf("%s: ", label);
-            c_outlev = old;
+            errorf(504, "%s: ", label);
             return error(504);
         }
     return 0;
@@ -439,7 +428,7 @@ int function(const std::string& name, const char* ab, const char* ae, const char
     if (name == "inv") {
         if (int rc = needsquare(a)) return rc;
         if (int rc = notmiss(a, "inv()")) return rc;
-        if (mfnsinv2(a.v.data(), a.r)) return say(506, "inv():  matrix is singular\n");
+        if (mfnsinv2(a.v.data(), a.r)) return errtext(506, "inv():  matrix is singular\n");
         MVal t = a;
         t.rs = a.cs, t.cs = a.rs;
         t.sym = false;
@@ -459,7 +448,7 @@ int function(const std::string& name, const char* ab, const char* ae, const char
         if (int rc = notmiss(a, "corr()")) return rc;
         for (int i = 0; i < a.r; i++)
             if (!(a.at(i, i) > 0))
-                return say(506, "corr(): matrix has zero or negative values on diagonal\n");
+                return errtext(506, "corr(): matrix has zero or negative values on diagonal\n");
         MVal t = a;
         for (int i = 0; i < a.r; i++)
             for (int j = 0; j < a.c; j++)
@@ -568,7 +557,10 @@ int function(const std::string& name, const char* ab, const char* ae, const char
     if (name == "el") {
         if (int rc = want(3)) return rc;
         std::string nm = namearg(args[0].first, args[0].second);
-        if (int rc = mvload(nm.c_str(), DM_MATRIX, &a, true)) return rc;
+        bool stored = nm.size() > 3 && (nm[0] == 'e' || nm[0] == 'r') && nm[1] == '(';
+        if (int rc = stored ? matarg(args[0].first, args[0].second, &a)
+                            : mvload(nm.c_str(), DM_MATRIX, &a, true))
+            return rc;
         double i, j;
         if (int rc = scalararg(args[1].first, args[1].second, &i)) return rc;
         if (int rc = scalararg(args[2].first, args[2].second, &j)) return rc;
@@ -601,7 +593,7 @@ int function(const std::string& name, const char* ab, const char* ae, const char
         if (int rc = want(1)) return rc;
         std::string nm = namearg(args[0].first, args[0].second);
         if ((nm != "_b" && nm != "VCE" && nm != "Cns") || mvload(nm.c_str(), DM_EST, out, false))
-            return say(111, "matrix %s not found\n", nm.c_str());
+            return errorf(111, "matrix %s not found\n", nm.c_str());
         return 0;
     }
     if (name == "hadamard") {

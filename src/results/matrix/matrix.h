@@ -119,7 +119,9 @@ int geigenvals(const double* a, int n, double* re, double* im);
 
 // ---- scalars ----
 int scalarset(const char* name, double v);
-int scalarfind(const char* name, double* v); // 1 found, 0 not
+int scalarfind(const char* name, double* v); // 1 found, 0 not (or a string)
+int strscalarset(const char* name, const char* text);
+const char* strscalarfind(const char* name); // the text, or null
 
 // ---- commands ----
 // `matrix accum`, `glsaccum`, `opaccum`, `vecaccum` (in that order): set by
@@ -127,6 +129,11 @@ int scalarfind(const char* name, double* v); // 1 found, 0 not
 // the "=". Null: the subcommand says it is not yet available.
 extern int (*matrix_accum_hooks[4])(const char* target);
 int matrixcmd(int);
+// `matrix score`, `matrix dissimilarity`, `matrix substitute`, the
+// tokenizer standing behind the subcommand's word.
+int matscore();
+int matdissim();
+int matsubst();
 int scalarcmd(int);
 // `ereturn post` and `ereturn repost` of the e store, behind `matrix post`
 // and `matrix repost`.

@@ -301,11 +301,7 @@ int makeusermat(MatDesc* d, const char* name, int kind, int rows, int cols) {
 }
 
 int matnotfound_m(const char* name) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf("matrix %s not found\n", name);
-    c_outlev = old;
-    return 111;
+    return errorf(111, "matrix %s not found\n", name);
 }
 
 int umatmustset(const char* name, int type, MatDesc* d) {
@@ -319,10 +315,7 @@ int umatnotmiss(const MatDesc* d, int whole, const char* label) {
     for (int i = 0; i < d->rows; i++)
         for (int j = 0; j < (lower ? i + 1 : d->cols) && j < d->cols; j++)
             if (matel(d, i, j) >= misval) {
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spoutf("%s: ", label);
-                c_outlev = old;
+                errorf(504, "%s: ", label);
                 return error(504);
             }
     return 0;
@@ -367,21 +360,38 @@ void fix1x1sym(const char* name, int type) {
 
 // ---- scalars ----------------------------------------------------------------
 
+// A scalar item holds a double (tag 0) or a text with its NUL (tag 1).
 int scalarset(const char* name, double v) {
     dmrm(dmfind0(name, DM_MATRIX));
     dmrm(dmfind0(name, DM_MATROW));
     dmrm(dmfind0(name, DM_MATCOL));
+    dmrm(dmfind0(name, DM_SCALAR));
     void* it = dmreadd(name, DM_SCALAR, 0, sizeof(double));
     if (!it) return error(950);
     std::memcpy(it, &v, sizeof v);
     return 0;
 }
 
+int strscalarset(const char* name, const char* text) {
+    dmrm(dmfind0(name, DM_MATRIX));
+    dmrm(dmfind0(name, DM_MATROW));
+    dmrm(dmfind0(name, DM_MATCOL));
+    dmrm(dmfind0(name, DM_SCALAR));
+    return dmsave(name, DM_SCALAR, 1, text, std::strlen(text) + 1) ? 0 : error(950);
+}
+
 int scalarfind(const char* name, double* v) {
-    void* it = dmfind0(name, DM_SCALAR);
-    if (!it || dmsize(it) != sizeof(double)) return 0;
+    int tag = 0;
+    void* it = dmfind(name, DM_SCALAR, &tag);
+    if (!it || tag != 0 || dmsize(it) != sizeof(double)) return 0;
     std::memcpy(v, it, sizeof *v);
     return 1;
+}
+
+const char* strscalarfind(const char* name) {
+    int tag = 0;
+    void* it = dmfind(name, DM_SCALAR, &tag);
+    return it && tag == 1 ? static_cast<const char*>(it) : nullptr;
 }
 
 } // namespace korvu
