@@ -27,6 +27,7 @@
 #include "kernel/parse/gettok.h"
 #include "kernel/program/program.h"
 #include "output/spout.h"
+#include "results/settings.h"
 
 namespace korvu {
 
@@ -1196,6 +1197,8 @@ void link_class() {
     exphooks.clsstr = exp_clsstr;
     frame_hooks.rmtmpclass = cls_frame_end;
     frame_hooks.cls_clear_return = clsrtn_clear;
+    schemelink.set = cls_set_scheme;
+    schemelink.current = cls_scheme_current;
 }
 
 } // namespace korvu

@@ -159,7 +159,6 @@ CVal lookup(const char* k) {
         key == "httpproxy" || key == "httpproxyauth" || key == "getsockopt")
         return S("off");
     if (key == "graphics" || key == "fastscroll") return S("on");
-    if (key == "scheme") return S("default");
     if (key == "printcolor") return S("automatic");
     if (key == "helpcolor" || key == "guixeqcmd" || key == "curscm" || key == "httpproxyhost" ||
         key == "httpproxyuser")

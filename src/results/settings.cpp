@@ -3,6 +3,7 @@
 // c() its values.
 #include "results/settings.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -30,6 +31,7 @@ namespace korvu {
 
 MatTolerances matrind;
 RngLink rnglink = {};
+SchemeLink schemelink = {};
 KeptSettings kset;
 
 namespace {
@@ -164,6 +166,33 @@ int set_maxiter() {
     if (int rc = chkrange("maxiter", v, 0, 16000)) return rc;
     if (int rc = endofline()) return rc;
     kset.maxiter = v;
+    return 0;
+}
+
+// set scheme name [, permanently]
+int set_scheme() {
+    if (!schemelink.set) return notyet("set scheme");
+    gettok(prsestd);
+    std::string name = token;
+    if (name.empty()) return error(198);
+    if (name.size() > NAMELEN) return errorf(198, "%s invalid name\n", name.c_str());
+    for (char ch : name)
+        if (!(std::isalnum(static_cast<unsigned char>(ch)) || ch == '_'))
+            return errorf(198, "%s invalid name\n", name.c_str());
+    gettok(prsestd);
+    bool perm = false;
+    if (tokis(token, ",")) {
+        gettok(prsestd);
+        if (!cmdcmp(token, "permanently", 4)) return error(198);
+        perm = true;
+        gettok(prsestd);
+    }
+    if (token[0]) return error(198);
+    if (int rc = schemelink.set(name.c_str())) return rc;
+    if (perm) {
+        c_outlev = 1;
+        spoutptl("({cmd:set scheme} preference recorded)\n");
+    }
     return 0;
 }
 
@@ -341,6 +370,10 @@ Val v_seed() {
     if (rnglink.seedtext) rnglink.seedtext(buf, sizeof buf);
     return txt(buf);
 }
+Val v_scheme() {
+    return txt(schemelink.current ? schemelink.current() : "default");
+}
+
 Val v_tol_0() {
     return num(matrind.tol_0);
 }
@@ -432,6 +465,7 @@ constexpr SetRow set_table[] = {
     {"maxiter", 7, set_maxiter, "maxiter", v_maxiter, G_OTHER},
     {"varabbrev", 9, set_varabbrev, "varabbrev", v_varabbrev, G_OTHER},
     {"seed", 2, set_seed, "seed", v_seed, G_OTHER},
+    {"scheme", 6, set_scheme, "scheme", v_scheme, G_OTHER},
     {"seed0", 5, set_seed0, nullptr, nullptr, nullptr},
     {"tol_0", 5, set_tol_0, "tol_0", v_tol_0, G_OTHER},
     {"tol_1", 5, set_tol_1, "tol_1", v_tol_1, G_OTHER},

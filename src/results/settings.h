@@ -26,6 +26,16 @@ struct RngLink {
 };
 extern RngLink rnglink;
 
+// Schemes of the graphics layer: `set scheme name` makes `name` current
+// (0, or a code with its message printed); current gives the name behind
+// c(scheme). Null until the class store is linked: `set scheme` then says
+// it is not yet available and c(scheme) is "default".
+struct SchemeLink {
+    int (*set)(const char* name);
+    const char* (*current)();
+};
+extern SchemeLink schemelink;
+
 // Settings kept here until their users come.
 struct KeptSettings {
     uint8_t dp_comma = 0; // set dp comma|period

@@ -23,6 +23,7 @@
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
+#include "kernel/program/argparse.h"
 #include "output/spout.h"
 
 namespace korvu {
@@ -238,7 +239,15 @@ static int label_dir() {
     if (int rc = readargs(a)) return rc;
     if (int rc = chkopt()) return rc;
     c_outlev = 1;
-    for (auto& n : vallab_names()) spoutf("%s\n", n.c_str());
+    std::string names;
+    for (auto& n : vallab_names()) {
+        spoutf("%s\n", n.c_str());
+        if (!names.empty()) names += ' ';
+        names += n;
+    }
+    // r(names): the value labels in the order listed
+    if (arg_hooks.clear_r) arg_hooks.clear_r();
+    if (arg_hooks.post_rmacro) return arg_hooks.post_rmacro("names", names.c_str());
     return 0;
 }
 

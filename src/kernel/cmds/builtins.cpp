@@ -126,7 +126,7 @@ static constexpr Builtin builtin_table[] = {
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
-    {"constraint", 4, 'c', 0, 0, 0, nullptr, 0},
+    {"constraint", 4, 'c', 0, 0, 0, constraintcmd, 0},
     {"continue", 8, 'c', 0, 0, 0, continuecmd, 0},
     {"copy", 4, 'c', 0, 0, 0, copycmd, 0},
     {"cp", 2, 'c', 600, 0, 0, copycmd, 0},

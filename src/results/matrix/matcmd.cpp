@@ -556,19 +556,19 @@ int matrixcmd(int) {
         return *after == '[' ? assignel(name) : assign(name);
     }
     if (cmdcmp(w, "accum", 2)) return accumhook("accum");
-    if (word == "cat") return notyetsub("cat");
+    if (word == "cat") return matcat();
     if (cmdcmp(w, "coleq", 4)) return matrcnam(1, 1);
     if (cmdcmp(w, "colnames", 4)) return matrcnam(0, 1);
     if (cmdcmp(w, "dir", 1)) return matdir();
-    if (cmdcmp(w, "dispCns", 7)) return notyetsub("dispCns");
+    if (cmdcmp(w, "dispCns", 7)) return matdispcns();
     if (cmdcmp(w, "dissimilarity", 3)) return matdissim();
     if (cmdcmp(w, "drop", 4)) return matdrop();
     if (cmdcmp(w, "eigenvalues", 8)) return mateigenvalues();
     if (cmdcmp(w, "list", 1)) return matlist();
     if (cmdcmp(w, "glsaccum", 4)) return accumhook("glsaccum");
     if (cmdcmp(w, "opaccum", 7)) return accumhook("opaccum");
-    if (cmdcmp(w, "makeCns", 6)) return notyetsub("makeCns");
-    if (cmdcmp(w, "mlout", 4)) return notyetsub("mlout");
+    if (cmdcmp(w, "makeCns", 6)) return matmakecns();
+    if (cmdcmp(w, "mlout", 4)) return matmlout();
     if (cmdcmp(w, "post", 4)) return epostcmd(0);
     if (cmdcmp(w, "roweq", 4)) return matrcnam(1, 0);
     if (cmdcmp(w, "rownames", 4)) return matrcnam(0, 0);

@@ -138,6 +138,14 @@ int scalarcmd(int);
 // `ereturn post` and `ereturn repost` of the e store, behind `matrix post`
 // and `matrix repost`.
 int epostcmd(int repost);
+// `matrix cat` and `matrix mlout`, the tokenizer behind the word.
+int matcat();
+int matmlout();
+// `constraint` (numbered constraint texts), `matrix makeCns` (the constraint
+// matrix of the current estimates, e(Cns)) and `matrix dispCns`.
+int constraintcmd(int);
+int matmakecns();
+int matdispcns();
 
 void link_matrix();
 
