@@ -399,8 +399,10 @@ int matdispcns() {
             if (a == 0) continue;
             std::string nm = j < b.cols ? b.colnames[j] : C.colnames[j];
             size_t c = nm.find(':');
-            if (c != std::string::npos) nm = "[" + nm.substr(0, c) + "]" + nm.substr(c + 1);
-            else if (eqs) nm = "[]" + nm;
+            if (c != std::string::npos)
+                nm = "[" + nm.substr(0, c) + "]" + nm.substr(c + 1);
+            else if (eqs)
+                nm = "[]" + nm;
             char num[64];
             double m = std::fabs(a);
             if (line.empty())
