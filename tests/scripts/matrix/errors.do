@@ -78,7 +78,7 @@ assert _rc == 199
 capture matrix post b V
 assert _rc != 0
 capture matrix mlout
-assert _rc == 199
+assert _rc == 301
 capture matrix nosuch[1, 1] = 2
 assert _rc == 111
 capture matrix A[5, 1] = 2
