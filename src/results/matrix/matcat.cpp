@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "data/vars/vartab.h"
 #include "kernel/errors/errors.h"
+#include "kernel/loop/limits.h"
 #include "kernel/parse/gettok.h"
 #include "results/matrix/matexp.h"
 #include "results/matrix/matrix.h"
@@ -26,6 +28,9 @@ int matcat() {
     while (!target.empty() && target.back() == ' ') target.pop_back();
     while (!target.empty() && target[0] == ' ') target.erase(0, 1);
     if (target.empty() || target.find(' ') != std::string::npos) return error(198);
+    if (target.size() > NAMELEN) return errorf(198, "%s invalid name\n", target.c_str());
+    if (int rc = chkname(target.c_str(), 1)) return rc;
+    if (int rc = chkreserved(target.c_str())) return rc;
     std::string rest = text.substr(eq + 1), opts;
     size_t comma = std::string::npos;
     int depth = 0;
@@ -41,8 +46,7 @@ int matcat() {
         opts = rest.substr(comma + 1);
         rest.erase(comma);
     }
-    bool bycols = false;
-    int nopt = 0;
+    bool bycols = false, byrows = false;
     for (size_t k = 0; k < opts.size();) {
         while (k < opts.size() && opts[k] == ' ') k++;
         size_t e = k;
@@ -51,13 +55,13 @@ int matcat() {
         std::string w = opts.substr(k, e - k);
         k = e;
         if (w.size() >= 3 && std::string("columns").compare(0, w.size(), w) == 0)
-            bycols = true, nopt++;
+            bycols = true;
         else if (w.size() >= 3 && std::string("rows").compare(0, w.size(), w) == 0)
-            bycols = false, nopt++;
+            byrows = true;
         else
             return errorf(198, "option %s not allowed\n", w.c_str());
     }
-    if (nopt > 1) return errtext(198, "only one of rows and columns may be specified\n");
+    if (bycols && byrows) return errtext(198, "only one of rows and columns may be specified\n");
     // the operands, separated by blanks outside parentheses
     std::vector<std::string> ops;
     std::string cur;

@@ -47,5 +47,10 @@ capture matrix cat T A B
 assert _rc == 198
 capture matrix cat T =
 assert _rc == 198
+capture matrix cat 1x = A B
+assert _rc == 198
+* an option given twice is no conflict
+matrix cat D = C C, rows rows
+assert rowsof(D) == 4
 assert T[1,1] == 9
 display "test completed"
