@@ -137,17 +137,30 @@ inline bool isstrtype(int code) {
 inline bool isnumtype(int code) {
     return code > 244;
 }
-inline int bytlenc(int code) {
-    if (code < 246) return code;
-    switch (code) {
-    case KV_OLDBYTE:
-    case KV_BYTE: return 1;
-    case KV_OLDINT:
-    case KV_INT: return 2;
-    case KV_OLDDOUBLE:
-    case KV_DOUBLE: return 8;
-    default: return 4;
+struct BytlenTable {
+    uint8_t len[256];
+};
+inline constexpr BytlenTable bytlen_table = [] {
+    BytlenTable t{};
+    for (int c = 0; c < 256; c++) {
+        switch (c) {
+        case KV_OLDBYTE:
+        case KV_BYTE: t.len[c] = 1; break;
+        case KV_OLDINT:
+        case KV_INT: t.len[c] = 2; break;
+        case KV_OLDDOUBLE:
+        case KV_DOUBLE: t.len[c] = 8; break;
+        case KV_OLDLONG:
+        case KV_OLDFLOAT:
+        case KV_LONG:
+        case KV_FLOAT: t.len[c] = 4; break;
+        default: t.len[c] = static_cast<uint8_t>(c);
+        }
     }
+    return t;
+}();
+inline int bytlenc(int code) {
+    return bytlen_table.len[code & 0xFF];
 }
 void map_vartypes_to_old(uint8_t* codes, int n);
 // "byte", "int", ..., "str12": the type name of a code (into a static buffer
@@ -158,6 +171,48 @@ const char* typename_of(int code);
 inline int32_t usedwidth() {
     return nvar ? mapi[nvar - 1] + bytlenc(typlist[nvar - 1]) : 0;
 }
+
+// ---------------------------------------------------------------------------
+// Columns
+// ---------------------------------------------------------------------------
+// The record area holds the rectangle by columns: variable v's cells lie end
+// to end, in its storage encoding, from colptr(v) = xtraptr + mapi[v-1] *
+// colstride, where colstride is the observation capacity maxobs rounded up to
+// a multiple of 8 (the block has room behind cddaptr for the rounding). Every
+// column of a numeric type is thus aligned to its cell size. The cell of
+// observation i is at colptr(v) + mapj[i-1] * bytlenc(type). The sizes, the
+// width, the partition and all limits are those of a rectangle of records of
+// syslrecl bytes: a user sees the same numbers whatever the layout.
+//
+// mapj is the identity except between a command that permutes it (the sort,
+// dropping observations) and the next colsync(), which gathers every column
+// into the observation order and resets mapj. The sort calls it at its end,
+// so loops over observations normally find the columns in order.
+extern int64_t colstride; // cells per column
+extern uint8_t mapjperm;  // mapj is not the identity
+extern int32_t mapjspan;  // entries of mapj that may differ from the identity
+inline uint8_t* colptr(int v) {
+    return xtraptr + static_cast<int64_t>(mapi[v - 1]) * colstride;
+}
+inline int cellwidth(int v) {
+    return bytlenc(typlist[v - 1]);
+}
+// Tells that entries of mapj below nobs were permuted.
+void mapj_changed();
+// Puts every column in the observation order of mapj and resets mapj to the
+// identity; nothing when it is the identity already.
+void colsync();
+
+// The column of numeric or string variable v for a loop over observations:
+// the address of observation 1's cell, observation i's cell being at
+// base + (i-1) * bytlenc(*type), with *type set to the storage type (251
+// byte as int8_t, 252 int as int16_t, 253 long as int32_t, 254 float, 255
+// double; 1..244 str#, cells of that many bytes). Valid until the next
+// command that changes the data's shape (adds, drops or retypes a variable,
+// adds observations or sorts); decode the cells with decode_cell or the
+// kvdouble_of_* functions so that missing values come out right.
+const void* colbase(int v, int* type);
+void* colbase_w(int v, int* type); // the same for writing
 
 // ---------------------------------------------------------------------------
 // Allocation and limits
@@ -220,6 +275,10 @@ void movevar(int from, int to);
 // observation (numbers through korvu_data/store, strings padded or cut):
 // 0, or 903 when the width cannot grow.
 int change_vartype(int v, int code);
+// Converts n cells of type oc at src into cells of type nc at dst (which may
+// be src itself), from the last cell when backward: numbers through
+// decode_cell/encode_cell, strings cut or padded with zero bytes.
+void convert_cells(uint8_t* dst, int nc, const uint8_t* src, int oc, int64_t n, bool backward);
 
 // Empties the dataset; with zap the dictionary is cleared too.
 void drop_all(int zap);

@@ -203,12 +203,14 @@ int syssave(const char* fname, const SaveOpts& o) {
     int64_t extended = 0;
     if (width) {
         const int64_t per = static_cast<int64_t>(out.buf.size() - 2) / width;
+        colsync();
         for (int i = 1; i <= nobs && !out.bad;) {
             out.flush();
-            int k = 0;
-            for (; k < per && i <= nobs; ++k, ++i) {
-                uint8_t* rec = out.buf.data() + k * width;
-                getdtaobs(rec, i, static_cast<int>(width));
+            const int k = static_cast<int>(std::min<int64_t>(per, nobs - i + 1));
+            getdtablock(out.buf.data(), static_cast<int>(width), i, k, nv);
+            i += k;
+            for (int r = 0; r < k && !oldcells.empty(); ++r) {
+                uint8_t* rec = out.buf.data() + r * width;
                 for (auto& [at, code] : oldcells) {
                     const double x = decode_cell(rec + at, code);
                     if (!ismissing(x)) continue;

@@ -189,7 +189,7 @@ int inputcmd(int) {
                 if (rc || nobs >= maxobs) return dataarea_error(901);
             }
             nobs++;
-            memcpy(obsptr(nobs), blank.data(), blank.size() - 1);
+            putdtaobs(blank.data(), nobs, static_cast<int>(blank.size() - 1));
         }
         for (size_t j = 0; j < nv; j++) {
             if (isstrtype(typlist[vars[j] - 1]))
