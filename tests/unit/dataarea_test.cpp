@@ -8,7 +8,10 @@
 #include <cstring>
 #include <string>
 
+#include "data/area/areacmds.h"
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
+#include "data/area/memfig.h"
 #include "data/area/storage.h"
 #include "dataarea_fixture.h"
 

@@ -123,8 +123,9 @@ TEST_F(Storage, ColumnsArePackedAndAligned) {
     EXPECT_EQ(dtaptr(Dv, 3) - dtaptr(Dv, 2), 8);
     for (int v = 1; v <= 11; v++) {
         const int w = bytlenc(typlist[v - 1]);
-        if (isnumtype(typlist[v - 1]))
+        if (isnumtype(typlist[v - 1])) {
             EXPECT_EQ(reinterpret_cast<uintptr_t>(colptr(v)) % w, 0u) << v;
+        }
     }
 }
 

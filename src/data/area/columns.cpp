@@ -104,8 +104,7 @@ namespace korvu {
 
 namespace {
 
-template <int W>
-void to_records(uint8_t* rec, int64_t recw, const uint8_t* col, int w, int64_t k) {
+template <int W> void to_records(uint8_t* rec, int64_t recw, const uint8_t* col, int w, int64_t k) {
     const int n = W ? W : w;
     for (int64_t r = 0; r < k; r++) std::memcpy(rec + r * recw, col + r * n, n);
 }
@@ -144,8 +143,8 @@ void getdtablock(uint8_t* buf, int width, int i0, int k, int nv) {
     }
     for (int v = 1; v <= nv; v++) {
         const int w = cellwidth(v);
-        cells_to_records(buf + mapi[v - 1], width,
-                         colptr(v) + static_cast<int64_t>(i0 - 1) * w, w, k);
+        cells_to_records(buf + mapi[v - 1], width, colptr(v) + static_cast<int64_t>(i0 - 1) * w, w,
+                         k);
     }
 }
 

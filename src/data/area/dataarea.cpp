@@ -1,5 +1,6 @@
 // The data block, the fixed tables, and the reshaping of the rectangle.
 #include "data/area/dataarea.h"
+#include "data/area/areahooks.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "data/area/storage.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
 #include "kernel/loop/scratch.h"
@@ -365,15 +367,13 @@ static int dict_to_tmp(char* name, size_t n) {
 static void dict_from_tmp(const char* name) {
     if (dahooks.dict_init) dahooks.dict_init();
     int fd = open(name, O_RDONLY);
-    uint8_t old = c_outlev;
-    c_outlev = 3;
     if (fd < 0) {
-        spout21("tmp file vanished; macros etc. lost\n");
+        errtext(0, "tmp file vanished; macros etc. lost\n");
     } else {
-        if (dahooks.dict_read && dahooks.dict_read(fd) == 1) spout21("error reading temp file\n");
+        if (dahooks.dict_read && dahooks.dict_read(fd) == 1)
+            errtext(0, "error reading temp file\n");
         close(fd);
     }
-    c_outlev = old;
     unlink(name);
 }
 

@@ -1,15 +1,20 @@
 // The data area: one block holding the observation-pointer table
 // `mapj` and the record area at `xtraptr`, the fixed per-variable tables, the
 // limits behind `set memory`, `set maxvar` and `set matsize`, and the
-// reshaping of the rectangle (`repart`). Cell accessors are in storage.h.
+// reshaping of the rectangle (`repart`). Cell accessors are in storage.h;
+// storage-type codes in stortype.h, the figures of `memory` in memfig.h, the
+// command handlers in areacmds.h and the links to other subsystems in
+// areahooks.h.
 //
+// The rectangle is measured as records of syslrecl bytes, variables packed
+// end to end at offsets mapi[v-1], and held as columns (see Columns below).
 // Address of a cell (variable v, observation i, both 1-based):
-//     xtraptr + mapj[i-1] * syslrecl + mapi[v-1]
-// Variables are packed end to end in the record with no alignment.
+//     xtraptr + mapi[v-1] * colstride + mapj[i-1] * bytlenc(typlist[v-1])
 #pragma once
 #include <cstddef>
 #include <cstdint>
 
+#include "data/area/stortype.h"
 #include "kernel/loop/limits.h"
 
 namespace korvu {
@@ -114,58 +119,6 @@ extern int fixed_untracked; // allocations made past NTRACKS
 // A non-zero return fails the pass. `release` (may be null) runs before the
 // blocks are freed.
 void register_fixed_client(int (*alloc)(), void (*release)());
-
-// ---------------------------------------------------------------------------
-// Storage types
-// ---------------------------------------------------------------------------
-enum : uint8_t {
-    KV_STRMAX = 244,
-    KV_OLDBYTE = 246,
-    KV_OLDINT = 247,
-    KV_OLDLONG = 248,
-    KV_OLDFLOAT = 249,
-    KV_OLDDOUBLE = 250,
-    KV_BYTE = 251,
-    KV_INT = 252,
-    KV_LONG = 253,
-    KV_FLOAT = 254,
-    KV_DOUBLE = 255,
-};
-inline bool isstrtype(int code) {
-    return code < 245;
-}
-inline bool isnumtype(int code) {
-    return code > 244;
-}
-struct BytlenTable {
-    uint8_t len[256];
-};
-inline constexpr BytlenTable bytlen_table = [] {
-    BytlenTable t{};
-    for (int c = 0; c < 256; c++) {
-        switch (c) {
-        case KV_OLDBYTE:
-        case KV_BYTE: t.len[c] = 1; break;
-        case KV_OLDINT:
-        case KV_INT: t.len[c] = 2; break;
-        case KV_OLDDOUBLE:
-        case KV_DOUBLE: t.len[c] = 8; break;
-        case KV_OLDLONG:
-        case KV_OLDFLOAT:
-        case KV_LONG:
-        case KV_FLOAT: t.len[c] = 4; break;
-        default: t.len[c] = static_cast<uint8_t>(c);
-        }
-    }
-    return t;
-}();
-inline int bytlenc(int code) {
-    return bytlen_table.len[code & 0xFF];
-}
-void map_vartypes_to_old(uint8_t* codes, int n);
-// "byte", "int", ..., "str12": the type name of a code (into a static buffer
-// when a string).
-const char* typename_of(int code);
 
 // Bytes the existing variables occupy in a record.
 inline int32_t usedwidth() {
@@ -301,67 +254,6 @@ int compress_target(int v, uint8_t* to);
 // strings. `out` (room for n entries, or nvar when n is 0) receives the
 // changes when not null, *nout their count. 0, 1 (break, nothing changed) or 3.
 int compress_vars(const int32_t* vars, int n, CompressChange* out, int* nout);
-
-// ---------------------------------------------------------------------------
-// `memory` and the `set memory` table
-// ---------------------------------------------------------------------------
-struct MemoryFigures {
-    // r() of `memory`
-    double N_cur, N_curmax, k_cur, w_cur, M_total, M_data, M_dyn, size_ptr, k, width;
-    double adosize, matsize, n_repart, n_shift, M_oh, M_matsize, M_dm;
-    // the report
-    uint64_t overhead, data, data_overhead, free, total; // details of set memory
-    uint64_t maxvar_usage, matsize_usage, other, other_total, grand_total;
-};
-MemoryFigures memory_figures();
-void memory_report(const MemoryFigures& f); // the printed report of `memory`
-void memory_table();                        // "Current memory allocation"
-// "%luM" for a whole number of megabytes, otherwise "%luk".
-inline constexpr size_t MEMAMTLEN = 24; // format_mem_amt: "#M" or "#k"
-char* format_mem_amt(uint64_t bytes, char* dst);
-// "1,234,567"
-char* commafy(uint64_t n, char* dst);
-// The amount of `set memory [+|-]#[b|k|m|g]`: 0 with *out set, 198 for bad
-// text, 912 when too large (or a negative relative result).
-int memory_amount(const char* text, uint64_t current, uint64_t* out);
-// Result of news_realloc as the return code of `set memory`.
-int set_memory_rc(int realloc_rc);
-
-// ---------------------------------------------------------------------------
-// Command handlers, reading their arguments from the tokenizer
-// ---------------------------------------------------------------------------
-int set_memory();      // set memory [+|-]#[b|k|m|g] [, permanently]
-int set_maxvar();      // set maxvar # [, permanently]
-int set_matsize();     // set matsize # [, permanently]
-int set_maxobs();      // set maxobs # [width #] [old_maxvar #]  (old do-files)
-int set_virtual();     // set virtual on|off
-int memorycmd(int);    // memory
-int repartcmd(int);    // _repart width|obs [+|-]#
-int compresscmd(int);  // compress [varlist]
-int drop_all_cmd(int); // drop _all
-
-// ---------------------------------------------------------------------------
-// Links to other subsystems, filled in as they come; all optional.
-// ---------------------------------------------------------------------------
-struct DataAreaHooks {
-    int (*dict_write)(int fd);       // dmwrite; 0 on success
-    int (*dict_read)(int fd);        // dmread; 0 on success
-    void (*dict_shutdown)();         // dmshutdown
-    void (*dict_init)();             // dminit
-    uint64_t (*dict_bytes)();        // dmmemory, used bytes
-    int (*lumo_state)();             // 0 idle and empty, 1 running, 2 not cleared
-    uint64_t (*lumo_bytes)();        // bytes of Lumo objects
-    void (*clear_saved_results)();   // set maxvar clears saved results
-    void (*clear_discard)();         // ... and the pending discard
-    void (*conslen_changed)();       // widths that depend on conslen
-    void (*drop_all_extra)(int zap); // characteristics, S_FN, datalbl, i_nvar
-    int (*record_pref)(const char* section, const char* key, const char* value);
-    int (*class_context_init)();                    // news_alloc: class-system context
-    void (*fatal_exit)(int code);                   // leave the program (default exit)
-    int32_t (*adosize)();                           // `set adosize`
-    void (*post_r)(const char* name, double value); // store a number in r()
-};
-extern DataAreaHooks dahooks;
 
 // Messages of the return codes of the data area (3, 4, 900-914, 1010) with their
 // advice; returns the code. Other codes are handed to error().

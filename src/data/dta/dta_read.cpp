@@ -436,11 +436,7 @@ static int openfile(const char* fname, int* fd) {
 
 static int report(int rc, const char* fname) {
     if (rc == 6101) {
-        c_outlev = 3;
-        spout21("file ");
-        spout21(fname);
-        spout21(" from more recent version of Korvu\n");
-        return 610;
+        return errorf(610, "file %s from more recent version of Korvu\n", fname);
     }
     if (rc >= 900 && rc < 1100) return dataarea_error(rc);
     if (rc == 1) return 1;

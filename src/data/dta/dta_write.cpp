@@ -88,17 +88,13 @@ int syssave(const char* fname, const SaveOpts& o) {
         for (void* it = dmnext(nullptr, name, DM_VALLAB, nullptr); it;
              it = dmnext(it, name, DM_VALLAB, nullptr)) {
             if (vlmaxlen(static_cast<int32_t*>(it)) > 80) {
-                c_outlev = 3;
-                spoutf("value label %s ", name);
-                spout21("contains labels longer than 80 characters\n");
+                errorf(459, "value label %s contains labels longer than 80 characters\n", name);
                 ++bad;
             }
         }
         if (bad) {
-            c_outlev = 3;
-            spout21("The older format cannot hold such labels; shorten them with label define,\n"
-                    "modify or save in the present format.\n");
-            return 459;
+            return errtext(459, "The older format cannot hold such labels; shorten them with label "
+                                "define,\nmodify or save in the present format.\n");
         }
     }
     int nv = nvar;
@@ -112,10 +108,10 @@ int syssave(const char* fname, const SaveOpts& o) {
     if (format == 110)
         for (int v = 1; v <= nv; ++v)
             if (!cnv111to110vtype(typlist[v - 1])) {
-                c_outlev = 3;
-                spoutf("variable %s is %s; the format holds strings of 128 characters at most\n",
-                       varname(v), typename_of(typlist[v - 1]));
-                return 459;
+                return errorf(459,
+                              "variable %s is %s; the format holds strings of 128 characters "
+                              "at most\n",
+                              varname(v), typename_of(typlist[v - 1]));
             }
     if (nobs == 0) {
         c_outlev = 1;

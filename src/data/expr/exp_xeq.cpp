@@ -385,11 +385,7 @@ char* sxeq(ExpObj* obj, int i, char* buf) {
 }
 
 static int matrix_store_missing() {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spout21("matrix expressions are not available yet\n");
-    c_outlev = old;
-    return 199;
+    return errtext(199, "matrix expressions are not available yet\n");
 }
 
 int xeqmat_g(ExpObj* obj, const char* name, int namelen, double* out) {

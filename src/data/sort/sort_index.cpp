@@ -147,9 +147,7 @@ int sort_restore(int flag) {
     std::string key = std::to_string(preserve_depth);
     void* item = dmfind0(key.c_str(), DM_SORTPRESERVE);
     if (!item) {
-        c_outlev = 3;
-        spout21("could not restore sort index -- system header not found\n");
-        return 9196;
+        return errtext(9196, "could not restore sort index -- system header not found\n");
     }
     const char* rec = static_cast<const char*>(item);
     int nnames = static_cast<int>(dmsize(item) / NAMELEN1);
@@ -160,9 +158,7 @@ int sort_restore(int flag) {
         for (int k = 0; k + 1 < nnames && !rc; k++) {
             int v = sysfindvar(rec + k * NAMELEN1);
             if (!v) {
-                c_outlev = 3;
-                spout21("could not restore sort order because variables were dropped\n");
-                rc = 196;
+                rc = errtext(196, "could not restore sort order because variables were dropped\n");
             } else {
                 varlist_vr[n++] = v;
             }
