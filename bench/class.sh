@@ -33,7 +33,7 @@ display "x = \$x"
 DO
 for t in member global; do
   echo "$t:"
-  /usr/bin/time -o time.txt -f "  %e s elapsed, %U s user, %M KB max resident" \
+  /usr/bin/time -o time.txt -f "  %e s elapsed, %U s user, %S s sys, %M KB max resident" \
     "$exe" -q -b do $t.do
   grep -E "^x = |^r\(" $t.log | sed 's/^/  /'
   cat time.txt

@@ -27,13 +27,6 @@ static std::string trim(const std::string& s) {
     return b == std::string::npos ? "" : s.substr(b, e - b + 1);
 }
 
-static int say(const char* text, int rc) {
-    c_outlev = 3;
-    spoutsetptagweak();
-    spout21(text);
-    return rc;
-}
-
 int cls_autoload(const char* name) {
     char path[1024];
     if (!srchado(name, "class", 1, path, sizeof path)) return 0;
@@ -59,7 +52,7 @@ int cls_findclasstype(const char* name, clskey* out) {
 }
 
 // Runs one command line as if it had been read (for `_cls` lines).
-static int runline(const std::string& text) {
+int cls_runline(const std::string& text) {
     snprintf(console, conslen, "%s", text.c_str());
     settok(console);
     gettok(prsestd);
@@ -74,10 +67,7 @@ static int class_options(clskey ct, const std::string& opts) {
     if (o[0] != ',') return error(198);
     o = trim(o.substr(1));
     if (o.compare(0, 8, "inherit(") != 0 || o.back() != ')') {
-        say("option ", 198);
-        spout21(o.c_str());
-        spout21(" not allowed\n");
-        return 198;
+        return errorf(198, "option %s not allowed\n", o.c_str());
     }
     std::string names = o.substr(8, o.size() - 9);
     if (names.size() > 660) return error(4000);
@@ -154,11 +144,11 @@ static int read_block(const std::string& name) {
             continue;
         }
         if (line.compare(0, 5, "_cls ") == 0) {
-            rc = runline(line.substr(5));
+            rc = cls_runline(line.substr(5));
             continue;
         }
         if (line.compare(0, 8, "version ") == 0) {
-            rc = runline(line);
+            rc = cls_runline(line);
             reinterpret_cast<ClsType*>(cls_ndata(cls_node(ct)))->version = vernum;
             continue;
         }
@@ -351,9 +341,8 @@ int stclass(int) {
     }
     if (!rest.empty() && rest[0] == '{') {
         if (!(autoload_level && reading_cls_pgm && sys_pgmclass[0])) {
-            say("class command must be followed by a ", 198);
-            spout21("name or command must appear in an class-file.\n");
-            return 198;
+            return errtext(198, "class command must be followed by a "
+                                "name or command must appear in an class-file.\n");
         }
         return read_block(sys_pgmclass);
     }
@@ -370,19 +359,17 @@ int stclass(int) {
     if (word == "toplevel") return class_toplevel();
     if (word == "_dmm") return class_dmm();
     if (word == "pgmdir") return class_pgmdir();
-    if (word == "modify" || word == "nameof" || word == "nameoflocal" || word == "new" ||
-        word == "set" || word == "korvu" || word == "try" || word == "undo") {
-        std::string what = "class " + word;
-        return notyet(what.c_str());
-    }
-    return say("not a class definition or subcommand\n", 198);
+    int found = 0;
+    int rc = class_subcommand(word, after, &found);
+    if (found) return rc;
+    return errtext(198, "not a class definition or subcommand\n");
 }
 
 // `_cls cmd`: a command run as written (inside a class block it is run there).
 int clscmd_direct(int) {
     std::string rest = trim(wheretok());
     if (rest.empty()) return 0;
-    return runline(rest);
+    return cls_runline(rest);
 }
 
 } // namespace korvu

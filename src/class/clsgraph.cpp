@@ -8,6 +8,7 @@
 #include <string>
 
 #include "class/clslang.h"
+#include "class/clsscheme.h"
 #include "data/area/missing.h"
 #include "kernel/errors/errors.h"
 #include "output/spout.h"
@@ -30,11 +31,13 @@ static const char* ownclass(clskey inst) {
 }
 
 // The scheme's entry of this object's class: `.__SCHEME.<class>`.
+// The scheme is read from its file the first time a style is asked for.
 static clskey scheme_of(clskey inst) {
-    std::string ref = std::string(".__SCHEME.") + ownclass(inst);
-    ClsRef r{};
-    if (cls_find(ref.c_str(), false, &r) || !r.value) return nullkey;
-    return cls_ntype(cls_node(r.value)) == CLS_CLASS ? r.value : nullkey;
+    clskey root = cls_scheme_root();
+    if (!root || cls_ntype(cls_node(root)) != CLS_CLASS) return nullkey;
+    clskey* h = cls_find_name_in_class(ownclass(inst), root);
+    clskey v = h ? cls_drill(*h) : nullkey;
+    return v && cls_ntype(cls_node(v)) == CLS_CLASS ? v : nullkey;
 }
 
 // Copies the attributes of style `name` onto the object; a note when the
@@ -115,6 +118,21 @@ static int _populate_stylenames(clskey inst) {
                     if (int rc = cls_arr_push_str(arr, cls_nname(cls_node(a)))) return rc;
     }
     return cls_hold_key(h, arr);
+}
+
+static const char* const style_words[] = {"setstyle", "_read_style", "_restyle",
+                                          "_populate_stylenames"};
+static const char* const grid_words[] = {"dims", "put", "get"};
+
+bool cls_builtin_has(clskey ct, const char* word) {
+    if (!strcmp(word, "null")) return true;
+    if (cls_type_is_of_type(ct, "style"))
+        for (const char* w : style_words)
+            if (!strcmp(word, w)) return true;
+    if (cls_type_is_of_type(ct, "grid"))
+        for (const char* w : grid_words)
+            if (!strcmp(word, w)) return true;
+    return false;
 }
 
 static int cls_style(clskey inst, const char* word, const char* args, int* found) {

@@ -2,6 +2,10 @@
 // the built-in members and class macro expansion.
 #include "class/clslang.h"
 
+#include "class/clsscheme.h"
+
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,13 +56,18 @@ static bool namechar(char c) {
 
 // Splits ".a.b[2].c" into its components; 0 or 4029 / 4003.
 static int splitname(const char* text, std::vector<Comp>& out) {
-    out.clear();
+    size_t nc = 0;
     const char* p = text;
     while (*p == ' ') p++;
     if (*p == '.') p++;
     for (;;) {
-        Comp c;
-        if (out.empty() && !strncmp(p, "__key(", 6)) {
+        if (out.size() <= nc) out.emplace_back();
+        Comp& c = out[nc];
+        c.paren.clear();
+        c.index = 0;
+        c.more.clear();
+        c.key = nullkey;
+        if (nc == 0 && !strncmp(p, "__key(", 6)) {
             const char* e = nullptr;
             c.key = ref_to_key(p, &e);
             if (!e) return 4003;
@@ -87,11 +96,12 @@ static int splitname(const char* text, std::vector<Comp>& out) {
                 c.index = static_cast<int>(v);
             p = e + 1;
         }
-        out.push_back(c);
+        nc++;
         if (!*p || *p == ' ') break;
         if (*p != '.') return 4003;
         p++;
     }
+    out.resize(nc);
     return 0;
 }
 
@@ -208,8 +218,13 @@ static clskey* meta_array(clskey v, const Comp& c) {
     return s && *s ? s : nullptr;
 }
 
+// Set while an expression is evaluated: a name that is not there is not
+// looked for as a class file (no command may run inside the evaluator).
+static bool find_noload = false;
+
 static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create, ClsRef* out) {
     clskey* holder = nullptr;
+    clskey* global_holder = nullptr; // the holder of a top-level name
     clskey cur = nullkey, owner = nullkey;
     size_t i = 0;
     const Comp& c0 = comps[0];
@@ -257,9 +272,10 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
                 }
                 if (n) {
                     holder = reinterpret_cast<clskey*>(cls_ndata(cls_node(n)));
+                    global_holder = scope != 2 ? holder : nullptr;
                 } else if (scope != 2) {
-                    clskey ct;
-                    if (cls_findclasstype(c.name.c_str(), &ct)) return 4012;
+                    clskey ct = cls_findclasstype_loaded(c.name.c_str());
+                    if (!ct && (find_noload || cls_findclasstype(c.name.c_str(), &ct))) return 4012;
                     cur = ct;
                 } else {
                     return 4012;
@@ -293,16 +309,29 @@ static int find_comps(const std::vector<Comp>& comps, size_t ncomp, bool create,
         owner = v;
         if (int rc = apply_index(c, create, holder, cur)) return rc;
     }
+    const Comp& last = comps[ncomp - 1];
+    out->arr = last.index && holder ? reference_key : nullkey;
+    out->dex = last.index && holder ? reference_dex : -1;
+    out->top = holder && holder == global_holder;
     out->holder = holder;
     out->value = holder ? cls_drill(*holder) : cur;
     out->owner = owner;
     return 0;
 }
 
+// Look-ups nest (a class file read on first use makes look-ups of its own),
+// so each depth keeps its own list of components, reused from line to line.
+static std::vector<Comp> comp_pool[8];
+static int comp_depth = 0;
+
 int cls_find(const char* name, bool create, ClsRef* out) {
-    std::vector<Comp> comps;
-    if (int rc = splitname(name, comps)) return rc;
-    return find_comps(comps, comps.size(), create, out);
+    std::vector<Comp> local;
+    std::vector<Comp>& comps = comp_depth < 8 ? comp_pool[comp_depth] : local;
+    comp_depth++;
+    int rc = splitname(name, comps);
+    if (!rc) rc = find_comps(comps, comps.size(), create, out);
+    comp_depth--;
+    return rc;
 }
 
 static int report(const std::string& name, int rc) {
@@ -399,7 +428,7 @@ static int member_hook(clskey inst, const char* pgm, const char* args, int* foun
 
 // --- values as text ---------------------------------------------------------------
 
-static std::string numtext(double x, bool exact) {
+std::string cls_numtext(double x, bool exact) {
     char buf[64];
     if (ismissing(x)) {
         int l = missing_letter(x);
@@ -409,8 +438,20 @@ static std::string numtext(double x, bool exact) {
         }
         return ".";
     }
+    if (exact && x == std::trunc(x) && std::fabs(x) < 1e15) {
+        // whole numbers, the usual counters, without the general conversion
+        char* e = buf + sizeof buf;
+        *--e = 0;
+        uint64_t u = static_cast<uint64_t>(std::fabs(x));
+        do *--e = static_cast<char>('0' + u % 10);
+        while (u /= 10);
+        if (x < 0) *--e = '-';
+        return e;
+    }
     if (exact) {
-        snprintf(buf, sizeof buf, "%.17g", x);
+        // the shortest text that reads back as the same double
+        auto r = std::to_chars(buf, buf + sizeof buf - 1, x);
+        *r.ptr = 0;
     } else {
         fmtnum(buf, "%18.0g", x);
     }
@@ -423,7 +464,7 @@ static std::string valuetext(clskey v) {
     v = cls_drill(v);
     if (!v) return "";
     switch (cls_ntype(cls_node(v))) {
-    case CLS_DOUBLE: return numtext(cls_get_num(v), false);
+    case CLS_DOUBLE: return cls_numtext(cls_get_num(v), false);
     case CLS_STRING:
     case CLS_TMPSTRING: return cls_ndata(cls_node(v));
     default: {
@@ -434,7 +475,7 @@ static std::string valuetext(clskey v) {
 }
 
 // Class references inside an expression become their values.
-static std::string expand_refs(const std::string& s) {
+static std::string expand_refs(const std::string& s, const std::string* known, clskey knownval) {
     std::string out;
     out.reserve(s.size() + 16);
     size_t i = 0, n = s.size();
@@ -462,10 +503,15 @@ static std::string expand_refs(const std::string& s) {
         while (e < n && (namechar(s[e]) || s[e] == '.' || s[e] == '[' || s[e] == ']')) e++;
         std::string ref = s.substr(i, e - i);
         ClsRef r{};
-        if (!cls_find(ref.c_str(), false, &r)) {
+        int frc = 0;
+        if (known && ref == *known)
+            r.value = knownval;
+        else
+            frc = cls_find(ref.c_str(), false, &r);
+        if (!frc) {
             int t = r.value ? cls_ntype(cls_node(r.value)) : 0;
             if (t == CLS_DOUBLE) {
-                out += numtext(cls_get_num(r.value), true);
+                out += cls_numtext(cls_get_num(r.value), true);
             } else if (t == CLS_STRING) {
                 const char* sv = cls_get_str(r.value);
                 if (strchr(sv, '"')) {
@@ -490,9 +536,11 @@ static std::string expand_refs(const std::string& s) {
     return out;
 }
 
-static int eval_expression(const std::string& text, clskey* out) {
+// known: a reference already resolved to knownval by the caller.
+static int eval_expression(const std::string& text, clskey* out, const std::string* known = nullptr,
+                           clskey knownval = nullkey) {
     static ExpObj obj; // a compiled object is large: not on the stack
-    std::string e = expand_refs(text);
+    std::string e = expand_refs(text, known, knownval);
     if (int rc = compexp_text(&obj, e.data(), e.data() + e.size(), 3, 0)) return rc;
     int32_t s1 = nobs1, s2 = nobs2, ss1 = nobss1, ss2 = nobss2;
     nobs1 = nobss1 = 1;
@@ -595,9 +643,7 @@ static int creator(const std::string& full, clskey base, const std::string& word
         return cls_clone1_instance(out, base);
     }
     if (word == "ref") {
-        c_outlev = 3;
-        spout21("= assigment of a reference is not allowed\n");
-        return 4009;
+        return errtext(4009, "= assigment of a reference is not allowed\n");
     }
     // a member program, whose `class exit` value is the result
     clsrtn_clear();
@@ -633,24 +679,35 @@ int cls_rvalue(const std::string& text, clskey* out) {
         std::string tok, rest;
         split_first(t, &tok, &rest);
         std::string base, word;
-        if (split_call(tok, &base, &word)) {
+        bool split = split_call(tok, &base, &word);
+        if (split && (word == "new" || word == "copy" || word == "_clone" || word == "_clone1" ||
+                      word == "ref")) {
+            ClsRef b{};
+            if (!cls_find(base.c_str(), false, &b) && b.value)
+                return creator(tok, b.value, word, rest, out);
+        }
+        ClsRef r{};
+        int rc = cls_find(tok.c_str(), false, &r);
+        if (!rc) {
+            // a member program of the owner comes before a member of that name
+            if (split && r.owner && cls_searchpgm(classtype_of(r.owner), word.c_str()))
+                return creator(tok, r.owner, word, rest, out);
+            if (rest.empty()) {
+                if (!r.value) return report(tok, 4002);
+                return cls_newvalue(out, r.value, 0);
+            }
+            return eval_expression(t, out, &tok, r.value);
+        }
+        if (split) {
             ClsRef b{};
             if (!cls_find(base.c_str(), false, &b) && b.value) {
                 int bt = cls_ntype(cls_node(b.value));
-                bool objectish = bt == CLS_CLASS || bt == CLS_CLASSTYPE;
-                if (word == "new" || word == "copy" || word == "_clone" || word == "_clone1" ||
-                    word == "ref" ||
-                    (objectish && cls_searchpgm(classtype_of(b.value), word.c_str())))
+                if ((bt == CLS_CLASS || bt == CLS_CLASSTYPE) &&
+                    cls_searchpgm(classtype_of(b.value), word.c_str()))
                     return creator(tok, b.value, word, rest, out);
             }
         }
         if (rest.empty()) {
-            ClsRef r{};
-            int rc = cls_find(tok.c_str(), false, &r);
-            if (!rc) {
-                if (!r.value) return report(tok, 4002);
-                return cls_newvalue(out, r.value, 0);
-            }
             // `.a` to `.z` alone are missing values
             bool misscode = tok.size() == 2 && tok[1] >= 'a' && tok[1] <= 'z';
             if (!misscode) return report(tok, rc);
@@ -669,9 +726,7 @@ static bool ends_with(const std::string& s, const char* tail) {
 static int assign_ref(const std::string& lhs, const std::string& rhs) {
     std::string r = trim(rhs);
     if (!ends_with(r, ".ref") || r.find(' ') != std::string::npos) {
-        c_outlev = 3;
-        spout21("= assigment of a reference is not allowed\n");
-        return 4009;
+        return errtext(4009, "= assigment of a reference is not allowed\n");
     }
     std::string rbase = r.substr(0, r.size() - 4);
     ClsRef src{};
@@ -695,7 +750,7 @@ static int assign_ref(const std::string& lhs, const std::string& rhs) {
     return cls_unlink(old);
 }
 
-static int assign(const std::string& lhs, const std::string& rhs) {
+int cls_assign(const std::string& lhs, const std::string& rhs) {
     if (ends_with(lhs, ".ref")) return assign_ref(lhs.substr(0, lhs.size() - 4), rhs);
     clskey v;
     if (int rc = cls_rvalue(rhs, &v)) return rc;
@@ -713,11 +768,14 @@ static int assign(const std::string& lhs, const std::string& rhs) {
         clskey oct = classtype_of(old), nct = classtype_of(v);
         if (oct != nct && !cls_type_is_of_type(nct, cls_nname(cls_node(oct)))) {
             cls_unlink(v);
-            c_outlev = 3;
-            spout21("     may not assign instances of incompatible classes\n");
-            return 4019;
+            return errtext(4019, "     may not assign instances of incompatible classes\n");
         }
     }
+    if (stlog_level)
+        if (int rc = cls_log_change(lhs, dst)) {
+            cls_unlink(v);
+            return rc;
+        }
     // a number into an unshared number stays in place
     if (v && cls_ntype(cls_node(v)) == CLS_DOUBLE && cls_node(v)->refct == 1) {
         double x = cls_get_num(v);
@@ -845,6 +903,16 @@ static int builtin_member(const std::string& full, const ClsRef& b, const std::s
     return 0;
 }
 
+bool cls_has_member_call(clskey value, const char* word) {
+    value = cls_drill(value);
+    if (!value) return false;
+    if (is_member_word(word)) return true;
+    int t = cls_ntype(cls_node(value));
+    if (t != CLS_CLASS && t != CLS_CLASSTYPE) return false;
+    if (cls_searchpgm(classtype_of(value), word)) return true;
+    return cls_builtin_has(classtype_of(value), word);
+}
+
 // A call line or form: name, then its arguments. out gets the text result.
 static int runcmd(const std::string& tok, const std::string& args, std::string* out, bool* hasout) {
     *hasout = false;
@@ -939,8 +1007,9 @@ int cls_clscmd() {
     std::string name = line.substr(0, e);
     std::string rest = e == std::string::npos ? "" : line.substr(e);
     std::string after = trim(rest);
+    cls_log_newline();
     if (!after.empty() && after[0] == '=' && (after.size() < 2 || after[1] != '=')) {
-        return assign(name, after.substr(1));
+        return cls_assign(name, after.substr(1));
     }
     std::string out;
     bool hasout = false;
@@ -999,9 +1068,7 @@ int cls_parse_decl(const std::string& text, Decl* d) {
         i = j + 1;
     }
     if (w.empty() || (w.size() == 1 && cls_parsetype(w[0].c_str(), 0))) {
-        c_outlev = 3;
-        spout21("attribute declaration requires a name\n");
-        return 198;
+        return errtext(198, "attribute declaration requires a name\n");
     }
     if (w.size() == 1) {
         d->name = w[0];
@@ -1022,10 +1089,7 @@ int cls_parse_decl(const std::string& text, Decl* d) {
         return error(198);
     }
     if (!cls_chkname(d->name.c_str())) {
-        c_outlev = 3;
-        spout21(d->name.c_str());
-        spout21(" invalid name\n");
-        return 198;
+        return errorf(198, "%s invalid name\n", d->name.c_str());
     }
     return 0;
 }
@@ -1087,6 +1151,28 @@ static int declare(clskey inst, const std::string& text) {
 
 // --- link ----------------------------------------------------------------------------
 
+// cls() and scls() of expressions: the value of a name, without a class
+// file read and without a message; missing or empty when there is none.
+static clskey exp_lookup(const char* name) {
+    char buf[EXP_STRMAX + 2];
+    snprintf(buf, sizeof buf, "%s%s", name[0] == '.' ? "" : ".", name);
+    ClsRef r{};
+    find_noload = true;
+    int rc = cls_find(buf, false, &r);
+    find_noload = false;
+    return rc ? nullkey : r.value;
+}
+
+static double exp_clsnum(const char* name) {
+    clskey v = exp_lookup(name);
+    return v && cls_ntype(cls_node(v)) == CLS_DOUBLE ? cls_get_num(v) : misval;
+}
+
+static void exp_clsstr(const char* name, char* out) {
+    std::string t = valuetext(exp_lookup(name));
+    snprintf(out, EXP_STRMAX + 1, "%s", t.c_str());
+}
+
 static int clsvalue_hook(const char* ref, char* dst, size_t n) {
     return cls_xpand(ref, dst, n);
 }
@@ -1096,6 +1182,8 @@ int cls_discard_all() {
     if (cls_loc) return 0;
     clsrtn_clear();
     locals.clear();
+    cls_log_forget();
+    cls_scheme_forget();
     cls_discard();
     return cls_make_builtin_classes();
 }
@@ -1104,6 +1192,8 @@ void link_class() {
     cls_init();
     cls_member_hook = member_hook;
     mac_hooks.clsvalue = clsvalue_hook;
+    exphooks.clsnum = exp_clsnum;
+    exphooks.clsstr = exp_clsstr;
     frame_hooks.rmtmpclass = cls_frame_end;
     frame_hooks.cls_clear_return = clsrtn_clear;
 }

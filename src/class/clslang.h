@@ -14,7 +14,10 @@ namespace korvu {
 struct ClsRef {
     clskey* holder;
     clskey value;
-    clskey owner; // the instance or class type the last member belongs to
+    clskey owner;         // the instance or class type the last member belongs to
+    clskey arr = nullkey; // when the last part is an array element: the array
+    int32_t dex = -1;     // and the element's index from 0
+    bool top = false;     // a top-level name of the global scope
 };
 
 extern clskey korvu_clsrtn; // the value of the last `class exit`
@@ -61,10 +64,32 @@ int cls_discard_all(); // `discard`: every object and class goes // temporary ob
                        // frame
 void clsrtn_clear();
 
+// An assignment `lhs = rhs` as the dot line makes it.
+int cls_assign(const std::string& lhs, const std::string& rhs);
+// A number as text: exact (reads back as the same double) or as `%18.0g`.
+std::string cls_numtext(double x, bool exact);
+// True when `word` called on the value runs something: a built-in member, a
+// member program of its class, or a member coded for a built-in class.
+bool cls_has_member_call(clskey value, const char* word);
+// Runs one command line as if it had been read.
+int cls_runline(const std::string& text);
+
+// The log of changes (`class set logging`, `class undo`; clscmds.cpp).
+extern clskey log_key;      // the `.__LOG` array
+extern int32_t stlog_level; // 0 off, 1 changes by command lines, 2 all changes
+void cls_log_newline();     // a command line begins: its changes get a marker
+int cls_log_change(const std::string& lhs, const ClsRef& dst); // before a change
+void cls_log_forget();                                         // all objects went
+// The subcommands modify, nameof, nameoflocal, new, set, korvu, try, undo;
+// *found 0 for another word.
+int class_subcommand(const std::string& word, const std::string& rest, int* found);
+
 // The classes coded here: `style` and `grid` (clsgraph.cpp).
 // A call of a built-in member of one of them; *found 0 when not one.
 int cls_builtin_member(clskey inst, const char* word, const char* args, char* dst, size_t n,
                        int* found);
 int cls_make_builtin_classes();
+// True when word is a member coded for class type ct or one it inherits from.
+bool cls_builtin_has(clskey ct, const char* word);
 
 } // namespace korvu

@@ -203,10 +203,7 @@ int cls_parsetype(const char* word, int report) {
     if (!strcmp(word, "code")) return CLS_CODE;
     if (!strcmp(word, "array")) return CLS_ARRAY;
     if (report) {
-        c_outlev = 3;
-        spout21(word);
-        spout21(" not a valid attribute type\n");
-        return -198;
+        return -errorf(198, "%s not a valid attribute type\n", word);
     }
     return 0;
 }
@@ -328,18 +325,9 @@ int cls_unlink0(clskey k) {
         cls_unlink(ct.classmv);
         return 0;
     }
-    case CLS_CONTEXT:
-        c_outlev = 3;
-        spout21("attempt to cls_unlink() a context\n");
-        return 4051;
-    case CLS_ARRAYNODE:
-        c_outlev = 3;
-        spout21("attempt to cls_unlink() an array node \n");
-        return 4051;
-    default:
-        c_outlev = 3;
-        spout21("attempt to cls_unlink() an object of unknown type\n");
-        return 4051;
+    case CLS_CONTEXT: return errtext(4051, "attempt to cls_unlink() a context\n");
+    case CLS_ARRAYNODE: return errtext(4051, "attempt to cls_unlink() an array node \n");
+    default: return errtext(4051, "attempt to cls_unlink() an object of unknown type\n");
     }
 }
 

@@ -154,6 +154,8 @@ enum : int16_t {
     OP_SCOND4 = 222,
     OP_UNIFORM = 223,  // the main generator's next draw
     OP_UNIFORM0 = 224, // the old generator's next draw
+    OP_CLS = 225,      // a class value by its name, as a number
+    OP_SCLS = 226,     // the same as a string
 };
 
 // Numeric helpers; `.` is misval and anything at or above it is missing.

@@ -233,6 +233,15 @@ void run(ExpObj* o, int i, double* num, char* str) {
             sp -= 2;
             break;
         case OP_WORDCOUNT: ns[++np] = s_wordcount(ss[sp--]); break;
+        case OP_CLS:
+            ns[++np] = exphooks.clsnum ? exphooks.clsnum(ss[sp]) : misval;
+            sp--;
+            break;
+        case OP_SCLS:
+            tmp[0] = 0;
+            if (exphooks.clsstr) exphooks.clsstr(ss[sp], tmp);
+            copytext(ss[sp], EXP_STRFRAME, tmp);
+            break;
         case OP_SISEMPTY: ns[++np] = ss[sp--][0] == 0 ? 1.0 : 0.0; break;
         case OP_SINLIST: {
             int n = code[++w];

@@ -120,6 +120,10 @@ struct ExpHooks {
     int (*vlsearch)(const char* label, const char* text, double* out);
     // _by() family by index 0 _by, 1 _bylastcall, 2 _byindex, 3 _byn1, 4 _byn2.
     double (*byfcn)(int which, int obs);
+    // cls(name) and scls(name): the class value by its name as a number
+    // (missing when it is not one) and as text (EXP_STRMAX + 1 bytes).
+    double (*clsnum)(const char* name);
+    void (*clsstr)(const char* name, char* out);
 };
 extern ExpHooks exphooks;
 
