@@ -1,5 +1,6 @@
 // The columns of the record area: bringing them into the order of mapj,
 // handing them to loops over observations, and records made of them.
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -141,10 +142,17 @@ void getdtablock(uint8_t* buf, int width, int i0, int k, int nv) {
         for (int r = 0; r < k; r++) getdtaobs(buf + static_cast<int64_t>(r) * width, i0 + r, width);
         return;
     }
-    for (int v = 1; v <= nv; v++) {
-        const int w = cellwidth(v);
-        cells_to_records(buf + mapi[v - 1], width, colptr(v) + static_cast<int64_t>(i0 - 1) * w, w,
-                         k);
+    // a tile of records at a time, small enough to stay in the cache while
+    // every column writes its cells into it
+    const int tile = std::max(1, (1 << 16) / std::max(width, 1));
+    for (int r0 = 0; r0 < k; r0 += tile) {
+        const int m = std::min(tile, k - r0);
+        uint8_t* rec = buf + static_cast<int64_t>(r0) * width;
+        for (int v = 1; v <= nv; v++) {
+            const int w = cellwidth(v);
+            cells_to_records(rec + mapi[v - 1], width,
+                             colptr(v) + static_cast<int64_t>(i0 - 1 + r0) * w, w, m);
+        }
     }
 }
 

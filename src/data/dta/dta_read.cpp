@@ -544,7 +544,7 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
                          P.swap && isnumtype(codes[j]) && w > 1, isstrtype(codes[j]) != 0});
     }
     // observations nobs+1 .. nobs+k from k records
-    auto scatter = [&](const uint8_t* recs, int64_t k) {
+    auto scatter_tile = [&](const uint8_t* recs, int64_t k) {
         for (const Cell& c : cells) {
             uint8_t* col = colptr(c.v) + static_cast<int64_t>(nobs) * c.w;
             cells_from_records(col, c.w, recs + c.src, P.width, k);
@@ -559,6 +559,19 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
                         std::memset(z, 0, c.w - (z - p));
                 }
         }
+    };
+    // a tile of records at a time, small enough to stay in the cache while
+    // every column takes its cells from it
+    auto scatter = [&](const uint8_t* recs, int64_t k) {
+        const int64_t tile =
+            std::max<int64_t>(1, (int64_t{1} << 16) / std::max<int64_t>(P.width, 1));
+        const int32_t n0 = nobs;
+        for (int64_t r0 = 0; r0 < k; r0 += tile) {
+            const int64_t m = std::min(tile, k - r0);
+            scatter_tile(recs + r0 * P.width, m);
+            nobs += static_cast<int32_t>(m);
+        }
+        nobs = n0;
     };
     colsync();
     const int64_t W = P.width;
