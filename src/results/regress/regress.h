@@ -80,6 +80,9 @@ int rmcollcmd(int);
 int regresscmd(int);
 int predictcmd(int); // _predict
 int testcmd(int);    // _test
+// _robust and _huber: the sandwich over e(V) (or v()) from score variables.
+int robustcmd(int);
+int hubercmd(int);
 
 // ---- the coefficient table ------------------------------------------------------
 struct OoState {
