@@ -13,6 +13,7 @@
 #include "data/area/dataarea.h"
 #include "data/area/missing.h"
 #include "data/area/storage.h"
+#include "data/expr/exp_func.h"
 #include "data/expr/expr.h"
 #include "data/formats/formats.h"
 #include "data/vars/vartab.h"
@@ -177,6 +178,10 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     bool shifted = false;
     double used = 0;
     if (spec.used) spec.used->assign(static_cast<size_t>(nobs), 0);
+    if (spec.minmax) {
+        spec.minmax->assign(static_cast<size_t>(2) * k, misval);
+        std::fill(spec.minmax->begin() + k, spec.minmax->end(), -misval);
+    }
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
         if (kvpollstd()) return 1;
@@ -184,6 +189,17 @@ int accum_data(const AccSpec& spec, AccResult* out) {
         if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
         if (!m) continue;
         used += m;
+        if (spec.minmax)
+            for (int j = 1; j <= k; ++j) {
+                const double* r = b.row(j);
+                double& lo = (*spec.minmax)[j - 1];
+                double& hi = (*spec.minmax)[k + j - 1];
+                for (int q = 0; q < m; ++q) {
+                    double v = static_cast<float>(r[q]);
+                    if (v < lo) lo = v;
+                    if (v > hi) hi = v;
+                }
+            }
         if (spec.used)
             for (int q = 0; q < m; ++q) (*spec.used)[b.keep[q] - 1] = 1;
         if (spec.deviations) {
@@ -405,11 +421,53 @@ int accum_parse() {
 
 } // namespace
 
-// matrix accum A = varlist [weight] [if] [in] [, noconstant deviations means(name)]
+namespace {
+
+std::string cell13(double x, const char* f) {
+    std::string t = x >= misval ? "." : safereforms(f, x);
+    return t.size() < 13 ? std::string(13 - t.size(), ' ') + t : t;
+}
+
+// The summary of the accumulated variables: mean, standard deviation,
+// minimum and maximum of each.
+void show_summary(const AccResult& r, const std::vector<int>& vars,
+                  const std::vector<double>& minmax, bool dev, const char* f) {
+    int k = r.k;
+    double N = r.N;
+    c_outlev = 1;
+    spoutptlf("\n    Variable {c |}%13s%13s%13s%13s\n", "Mean", "Std. Dev.", "Min", "Max");
+    spoutptl("{hline 13}{c +}{hline 52}\n");
+    for (int j = 0; j < k; ++j) {
+        double mu = r.mean[j], S = r.at(j + 1, j + 1);
+        double var = misval;
+        if (N > 1) var = dev ? S / (N - 1) : S / (N - 1) - mu * mu * N / (N - 1);
+        double sd = var < misval ? std::sqrt(var > 0 ? var : 0) : misval;
+        char name[40];
+        s_abbrev(varname(vars[j]), 12, name);
+        c_outlev = 1;
+        spoutptlf("%12s {c |}", name);
+        c_outlev = 0;
+        std::string row =
+            cell13(mu, f) + cell13(sd, f) + cell13(minmax[j], f) + cell13(minmax[k + j], f);
+        spout21(row.c_str());
+        newline();
+    }
+}
+
+} // namespace
+
+// matrix accum A = varlist [weight] [if] [in] [, noconstant deviations means(name)
+// summary format(%fmt)]
 int accumcmd(const char* target) {
     if (int rc = accum_parse()) return rc;
     int nocons = findopt("noconstant", 1, 0);
     int dev = findopt("deviations", 1, 0);
+    int summ = findopt("summary", 2, 0);
+    char sfmt[64] = "";
+    findargasis("format", 3, sfmt, sizeof sfmt);
+    if (!sfmt[0]) std::snprintf(sfmt, sizeof sfmt, "%s", "%9.0g");
+    FmtDesc fd;
+    if (chkfmt(sfmt, 1, &fd)) return error(120);
     char means[64] = "";
     findargn("means", 1, means, sizeof means, 1);
     if (int rc = chkopt()) return rc;
@@ -423,11 +481,14 @@ int accumcmd(const char* target) {
     AccSpec spec;
     spec.vars = vars;
     spec.deviations = dev;
+    std::vector<double> minmax;
+    if (summ) spec.minmax = &minmax;
     AccResult r;
     if (int rc = accum_data(spec, &r)) return rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(r.sumw);
     if (int rc = check_n(r.N)) return rc;
     show_obs(r.N);
+    if (summ && s_outlev <= 2) show_summary(r, vars, minmax, dev, sfmt);
     // variables first, the constant last
     int n = k + (nocons ? 0 : 1);
     std::vector<double> a(static_cast<size_t>(n) * n);
