@@ -13,7 +13,6 @@
 #include "data/area/dataarea.h"
 #include "data/area/missing.h"
 #include "data/area/storage.h"
-#include "data/expr/exp_func.h"
 #include "data/expr/expr.h"
 #include "data/formats/formats.h"
 #include "data/vars/vartab.h"
@@ -442,10 +441,11 @@ void show_summary(const AccResult& r, const std::vector<int>& vars,
         double var = misval;
         if (N > 1) var = dev ? S / (N - 1) : S / (N - 1) - mu * mu * N / (N - 1);
         double sd = var < misval ? std::sqrt(var > 0 ? var : 0) : misval;
-        char name[40];
-        s_abbrev(varname(vars[j]), 12, name);
+        // a name over 12 characters: its first 10, "~", and its last
+        std::string name = varname(vars[j]);
+        if (name.size() > 12) name = name.substr(0, 10) + "~" + name.back();
         c_outlev = 1;
-        spoutptlf("%12s {c |}", name);
+        spoutptlf("%12s {c |}", name.c_str());
         c_outlev = 0;
         std::string row =
             cell13(mu, f) + cell13(sd, f) + cell13(minmax[j], f) + cell13(minmax[k + j], f);
