@@ -16,6 +16,8 @@ import sys
 # classes, graphics and the windows may include from it.
 DATA_PUBLIC = [
     "data/area/dataarea.h", "data/area/storage.h", "data/area/missing.h",
+    "data/area/stortype.h", "data/area/memfig.h", "data/area/areacmds.h",
+    "data/area/areahooks.h",
     "data/vars/vartab.h", "data/vars/varlist.h", "data/vars/char.h",
     "data/expr/expr.h", "data/sort/sort.h", "data/sort/bystate.h",
     "data/formats/formats.h", "data/formats/dates.h", "data/labels/label.h",

@@ -2,6 +2,7 @@
 // the expression compiler, macro expansion and the data area.
 #include <cstring>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 #include "data/expr/expr.h"
 #include "data/vars/varlist.h"

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 
+#include "data/area/areacmds.h"
 #include "data/area/dataarea.h"
 #include "data/select/generate.h"
 #include "data/sort/sort.h"

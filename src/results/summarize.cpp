@@ -45,6 +45,32 @@ struct Pass {
     double min = misval, max = -misval;
 };
 
+// Observations i0..i0+m-1 of numeric variable v, decoded, read straight
+// from the variable's column.
+void column_chunk(int v, int i0, int m, double* out) {
+    int type;
+    const uint8_t* col = static_cast<const uint8_t*>(colbase(v, &type));
+    const int w = bytlenc(type);
+    col += static_cast<int64_t>(i0 - 1) * w;
+    switch (type) {
+    case KV_DOUBLE: std::memcpy(out, col, static_cast<size_t>(m) * 8); break;
+    case KV_FLOAT:
+        for (int j = 0; j < m; ++j) out[j] = decode_cell(col + 4 * j, KV_FLOAT);
+        break;
+    case KV_LONG:
+        for (int j = 0; j < m; ++j) out[j] = decode_cell(col + 4 * j, KV_LONG);
+        break;
+    case KV_INT:
+        for (int j = 0; j < m; ++j) out[j] = decode_cell(col + 2 * j, KV_INT);
+        break;
+    case KV_BYTE:
+        for (int j = 0; j < m; ++j) out[j] = decode_cell(col + j, KV_BYTE);
+        break;
+    default:
+        for (int j = 0; j < m; ++j) out[j] = decode_cell(col + j * w, type);
+    }
+}
+
 // Selection and weights of observations i0..i1 into sel and w (CHUNK long).
 // 0, or 402 for a negative weight that is not an importance weight.
 int chunk_select(int i0, int i1, std::vector<double>& buf, std::vector<uint8_t>& sel,
@@ -76,15 +102,16 @@ int chunk_select(int i0, int i1, std::vector<double>& buf, std::vector<uint8_t>&
 // Calls f(x, w) for each selected observation of v in range whose value is
 // not missing, block by block; 1 on a break, or the weight's error.
 template <class F> int each_selected(int v, F&& f) {
-    std::vector<double> buf(CHUNK), w(CHUNK);
+    std::vector<double> buf(CHUNK), w(CHUNK), xs(CHUNK);
     std::vector<uint8_t> sel(CHUNK);
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
         int i1 = std::min(nobs2, i0 + CHUNK - 1);
         if (kvpollstd()) return 1;
         if (int rc = chunk_select(i0, i1, buf, sel, w)) return error(rc);
+        column_chunk(v, i0, i1 - i0 + 1, xs.data());
         for (int j = 0; j <= i1 - i0; ++j) {
             if (!sel[j]) continue;
-            double x = korvu_data(v, i0 + j);
+            double x = xs[j];
             if (x >= misval) continue;
             f(x, w[j]);
         }
@@ -96,13 +123,15 @@ template <class F> int each_selected(int v, F&& f) {
 int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* wts) {
     if (!ifclause && !weclause) {
         // every observation in range, unit weights: the count is the weight sum
+        double xs[CHUNK];
         for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
             int i1 = std::min(nobs2, i0 + CHUNK - 1);
             if (kvpollstd()) return 1;
             double s = p.sum, e = p.sum_e, mn = p.min, mx = p.max;
             int64_t n = p.n;
-            for (int i = i0; i <= i1; ++i) {
-                double x = korvu_data(v, i);
+            column_chunk(v, i0, i1 - i0 + 1, xs);
+            for (int j = 0; j <= i1 - i0; ++j) {
+                double x = xs[j];
                 if (x >= misval) continue;
                 accumerr(&s, &e, x);
                 mn = x < mn ? x : mn;
@@ -133,11 +162,13 @@ int first_pass(int v, Pass& p, std::vector<double>* vals, std::vector<double>* w
 int second_pass(int v, double mean, double sumw, double* meanout, double* ss) {
     double s = 0, e = 0, s1 = 0, e1 = 0;
     if (!ifclause && !weclause) {
+        double xs[CHUNK];
         for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
             int i1 = std::min(nobs2, i0 + CHUNK - 1);
             if (kvpollstd()) return 1;
-            for (int i = i0; i <= i1; ++i) {
-                double x = korvu_data(v, i);
+            column_chunk(v, i0, i1 - i0 + 1, xs);
+            for (int j = 0; j <= i1 - i0; ++j) {
+                double x = xs[j];
                 if (x >= misval) continue;
                 double d = x - mean;
                 accumerr(&s1, &e1, d);

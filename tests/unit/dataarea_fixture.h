@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 
 inline void open_data_area(uint64_t memory) {

@@ -109,11 +109,24 @@ TEST(StorageConstants, ByteLengthsAndOldCodes) {
     EXPECT_STREQ(typename_of(17), "str17");
 }
 
-TEST_F(Storage, CellsAreUnalignedAndPacked) {
+TEST_F(Storage, ColumnsArePackedAndAligned) {
+    // offsets in the record are the packed ones; each column holds colstride
+    // cells (maxobs rounded up to 8), so every numeric column is aligned to
+    // its cell size and the cells of one column follow each other
     const int32_t want[] = {0, 1, 3, 7, 11, 19, 24, 25, 27, 31, 35};
     for (int v = 1; v <= 11; v++) EXPECT_EQ(mapi[v - 1], want[v - 1]);
     EXPECT_EQ(usedwidth(), 43);
-    EXPECT_EQ(dtaptr(Dv, 2) - dtaptr(B, 2), 11);
+    EXPECT_EQ(colstride % 8, 0);
+    EXPECT_GE(colstride, maxobs);
+    EXPECT_LT(colstride, maxobs + 8);
+    EXPECT_EQ(dtaptr(Dv, 2) - dtaptr(B, 2), 11 * colstride + 8 - 1);
+    EXPECT_EQ(dtaptr(Dv, 3) - dtaptr(Dv, 2), 8);
+    for (int v = 1; v <= 11; v++) {
+        const int w = bytlenc(typlist[v - 1]);
+        if (isnumtype(typlist[v - 1])) {
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(colptr(v)) % w, 0u) << v;
+        }
+    }
 }
 
 TEST_F(Storage, AllMissingValuesInEveryType) {

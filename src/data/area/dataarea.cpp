@@ -1,5 +1,6 @@
 // The data block, the fixed tables, and the reshaping of the rectangle.
 #include "data/area/dataarea.h"
+#include "data/area/areahooks.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "data/area/storage.h"
+#include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/loop/loop.h"
 #include "kernel/loop/scratch.h"
@@ -44,6 +46,7 @@ uint8_t mvmodern = 1;
 uint8_t sysflag = 0;
 uint32_t n_repart = 0, n_shift = 0;
 uint64_t n_bytes_moved = 0, n_records_moved = 0;
+int64_t colstride = 0;
 
 int32_t* mapi = nullptr;
 int16_t* srtlist = nullptr;
@@ -210,16 +213,26 @@ static int block_shape(uint64_t b, int64_t& width, int32_t& nv, int64_t& n) {
 
 // The block comes straight from the kernel, zeroed, and is asked for huge
 // pages: filling a gigabyte of records then costs hundreds of page faults,
-// not hundreds of thousands.
+// not hundreds of thousands. Behind the b bytes that count as the block lie
+// 8 * maxlrecl more, never reported: the room that rounding each column's
+// capacity up to a multiple of 8 cells can take beyond cddaptr.
+static uint64_t block_mapped = 0;
 static uint8_t* block_alloc(uint64_t b) {
-    void* p = mmap(nullptr, b, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const uint64_t m = b + 8 * static_cast<uint64_t>(maxlrecl) + 64;
+    void* p = mmap(nullptr, m, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (p == MAP_FAILED) return nullptr;
-    madvise(p, b, MADV_HUGEPAGE);
+    madvise(p, m, MADV_HUGEPAGE);
+    block_mapped = m;
     return static_cast<uint8_t*>(p);
 }
 
-static void block_free(uint8_t* p, uint64_t b) {
-    if (p) munmap(p, b);
+static void block_free(uint8_t* p) {
+    if (p) munmap(p, block_mapped);
+    block_mapped = 0;
+}
+
+static inline int64_t stride_of(int64_t n) {
+    return (n + 7) & ~int64_t{7};
 }
 
 int create_block(uint64_t b) {
@@ -233,7 +246,7 @@ int create_block(uint64_t b) {
     cur_tm = b;
     totalmemory = b;
     if (setmatsize(matsize)) {
-        block_free(blk, b);
+        block_free(blk);
         begin_of_memory = nullptr;
         cur_tm = 0;
         return 6;
@@ -253,15 +266,21 @@ int create_block(uint64_t b) {
     }
     maxvar = nv;
     syslrecl = static_cast<int32_t>(width);
+    colstride = stride_of(maxobs);
+    mapjperm = 0;
+    mapjspan = 0;
     return 0;
 }
 
 void free_block() {
-    block_free(begin_of_memory, cur_tm);
+    block_free(begin_of_memory);
     begin_of_memory = nullptr;
     mapj = nullptr;
     xtraptr = cddaptr = vlblptr = nullptr;
     tmaxobs = maxobs = maxvar = syslrecl = 0;
+    colstride = 0;
+    mapjperm = 0;
+    mapjspan = 0;
     memorysize = 0;
     cur_tm = 0;
 }
@@ -348,15 +367,13 @@ static int dict_to_tmp(char* name, size_t n) {
 static void dict_from_tmp(const char* name) {
     if (dahooks.dict_init) dahooks.dict_init();
     int fd = open(name, O_RDONLY);
-    uint8_t old = c_outlev;
-    c_outlev = 3;
     if (fd < 0) {
-        spout21("tmp file vanished; macros etc. lost\n");
+        errtext(0, "tmp file vanished; macros etc. lost\n");
     } else {
-        if (dahooks.dict_read && dahooks.dict_read(fd) == 1) spout21("error reading temp file\n");
+        if (dahooks.dict_read && dahooks.dict_read(fd) == 1)
+            errtext(0, "error reading temp file\n");
         close(fd);
     }
-    c_outlev = old;
     unlink(name);
 }
 
@@ -443,77 +460,31 @@ bool layout_for(int64_t w, Layout& L) {
     return true;
 }
 
-static inline void copy_record(uint8_t* dst, const uint8_t* src, int64_t c, uint8_t* buf) {
-    if (dst == src) return;
-    int64_t d = dst > src ? dst - src : src - dst;
-    if (d < c) {
-        memcpy(buf, src, c);
-        memcpy(dst, buf, c);
-    } else {
-        memcpy(dst, src, c);
-    }
-}
-
-// Physically moves the live records from the present layout to L.
-static int move_records(const Layout& L) {
+// Physically moves the live columns from the present layout to L. Every
+// column keeps its offset in the record and changes its capacity, so the
+// distance each one moves is an affine function of its offset: the columns
+// that move down go first, lowest first, then those that move up, highest
+// first, and none overwrites one not yet moved.
+static int move_columns(const Layout& L) {
     if (nobs == 0 || nvar == 0) return 0;
-    const int64_t width = usedwidth();
-    const int64_t oldw = syslrecl, neww = L.w;
-    const int64_t c = std::min({width + 32, oldw, neww});
-    const int64_t c1 = std::min(width + 32, oldw);
-    uint8_t* buf = static_cast<uint8_t*>(malloc(std::max(c, c1)));
-    if (!buf) return 909;
+    colsync();
     n_shift++;
-
-    // 1. Make the first nobs slots hold exactly the live records.
-    int64_t displaced = 0;
-    for (int32_t j = 0; j < nobs; j++)
-        if (mapj[j] >= nobs) displaced++;
-    int32_t j = 0;
-    for (int64_t k = nobs; displaced > 0 && k < tmaxobs; k++) {
-        if (mapj[k] >= nobs) continue;
-        while (j < nobs && mapj[j] < nobs) j++;
-        if (j >= nobs) break;
-        memcpy(xtraptr + static_cast<int64_t>(mapj[k]) * oldw,
-               xtraptr + static_cast<int64_t>(mapj[j]) * oldw, c1);
-        std::swap(mapj[j], mapj[k]);
-        displaced--;
-        n_records_moved++;
-        n_bytes_moved += c1;
-    }
-    if (displaced > 0) {
-        free(buf);
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("System failure\n");
-        c_outlev = old;
-        return 9999;
-    }
-
-    // 2. Copy from the old base and width to the new, in an order in which
-    // no record overwrites one not yet read.
+    const int64_t ns = stride_of(L.n), os = colstride;
     uint8_t* ob = xtraptr;
     uint8_t* nb = L.base;
-    const int64_t db = nb - ob, dw = neww - oldw;
-    auto one = [&](int64_t s) { copy_record(nb + s * neww, ob + s * oldw, c, buf); };
-    const int64_t last = nobs - 1;
-    if (db <= 0 && dw <= 0) {
-        for (int64_t s = 0; s <= last; s++) one(s);
-    } else if (db >= 0 && dw >= 0) {
-        for (int64_t s = last; s >= 0; s--) one(s);
-    } else {
-        int64_t x = std::min((db < 0 ? -db : db) / (dw < 0 ? -dw : dw), last);
-        if (db < 0) { // base down, width up: forward to x, backward down to x+1
-            for (int64_t s = 0; s <= x; s++) one(s);
-            for (int64_t s = last; s > x; s--) one(s);
-        } else { // base up, width down: forward from x+1, backward down to 0
-            for (int64_t s = x + 1; s <= last; s++) one(s);
-            for (int64_t s = x; s >= 0; s--) one(s);
-        }
-    }
+    auto one = [&](int v) {
+        const int64_t off = mapi[v - 1];
+        uint8_t* dst = nb + off * ns;
+        const uint8_t* src = ob + off * os;
+        if (dst != src) memmove(dst, src, static_cast<size_t>(nobs) * cellwidth(v));
+    };
+    auto down = [&](int v) { return nb + mapi[v - 1] * ns < ob + mapi[v - 1] * os; };
+    for (int v = 1; v <= nvar; v++)
+        if (down(v)) one(v);
+    for (int v = nvar; v >= 1; v--)
+        if (!down(v)) one(v);
     n_records_moved += nobs;
-    n_bytes_moved += static_cast<uint64_t>(nobs) * c;
-    free(buf);
+    n_bytes_moved += static_cast<uint64_t>(nobs) * usedwidth();
     return 0;
 }
 
@@ -524,19 +495,27 @@ static void commit(const Layout& L) {
     memorysize = static_cast<uint64_t>(cddaptr - L.base);
     maxobs = static_cast<int32_t>(L.n);
     maxvar = L.m;
+    colstride = stride_of(L.n);
 }
 
 // Moves to layout L (checked by the caller) and commits it.
 static int repart_to(const Layout& L) {
     n_repart++;
     const int64_t old_tmaxobs = tmaxobs;
+    if (nobs == 0 && mapjperm) {
+        for (int32_t k = 0; k < mapjspan; k++) mapj[k] = k;
+        mapjperm = 0;
+        mapjspan = 0;
+    }
     if (nvar > 0) {
-        int rc = move_records(L);
+        int rc = move_columns(L);
         if (rc) return rc;
         int64_t from = L.p > old_tmaxobs ? old_tmaxobs : nobs;
         for (int64_t k = from; k < L.p; k++) mapj[k] = static_cast<int32_t>(k);
     } else {
         for (int64_t k = 0; k < L.p; k++) mapj[k] = static_cast<int32_t>(k);
+        mapjperm = 0;
+        mapjspan = 0;
     }
     commit(L);
     return 0;
@@ -731,6 +710,7 @@ void remvar() {
     nobs -= 1;
     if (nvar == 0) return;
     const int mrow = nobs + 1;
+    colsync();
     std::vector<int32_t> newnum(nvar, 0);
     int kept = 0;
     for (int v = 1; v <= nvar; v++) {
@@ -747,28 +727,17 @@ void remvar() {
         nvar = 0;
         return;
     }
-    // Runs of kept variables: old offset, new offset, length.
-    struct Run {
-        int32_t from, to, len;
-    };
-    std::vector<Run> runs;
+    // Each kept column moves down to its new offset, lowest first: the cells
+    // of the observations and of the marker row.
+    colsync();
     int32_t newoff = 0;
     for (int v = 1; v <= nvar; v++) {
         if (!newnum[v - 1]) continue;
-        int32_t off = mapi[v - 1], len = bytlenc(typlist[v - 1]);
-        if (!runs.empty() && runs.back().from + runs.back().len == off &&
-            runs.back().to + runs.back().len == newoff)
-            runs.back().len += len;
-        else
-            runs.push_back({off, newoff, len});
+        const int32_t len = cellwidth(v);
+        if (newoff != mapi[v - 1])
+            memmove(xtraptr + static_cast<int64_t>(newoff) * colstride, colptr(v),
+                    static_cast<size_t>(mrow) * len);
         newoff += len;
-    }
-    size_t first = 0;
-    while (first < runs.size() && runs[first].from == runs[first].to) first++;
-    for (int i = 1; i <= nobs; i++) {
-        uint8_t* rec = obsptr(i);
-        for (size_t r = first; r < runs.size(); r++)
-            memmove(rec + runs[r].to, rec + runs[r].from, runs[r].len);
     }
     for (int v = 1; v <= nvar; v++)
         if (newnum[v - 1] && newnum[v - 1] != v) move_entry(newnum[v - 1] - 1, v - 1);
@@ -780,24 +749,22 @@ void remvar() {
 
 void movevar(int from, int to) {
     if (from == to || from < 1 || to < 1 || from > nvar || to > nvar) return;
-    const int32_t len = bytlenc(typlist[from - 1]);
-    uint8_t cell[256];
+    // The column moves through a copy; the columns between shift by its width.
+    colsync();
+    const int32_t len = cellwidth(from);
+    const size_t ncell = static_cast<size_t>(nobs);
+    std::vector<uint8_t> cell(ncell * len + 1);
+    memcpy(cell.data(), colptr(from), ncell * len);
+    const int64_t shift = static_cast<int64_t>(len) * colstride;
     if (from > to) {
-        const int32_t lo = mapi[to - 1], hi = mapi[from - 1];
-        for (int i = 1; i <= nobs; i++) {
-            uint8_t* rec = obsptr(i);
-            memcpy(cell, rec + hi, len);
-            memmove(rec + lo + len, rec + lo, hi - lo);
-            memcpy(rec + lo, cell, len);
-        }
+        for (int v = from - 1; v >= to; v--)
+            memmove(colptr(v) + shift, colptr(v), ncell * cellwidth(v));
+        memcpy(colptr(to), cell.data(), ncell * len);
     } else {
-        const int32_t lo = mapi[from - 1], hi = mapi[to - 1] + bytlenc(typlist[to - 1]);
-        for (int i = 1; i <= nobs; i++) {
-            uint8_t* rec = obsptr(i);
-            memcpy(cell, rec + lo, len);
-            memmove(rec + lo, rec + lo + len, hi - lo - len);
-            memcpy(rec + hi - len, cell, len);
-        }
+        for (int v = from + 1; v <= to; v++)
+            memmove(colptr(v) - shift, colptr(v), ncell * cellwidth(v));
+        memcpy(xtraptr + (mapi[to - 1] + cellwidth(to) - len) * colstride, cell.data(),
+               ncell * len);
     }
     // Rotate the table entries through a spare copy of entry `from`.
     uint8_t t = typlist[from - 1];
@@ -823,6 +790,29 @@ void movevar(int from, int to) {
     setmap();
 }
 
+void convert_cells(uint8_t* dst, int nc, const uint8_t* src, int oc, int64_t n, bool backward) {
+    const int64_t nl = bytlenc(nc), ol = bytlenc(oc);
+    const bool str = isstrtype(nc);
+    uint8_t tmp[256];
+    auto one = [&](int64_t k) {
+        const uint8_t* s = src + k * ol;
+        uint8_t* d = dst + k * nl;
+        if (str) {
+            size_t n = strnlen(reinterpret_cast<const char*>(s), ol);
+            if (n > static_cast<size_t>(nl)) n = nl;
+            memcpy(tmp, s, n);
+            memcpy(d, tmp, n);
+            if (n < static_cast<size_t>(nl)) memset(d + n, 0, nl - n);
+        } else {
+            encode_cell(d, nc, decode_cell(s, oc));
+        }
+    };
+    if (backward)
+        for (int64_t k = n - 1; k >= 0; k--) one(k);
+    else
+        for (int64_t k = 0; k < n; k++) one(k);
+}
+
 int change_vartype(int v, int code) {
     const int oldcode = typlist[v - 1];
     if (oldcode == code) return 0;
@@ -834,25 +824,19 @@ int change_vartype(int v, int code) {
         if (rc == 1010 || rc == 909) return rc;
         if (rc || used + (nl - ol) > syslrecl) return 903;
     }
-    const int32_t off = mapi[v - 1];
-    const int32_t tail = used - (off + ol);
-    const bool str = isstrtype(code);
-    uint8_t tmp[256];
-    for (int i = 1; i <= nobs; i++) {
-        uint8_t* cell = obsptr(i) + off;
-        if (str) {
-            size_t n = strnlen(reinterpret_cast<const char*>(cell), ol);
-            if (n > static_cast<size_t>(nl)) n = nl;
-            memcpy(tmp, cell, n);
-            if (nl != ol) memmove(cell + nl, cell + ol, tail);
-            memcpy(cell, tmp, n);
-            if (n < static_cast<size_t>(nl)) memset(cell + n, 0, nl - n);
-        } else {
-            double x = decode_cell(cell, oldcode);
-            if (nl != ol) memmove(cell + nl, cell + ol, tail);
-            encode_cell(cell, code, x);
-        }
-    }
+    colsync();
+    const int64_t shift = static_cast<int64_t>(nl - ol) * colstride;
+    const size_t ncell = static_cast<size_t>(nobs);
+    // wider: the later columns move up first, then the cells are converted
+    // from the last; narrower: converted from the first, then the later
+    // columns move down
+    if (shift > 0)
+        for (int u = nvar; u > v; u--) memmove(colptr(u) + shift, colptr(u), ncell * cellwidth(u));
+    uint8_t* col = colptr(v);
+    convert_cells(col, code, col, oldcode, nobs, shift > 0);
+    if (shift < 0)
+        for (int u = v + 1; u <= nvar; u++)
+            memmove(colptr(u) + shift, colptr(u), ncell * cellwidth(u));
     typlist[v - 1] = static_cast<uint8_t>(code);
     setmap();
     return 0;
@@ -867,6 +851,11 @@ void drop_all(int zap) {
     if (dahooks.drop_all_extra) dahooks.drop_all_extra(zap);
     if (virtualflg && nobs != 0 && mapj)
         for (int32_t k = 0; k < tmaxobs; k++) mapj[k] = k;
+    // the columns are in no order worth keeping: the table starts afresh
+    if (mapjperm && mapj)
+        for (int32_t k = 0; k < mapjspan; k++) mapj[k] = k;
+    mapjperm = 0;
+    mapjspan = 0;
     nvar = 0;
     nobs = 0;
     updata = 0;

@@ -1,15 +1,20 @@
 // The data area: one block holding the observation-pointer table
 // `mapj` and the record area at `xtraptr`, the fixed per-variable tables, the
 // limits behind `set memory`, `set maxvar` and `set matsize`, and the
-// reshaping of the rectangle (`repart`). Cell accessors are in storage.h.
+// reshaping of the rectangle (`repart`). Cell accessors are in storage.h;
+// storage-type codes in stortype.h, the figures of `memory` in memfig.h, the
+// command handlers in areacmds.h and the links to other subsystems in
+// areahooks.h.
 //
+// The rectangle is measured as records of syslrecl bytes, variables packed
+// end to end at offsets mapi[v-1], and held as columns (see Columns below).
 // Address of a cell (variable v, observation i, both 1-based):
-//     xtraptr + mapj[i-1] * syslrecl + mapi[v-1]
-// Variables are packed end to end in the record with no alignment.
+//     xtraptr + mapi[v-1] * colstride + mapj[i-1] * bytlenc(typlist[v-1])
 #pragma once
 #include <cstddef>
 #include <cstdint>
 
+#include "data/area/stortype.h"
 #include "kernel/loop/limits.h"
 
 namespace korvu {
@@ -115,49 +120,52 @@ extern int fixed_untracked; // allocations made past NTRACKS
 // blocks are freed.
 void register_fixed_client(int (*alloc)(), void (*release)());
 
-// ---------------------------------------------------------------------------
-// Storage types
-// ---------------------------------------------------------------------------
-enum : uint8_t {
-    KV_STRMAX = 244,
-    KV_OLDBYTE = 246,
-    KV_OLDINT = 247,
-    KV_OLDLONG = 248,
-    KV_OLDFLOAT = 249,
-    KV_OLDDOUBLE = 250,
-    KV_BYTE = 251,
-    KV_INT = 252,
-    KV_LONG = 253,
-    KV_FLOAT = 254,
-    KV_DOUBLE = 255,
-};
-inline bool isstrtype(int code) {
-    return code < 245;
-}
-inline bool isnumtype(int code) {
-    return code > 244;
-}
-inline int bytlenc(int code) {
-    if (code < 246) return code;
-    switch (code) {
-    case KV_OLDBYTE:
-    case KV_BYTE: return 1;
-    case KV_OLDINT:
-    case KV_INT: return 2;
-    case KV_OLDDOUBLE:
-    case KV_DOUBLE: return 8;
-    default: return 4;
-    }
-}
-void map_vartypes_to_old(uint8_t* codes, int n);
-// "byte", "int", ..., "str12": the type name of a code (into a static buffer
-// when a string).
-const char* typename_of(int code);
-
 // Bytes the existing variables occupy in a record.
 inline int32_t usedwidth() {
     return nvar ? mapi[nvar - 1] + bytlenc(typlist[nvar - 1]) : 0;
 }
+
+// ---------------------------------------------------------------------------
+// Columns
+// ---------------------------------------------------------------------------
+// The record area holds the rectangle by columns: variable v's cells lie end
+// to end, in its storage encoding, from colptr(v) = xtraptr + mapi[v-1] *
+// colstride, where colstride is the observation capacity maxobs rounded up to
+// a multiple of 8 (the block has room behind cddaptr for the rounding). Every
+// column of a numeric type is thus aligned to its cell size. The cell of
+// observation i is at colptr(v) + mapj[i-1] * bytlenc(type). The sizes, the
+// width, the partition and all limits are those of a rectangle of records of
+// syslrecl bytes: a user sees the same numbers whatever the layout.
+//
+// mapj is the identity except between a command that permutes it (the sort,
+// dropping observations) and the next colsync(), which gathers every column
+// into the observation order and resets mapj. The sort calls it at its end,
+// so loops over observations normally find the columns in order.
+extern int64_t colstride; // cells per column
+extern uint8_t mapjperm;  // mapj is not the identity
+extern int32_t mapjspan;  // entries of mapj that may differ from the identity
+inline uint8_t* colptr(int v) {
+    return xtraptr + static_cast<int64_t>(mapi[v - 1]) * colstride;
+}
+inline int cellwidth(int v) {
+    return bytlenc(typlist[v - 1]);
+}
+// Tells that entries of mapj below nobs were permuted.
+void mapj_changed();
+// Puts every column in the observation order of mapj and resets mapj to the
+// identity; nothing when it is the identity already.
+void colsync();
+
+// The column of numeric or string variable v for a loop over observations:
+// the address of observation 1's cell, observation i's cell being at
+// base + (i-1) * bytlenc(*type), with *type set to the storage type (251
+// byte as int8_t, 252 int as int16_t, 253 long as int32_t, 254 float, 255
+// double; 1..244 str#, cells of that many bytes). Valid until the next
+// command that changes the data's shape (adds, drops or retypes a variable,
+// adds observations or sorts); decode the cells with decode_cell or the
+// kvdouble_of_* functions so that missing values come out right.
+const void* colbase(int v, int* type);
+void* colbase_w(int v, int* type); // the same for writing
 
 // ---------------------------------------------------------------------------
 // Allocation and limits
@@ -220,6 +228,10 @@ void movevar(int from, int to);
 // observation (numbers through korvu_data/store, strings padded or cut):
 // 0, or 903 when the width cannot grow.
 int change_vartype(int v, int code);
+// Converts n cells of type oc at src into cells of type nc at dst (which may
+// be src itself), from the last cell when backward: numbers through
+// decode_cell/encode_cell, strings cut or padded with zero bytes.
+void convert_cells(uint8_t* dst, int nc, const uint8_t* src, int oc, int64_t n, bool backward);
 
 // Empties the dataset; with zap the dictionary is cleared too.
 void drop_all(int zap);
@@ -242,68 +254,6 @@ int compress_target(int v, uint8_t* to);
 // strings. `out` (room for n entries, or nvar when n is 0) receives the
 // changes when not null, *nout their count. 0, 1 (break, nothing changed) or 3.
 int compress_vars(const int32_t* vars, int n, CompressChange* out, int* nout);
-
-// ---------------------------------------------------------------------------
-// `memory` and the `set memory` table
-// ---------------------------------------------------------------------------
-struct MemoryFigures {
-    // r() of `memory`
-    double N_cur, N_curmax, k_cur, w_cur, M_total, M_data, M_dyn, size_ptr, k, width;
-    double adosize, matsize, n_repart, n_shift, M_oh, M_matsize, M_dm;
-    // the report
-    uint64_t overhead, data, data_overhead, free, total; // details of set memory
-    uint64_t maxvar_usage, matsize_usage, other, other_total, grand_total;
-};
-MemoryFigures memory_figures();
-void memory_report(const MemoryFigures& f); // the printed report of `memory`
-void memory_table();                        // "Current memory allocation"
-// "%luM" for a whole number of megabytes, otherwise "%luk".
-inline constexpr size_t MEMAMTLEN = 24; // format_mem_amt: "#M" or "#k"
-char* format_mem_amt(uint64_t bytes, char* dst);
-// "1,234,567"
-char* commafy(uint64_t n, char* dst);
-// The amount of `set memory [+|-]#[b|k|m|g]`: 0 with *out set, 198 for bad
-// text, 912 when too large (or a negative relative result).
-int memory_amount(const char* text, uint64_t current, uint64_t* out);
-// Result of news_realloc as the return code of `set memory`.
-int set_memory_rc(int realloc_rc);
-
-// ---------------------------------------------------------------------------
-// Command handlers, reading their arguments from the tokenizer
-// ---------------------------------------------------------------------------
-int set_memory();      // set memory [+|-]#[b|k|m|g] [, permanently]
-int set_maxvar();      // set maxvar # [, permanently]
-int set_matsize();     // set matsize # [, permanently]
-int set_maxobs();      // set maxobs # [width #] [old_maxvar #]  (old do-files)
-int set_virtual();     // set virtual on|off
-int memorycmd(int);    // memory
-int repartcmd(int);    // _repart width|obs [+|-]#
-int compresscmd(int);  // compress [varlist]
-int drop_all_cmd(int); // drop _all
-
-// ---------------------------------------------------------------------------
-// Links to other subsystems, filled in as they come; all optional.
-// ---------------------------------------------------------------------------
-struct DataAreaHooks {
-    int (*dict_write)(int fd);       // dmwrite; 0 on success
-    int (*dict_read)(int fd);        // dmread; 0 on success
-    void (*dict_shutdown)();         // dmshutdown
-    void (*dict_init)();             // dminit
-    uint64_t (*dict_bytes)();        // dmmemory, used bytes
-    int (*lumo_state)();             // 0 idle and empty, 1 running, 2 not cleared
-    uint64_t (*lumo_bytes)();        // bytes of Lumo objects
-    void (*clear_saved_results)();   // set maxvar clears saved results
-    void (*clear_discard)();         // ... and the pending discard
-    void (*conslen_changed)();       // widths that depend on conslen
-    void (*drop_all_extra)(int zap); // characteristics, S_FN, datalbl, i_nvar
-    void (*discard_results)();       // drop_all: e() and the held estimates go
-    int (*record_pref)(const char* section, const char* key, const char* value);
-    int (*class_context_init)();                    // news_alloc: class-system context
-    void (*fatal_exit)(int code);                   // leave the program (default exit)
-    int32_t (*adosize)();                           // `set adosize`
-    void (*post_r)(const char* name, double value); // store a number in r()
-};
-extern DataAreaHooks dahooks;
 
 // Messages of the return codes of the data area (3, 4, 900-914, 1010) with their
 // advice; returns the code. Other codes are handed to error().

@@ -6,7 +6,9 @@
 #include <cstring>
 #include <string>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
+#include "data/area/memfig.h"
 #include "output/spout.h"
 
 namespace korvu {

@@ -5,7 +5,10 @@
 #include <cstring>
 #include <string>
 
+#include "data/area/areacmds.h"
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
+#include "data/area/memfig.h"
 #include "kernel/errors/errors.h"
 #include "kernel/loop/limits.h"
 #include "kernel/parse/cmdparse.h"

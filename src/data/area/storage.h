@@ -297,11 +297,10 @@ inline void encode_cell(uint8_t* p, int code, double x) {
 // ---------------------------------------------------------------------------
 // Cell accessors; v and i are 1-based
 // ---------------------------------------------------------------------------
-inline uint8_t* obsptr(int i) {
-    return xtraptr + static_cast<ptrdiff_t>(mapj[i - 1]) * syslrecl;
-}
+// Each variable is one contiguous column (see dataarea.h): the cell of
+// observation i lies at colptr(v) + mapj[i-1] * bytlenc(type).
 inline uint8_t* dtaptr(int v, int i) {
-    return obsptr(i) + mapi[v - 1];
+    return colptr(v) + static_cast<ptrdiff_t>(mapj[i - 1]) * cellwidth(v);
 }
 
 inline double korvu_data(int v, int i) {
@@ -347,13 +346,17 @@ inline void sstorez(int v, int i, const char* s) {
     sstore(v, i, s);
 }
 
-// Raw copies of the first n bytes of a record.
-inline void getdtaobs(void* dst, int i, int n) {
-    std::memcpy(dst, obsptr(i), n);
-}
-inline void putdtaobs(const void* src, int i, int n) {
-    std::memcpy(obsptr(i), src, n);
-}
+// Copies of the first n bytes of observation i as a record: the cells of
+// variables 1, 2, ... end to end at their offsets mapi[v-1].
+void getdtaobs(void* dst, int i, int n);
+void putdtaobs(const void* src, int i, int n);
+// Observations i0..i0+k-1 as k records of `width` bytes (variables 1..nv at
+// their offsets mapi[v-1]) into buf: the transpose that writes a dataset file.
+void getdtablock(uint8_t* buf, int width, int i0, int k, int nv);
+// k cells of width w of a column to or from k records of recw bytes (the
+// cell at the same place in each record).
+void cells_to_records(uint8_t* rec, int64_t recw, const uint8_t* col, int w, int64_t k);
+void cells_from_records(uint8_t* col, int w, const uint8_t* rec, int64_t recw, int64_t k);
 
 // Collapses extended missing values to the old single missing in every
 // variable whose type has an old code (before writing an old file format).

@@ -421,11 +421,6 @@ int fix_old_vartypes(int fmt) {
     return 0;
 }
 
-struct Run {
-    int64_t src;
-    int32_t dst, len;
-};
-
 } // namespace
 
 static void clear_dataset() {
@@ -441,11 +436,7 @@ static int openfile(const char* fname, int* fd) {
 
 static int report(int rc, const char* fname) {
     if (rc == 6101) {
-        c_outlev = 3;
-        spout21("file ");
-        spout21(fname);
-        spout21(" from more recent version of Korvu\n");
-        return 610;
+        return errorf(610, "file %s from more recent version of Korvu\n", fname);
     }
     if (rc >= 900 && rc < 1100) return dataarea_error(rc);
     if (rc == 1) return 1;
@@ -537,28 +528,56 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
             return rc >= 9000 ? 901 : rc;
         }
     }
-    std::vector<Run> runs;
+    // The records of a block are scattered into the columns of the kept
+    // variables: for each one its offset in the file's record.
+    struct Cell {
+        int32_t v;   // variable in memory
+        int64_t src; // offset in the file's record
+        int32_t w;
+        bool swap, str;
+    };
+    std::vector<Cell> cells;
     for (size_t j = 0; j < keep.size(); ++j) {
         const FVar& f = P.v[keep[j] - 1];
-        if (!runs.empty() && runs.back().src + runs.back().len == f.off &&
-            runs.back().dst + runs.back().len == mapi[j])
-            runs.back().len += f.width;
-        else
-            runs.push_back({f.off, mapi[j], f.width});
+        const int w = bytlenc(codes[j]);
+        cells.push_back({static_cast<int32_t>(j + 1), f.off, w,
+                         P.swap && isnumtype(codes[j]) && w > 1, isstrtype(codes[j]) != 0});
     }
-    std::vector<std::pair<int32_t, int32_t>> swaps; // offset, width
-    if (P.swap)
-        for (size_t j = 0; j < keep.size(); ++j)
-            if (isnumtype(codes[j]) && bytlenc(codes[j]) > 1)
-                swaps.emplace_back(mapi[j], bytlenc(codes[j]));
-    // a string cell keeps its text and zeros behind it, whatever the file
-    // held after the terminator
-    std::vector<std::pair<int32_t, int32_t>> strs; // offset, width
-    for (size_t j = 0; j < keep.size(); ++j)
-        if (isstrtype(codes[j])) strs.emplace_back(mapi[j], bytlenc(codes[j]));
+    // observations nobs+1 .. nobs+k from k records
+    auto scatter_tile = [&](const uint8_t* recs, int64_t k) {
+        for (const Cell& c : cells) {
+            uint8_t* col = colptr(c.v) + static_cast<int64_t>(nobs) * c.w;
+            cells_from_records(col, c.w, recs + c.src, P.width, k);
+            if (c.swap)
+                for (int64_t r = 0; r < k; ++r) swapcell(col + r * c.w, c.w);
+            // a string cell keeps its text and zeros behind it, whatever the
+            // file held after the terminator
+            if (c.str)
+                for (int64_t r = 0; r < k; ++r) {
+                    uint8_t* p = col + r * c.w;
+                    if (auto* z = static_cast<uint8_t*>(std::memchr(p, 0, c.w)))
+                        std::memset(z, 0, c.w - (z - p));
+                }
+        }
+    };
+    // a tile of records at a time, small enough to stay in the cache while
+    // every column takes its cells from it
+    auto scatter = [&](const uint8_t* recs, int64_t k) {
+        const int64_t tile =
+            std::max<int64_t>(1, (int64_t{1} << 16) / std::max<int64_t>(P.width, 1));
+        const int32_t n0 = nobs;
+        for (int64_t r0 = 0; r0 < k; r0 += tile) {
+            const int64_t m = std::min(tile, k - r0);
+            scatter_tile(recs + r0 * P.width, m);
+            nobs += static_cast<int32_t>(m);
+        }
+        nobs = n0;
+    };
+    colsync();
     const int64_t W = P.width;
     if (W > 0 && nwant > 0) {
-        const int64_t per = std::max<int64_t>(2, 24000 / W);
+        // about a megabyte of records a read
+        const int64_t per = std::max<int64_t>(2, (int64_t{1} << 20) / W);
         std::vector<uint8_t> buf(static_cast<size_t>(per * W));
         if (lseek(fd, P.dataoff + (o1 - 1) * W, SEEK_SET) < 0) {
             clear_dataset();
@@ -572,24 +591,27 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
                 clear_dataset();
                 return r < 0 ? 692 : 688;
             }
-            for (int64_t j = 0; j < k; ++j) {
-                if (nobs >= maxobs) {
-                    if (int rc = repartobs(1)) {
+            if (!o.useif) {
+                if (nobs + k > maxobs) {
+                    if (int rc = repartobs(static_cast<int32_t>(nobs + k - maxobs))) {
                         clear_dataset();
                         return rc >= 9000 ? 901 : rc;
                     }
                 }
-                const uint8_t* rec = buf.data() + j * W;
-                uint8_t* dst = obsptr(nobs + 1);
-                for (const Run& ru : runs) std::memcpy(dst + ru.dst, rec + ru.src, ru.len);
-                for (auto& s : swaps) swapcell(dst + s.first, s.second);
-                for (auto& s : strs) {
-                    uint8_t* c = dst + s.first;
-                    if (auto* z = static_cast<uint8_t*>(std::memchr(c, 0, s.second)))
-                        std::memset(z, 0, s.second - (z - c));
+                scatter(buf.data(), k);
+                nobs += static_cast<int32_t>(k);
+            } else {
+                for (int64_t j = 0; j < k; ++j) {
+                    if (nobs >= maxobs) {
+                        if (int rc = repartobs(1)) {
+                            clear_dataset();
+                            return rc >= 9000 ? 901 : rc;
+                        }
+                    }
+                    scatter(buf.data() + j * W, 1);
+                    ++nobs;
+                    if (xeq(&ifpgm, nobs) == 0) --nobs;
                 }
-                ++nobs;
-                if (o.useif && xeq(&ifpgm, nobs) == 0) --nobs;
             }
             left -= k;
             if (kvpollstd()) {

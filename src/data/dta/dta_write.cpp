@@ -88,17 +88,13 @@ int syssave(const char* fname, const SaveOpts& o) {
         for (void* it = dmnext(nullptr, name, DM_VALLAB, nullptr); it;
              it = dmnext(it, name, DM_VALLAB, nullptr)) {
             if (vlmaxlen(static_cast<int32_t*>(it)) > 80) {
-                c_outlev = 3;
-                spoutf("value label %s ", name);
-                spout21("contains labels longer than 80 characters\n");
+                errorf(459, "value label %s contains labels longer than 80 characters\n", name);
                 ++bad;
             }
         }
         if (bad) {
-            c_outlev = 3;
-            spout21("The older format cannot hold such labels; shorten them with label define,\n"
-                    "modify or save in the present format.\n");
-            return 459;
+            return errtext(459, "The older format cannot hold such labels; shorten them with label "
+                                "define,\nmodify or save in the present format.\n");
         }
     }
     int nv = nvar;
@@ -112,10 +108,10 @@ int syssave(const char* fname, const SaveOpts& o) {
     if (format == 110)
         for (int v = 1; v <= nv; ++v)
             if (!cnv111to110vtype(typlist[v - 1])) {
-                c_outlev = 3;
-                spoutf("variable %s is %s; the format holds strings of 128 characters at most\n",
-                       varname(v), typename_of(typlist[v - 1]));
-                return 459;
+                return errorf(459,
+                              "variable %s is %s; the format holds strings of 128 characters "
+                              "at most\n",
+                              varname(v), typename_of(typlist[v - 1]));
             }
     if (nobs == 0) {
         c_outlev = 1;
@@ -203,12 +199,14 @@ int syssave(const char* fname, const SaveOpts& o) {
     int64_t extended = 0;
     if (width) {
         const int64_t per = static_cast<int64_t>(out.buf.size() - 2) / width;
+        colsync();
         for (int i = 1; i <= nobs && !out.bad;) {
             out.flush();
-            int k = 0;
-            for (; k < per && i <= nobs; ++k, ++i) {
-                uint8_t* rec = out.buf.data() + k * width;
-                getdtaobs(rec, i, static_cast<int>(width));
+            const int k = static_cast<int>(std::min<int64_t>(per, nobs - i + 1));
+            getdtablock(out.buf.data(), static_cast<int>(width), i, k, nv);
+            i += k;
+            for (int r = 0; r < k && !oldcells.empty(); ++r) {
+                uint8_t* rec = out.buf.data() + r * width;
                 for (auto& [at, code] : oldcells) {
                     const double x = decode_cell(rec + at, code);
                     if (!ismissing(x)) continue;

@@ -62,10 +62,7 @@ struct CompileFail {
     fail(error(rc));
 }
 [[noreturn]] void failmsg(int rc, const char* fmt, const char* a = "", const char* b = "") {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spoutf(fmt, a, b);
-    c_outlev = old;
+    errorf(rc, fmt, a, b);
     fail(rc);
 }
 
@@ -529,13 +526,7 @@ double date_literal_or_fail(char letter, const char* b, const char* e) {
     double v = dtranslate(letter, b, e);
     if (xmis(v)) {
         std::string t = text_of(b, e);
-        char l[2] = {letter, 0};
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s(%s)", l, t.c_str());
-        spout21(" invalid\n");
-        c_outlev = old;
-        fail(198);
+        fail(errorf(198, "%c(%s) invalid\n", letter, t.c_str()));
     }
     return v;
 }
@@ -561,12 +552,7 @@ void result_store(char letter, const char* b, const char* e) {
     if (kind == 2) return pushsconst(str, std::strlen(str));
     if (kind == 1) return pushconst(num);
     if (letter == 'c') {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("c(%s", name.c_str());
-        spout21(") undefined\n");
-        c_outlev = old;
-        fail(198);
+        fail(errorf(198, "c(%s) undefined\n", name.c_str()));
     }
     pushconst(misval); // an absent r(), e() or s() item is missing
 }
@@ -947,11 +933,7 @@ void function_call(const std::string& name, const char* ab, const char* ae) {
     // the table
     const FnRow* f = findfn(nm);
     if (!f) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("Unknown function %s()\n", nm);
-        c_outlev = old;
-        fail(133);
+        fail(errorf(133, "Unknown function %s()\n", nm));
     }
     if (fn_op(*f) == 0) not_yet(name);
     int want = fn_nargs(*f);
@@ -981,12 +963,7 @@ const char* isolate(const char* b, int end_flag, bool comma_mode, int* rc) {
         if (*p == '"' || (*p == '`' && p[1] == '"')) {
             const char* q = skip_quote(p, p + std::strlen(p));
             if (!q) {
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spoutf("%s ", b);
-                spout21("quotes\n");
-                c_outlev = old;
-                *rc = 198;
+                *rc = errorf(198, "%s quotes\n", b);
                 return p;
             }
             lastnb = q - 1;
@@ -1002,12 +979,7 @@ const char* isolate(const char* b, int end_flag, bool comma_mode, int* rc) {
             int& d = c == ')' ? par : brk;
             if (d == 0) {
                 if (c == ']' && end_flag && par == 0) return p;
-                uint8_t old = c_outlev;
-                c_outlev = 3;
-                spoutf("%.*s ", static_cast<int>(p - b + 1), b);
-                spout21("')' or ']'\n");
-                c_outlev = old;
-                *rc = 198;
+                *rc = errorf(198, "%.*s ')' or ']'\n", static_cast<int>(p - b + 1), b);
                 return p;
             }
             d--;

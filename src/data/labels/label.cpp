@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/link.h"
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 #include "data/area/storage.h"
 #include "data/formats/formats.h"

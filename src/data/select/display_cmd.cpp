@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
+#include "data/area/memfig.h"
 #include "data/area/missing.h"
 #include "data/expr/expr.h"
 #include "data/formats/formats.h"
@@ -82,11 +84,7 @@ int display(int) {
             resettok(&after);
             FmtDesc d;
             if (w.size() > static_cast<size_t>(kFmtMaxText) || chkfmt(w.c_str(), 10, &d)) {
-                c_outlev = 3;
-                spoutf("%s ", w.c_str());
-                spout21("invalid");
-                spout21(" %format\n");
-                return 120;
+                return errorf(120, "%s invalid %%format\n", w.c_str());
             }
             snprintf(fmt, sizeof fmt, "%s", w.c_str());
             continue;
@@ -297,8 +295,7 @@ int assertcmd(int) {
     else
         spoutf("%lld contradiction%s in %lld observation%s\n", static_cast<long long>(failed),
                failed == 1 ? "" : "s", static_cast<long long>(tested), tested == 1 ? "" : "s");
-    c_outlev = 3;
-    spout21("assertion is false\n");
+    errtext(9, "assertion is false\n");
     return rc0 ? 0 : 9;
 }
 

@@ -62,18 +62,20 @@ static void storestr(int v, int i, const char* s) {
     sstore(v, i, s);
 }
 
-// Stores x into cells of one type through a record pointer: the type is
-// decided once per loop, not per observation.
+// Stores x into the cells from..to of v's column: the type is decided once
+// per loop, not per observation. The column is in observation order (the
+// loops call colsync first).
 template <int T> static int64_t storeblock(int v, int from, int to, const double* x, bool count) {
-    const int off = mapi[v - 1];
+    constexpr int W = T == KV_DOUBLE ? 8 : T == KV_BYTE ? 1 : T == KV_INT ? 2 : 4;
+    uint8_t* col = colptr(v) + static_cast<int64_t>(from - 1) * W;
+    const int m = to - from + 1;
     int64_t missing = 0;
-    constexpr int AHEAD = 64; // cells asked for ahead of the stores
-    const int reach = nobs;
-    for (int i = from; i <= to; i++) {
-        if (i + AHEAD <= reach) __builtin_prefetch(obsptr(i + AHEAD) + off, 1);
-        double y = x[i - from];
-        if (count && ismissing(y)) missing++;
-        encode_cell(obsptr(i) + off, T, y);
+    if (count)
+        for (int k = 0; k < m; k++) missing += ismissing(x[k]);
+    if constexpr (T == KV_DOUBLE) {
+        std::memcpy(col, x, static_cast<size_t>(m) * 8);
+    } else {
+        for (int k = 0; k < m; k++) encode_cell(col + k * W, T, x[k]);
     }
     return missing;
 }
@@ -93,6 +95,7 @@ static int64_t storeblock_any(int v, int from, int to, const double* x, bool cou
 template <class Fn> static int overblocks(Fn fn) {
     constexpr int B = 1024;
     double out[B];
+    colsync();
     for (int from = nobs1; from <= nobs2; from += B) {
         if (kvpollstd()) return 1;
         int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
@@ -297,17 +300,31 @@ int replacecmd(int) {
         };
         if (type == KV_DOUBLE && !reads_self) {
             // a double holds every value: no promotion, no loss, only changes
-            const int off = mapi[v - 1];
             overblocks([&](int from, int to, const double* out) {
-                for (int i = from; i <= to; i++) {
-                    if (ifclause && !selobs(i)) continue;
-                    uint8_t* p = obsptr(i) + off;
-                    double old, x = out[i - from];
-                    memcpy(&old, p, 8);
-                    if (memcmp(&old, &x, 8) == 0) continue;
-                    memcpy(p, &x, 8);
+                uint64_t* col = static_cast<uint64_t*>(colbase_w(v, nullptr)) + (from - 1);
+                const uint64_t* in = reinterpret_cast<const uint64_t*>(out);
+                const int m = to - from + 1;
+                if (!ifclause) {
+                    // a change is a different bit pattern; one to missing is
+                    // a missing result where the cell was not missing
+                    int64_t ch = 0, tm = 0;
+                    for (int k = 0; k < m; k++) {
+                        const uint64_t a = col[k], b = in[k];
+                        ch += a != b;
+                        tm += (out[k] >= misval) & !(bitsd(a) >= misval);
+                        col[k] = b;
+                    }
+                    changes += ch;
+                    tomissing += tm;
+                    return 0;
+                }
+                for (int k = 0; k < m; k++) {
+                    if (!selobs(from + k)) continue;
+                    const uint64_t a = col[k], b = in[k];
+                    if (a == b) continue;
+                    col[k] = b;
                     changes++;
-                    if (ismissing(x) && !ismissing(old)) tomissing++;
+                    if (ismissing(out[k]) && !ismissing(bitsd(a))) tomissing++;
                 }
                 return 0;
             });
@@ -366,6 +383,7 @@ int64_t lclcmprs(const char* gone) {
     }
     if (dropped.empty()) return 0;
     std::copy(dropped.begin(), dropped.end(), mapj + k);
+    mapj_changed();
     nobs = k;
     updata = 1;
     return static_cast<int64_t>(dropped.size());
@@ -374,7 +392,9 @@ int64_t lclcmprs(const char* gone) {
 int64_t dropobsifmarked(int v) {
     std::vector<char> gone(static_cast<size_t>(nobs) + 1, 0);
     for (int32_t i = 1; i <= nobs; i++) gone[i] = korvu_data(v, i) != 0;
-    return lclcmprs(gone.data());
+    int64_t n = lclcmprs(gone.data());
+    colsync();
+    return n;
 }
 
 const char* wgtkeyword(int kind) {
@@ -405,6 +425,7 @@ int stdelete(int keep) {
         n += gone[i];
     }
     lclcmprs(gone.data());
+    if (!byvar || lastby) colsync();
     // under by the count covers every group and shows after the last
     static int64_t total = 0;
     if (byvar != 2) total = 0;

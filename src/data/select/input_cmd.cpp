@@ -26,11 +26,7 @@ namespace korvu {
 namespace {
 
 int errf(const char* text) {
-    uint8_t old = c_outlev;
-    c_outlev = 3;
-    spout21(text);
-    c_outlev = old;
-    return 198;
+    return errtext(198, text);
 }
 
 // Missing values and empty strings into observations from..to of v.
@@ -63,17 +59,13 @@ int inputcmd(int) {
     if (int rc = ssvlist(prsestd, 1)) return rc;
     gettok(prsestd);
     if (token[0]) {
-        c_outlev = 3;
-        spoutf("'%s' invalid\n", tokisstr(token) ? token + 1 : token);
-        return 198;
+        return errorf(198, "'%s' invalid\n", tokisstr(token) ? token + 1 : token);
     }
     std::vector<int> vars;
     bool newvars = false; // a new variable is filled from observation 1
     if (lnvar == 0) {
         if (nvar == 0) {
-            c_outlev = 3;
-            spout21("input: no variables defined and none named\n");
-            return 111;
+            return errtext(111, "input: no variables defined and none named\n");
         }
         for (int v = 1; v <= nvar; v++) vars.push_back(v);
     } else {
@@ -189,7 +181,7 @@ int inputcmd(int) {
                 if (rc || nobs >= maxobs) return dataarea_error(901);
             }
             nobs++;
-            memcpy(obsptr(nobs), blank.data(), blank.size() - 1);
+            putdtaobs(blank.data(), nobs, static_cast<int>(blank.size() - 1));
         }
         for (size_t j = 0; j < nv; j++) {
             if (isstrtype(typlist[vars[j] - 1]))

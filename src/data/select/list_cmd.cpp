@@ -99,9 +99,7 @@ int listcmd(int) {
     int label = findopt("label", 3, 1);
     if (int rc = chkopt()) return rc;
     if (table && display) {
-        c_outlev = 3;
-        spout21("options table and display may not be combined\n");
-        return 198;
+        return errtext(198, "options table and display may not be combined\n");
     }
     if (sep < 0) sep = 0;
     if (abbr < 5) abbr = 5;

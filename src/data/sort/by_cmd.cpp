@@ -376,11 +376,7 @@ int byprefix(int sort) {
         return grouploop(vars, rc0, word, std::string(after));
     }
     if (const char* full = findbuiltin(word)) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s may not be combined with by\n", full);
-        c_outlev = old;
-        return 190;
+        return errorf(190, "%s may not be combined with by\n", full);
     }
     // programs declare whether they are by-able
     int mode = byability(word);
@@ -391,18 +387,10 @@ int byprefix(int sort) {
         if (mode == 9) return error(9733);
     }
     if (mode == 0) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spoutf("%s may not be combined with by\n", word);
-        c_outlev = old;
-        return 190;
+        return errorf(190, "%s may not be combined with by\n", word);
     }
     if (by_depth >= 99) {
-        uint8_t old = c_outlev;
-        c_outlev = 3;
-        spout21("too many nested by's\n");
-        c_outlev = old;
-        return 920;
+        return errtext(920, "too many nested by's\n");
     }
     by_depth++;
     std::string line(after);

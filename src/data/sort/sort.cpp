@@ -50,6 +50,8 @@ int32_t rndobs() {
 
 void exch(int32_t i, int32_t j) {
     std::swap(mapj[i - 1], mapj[j - 1]);
+    mapjperm = 1;
+    if (mapjspan < nobs) mapjspan = nobs;
 }
 
 // --- the declared order ---------------------------------------------------------
@@ -201,6 +203,7 @@ template <class E> void apply_order(const Elems<E>& a, int32_t lo) {
         if (q + 16 < n) __builtin_prefetch(&old[a[q + 16].pos]);
         out[q] = old[a[q].pos];
     }
+    mapj_changed();
 }
 
 // The quicksort on a[lo..hi] (0-based), pivot at hi. Partitions are
@@ -418,11 +421,8 @@ Rest::Col column(int v, int32_t lo, int32_t hi) {
     } else {
         c.width = 0;
         c.num.resize(n);
-        int off = mapi[v - 1];
-        for (int32_t i = lo; i <= hi; i++) {
-            if (i + 16 <= hi) __builtin_prefetch(obsptr(i + 16) + off);
-            c.num[i - lo] = decode_cell(obsptr(i) + off, t);
-        }
+        const uint8_t* col = colptr(v) + static_cast<int64_t>(lo - 1) * bytlenc(t);
+        for (size_t q = 0; q < n; q++) c.num[q] = decode_cell(col + q * bytlenc(t), t);
     }
     return c;
 }
@@ -431,6 +431,7 @@ Rest::Col column(int v, int32_t lo, int32_t hi) {
 
 // Sorts lo..hi on the keys; srtlist is left empty.
 static int sortkeys(const int32_t* keys, int nk, bool stable, int32_t lo, int32_t hi) {
+    colsync(); // the keys are read straight from their columns
     size_t n = static_cast<size_t>(hi - lo + 1);
     Rest rest;
     rest.stable = stable;
@@ -446,11 +447,9 @@ static int sortkeys(const int32_t* keys, int nk, bool stable, int32_t lo, int32_
         return sortrange(a, lo, hi, StrMore{&rest, t}, stable);
     }
     Elems<NumE> a{arena<NumE>(A_ELEMS, n), static_cast<int64_t>(n)};
-    int off = mapi[v - 1];
-    for (int32_t i = lo; i <= hi; i++) {
-        if (i + 16 <= hi) __builtin_prefetch(obsptr(i + 16) + off);
-        a[i - lo] = {decode_cell(obsptr(i) + off, t), i - lo};
-    }
+    const uint8_t* col = colptr(v) + static_cast<int64_t>(lo - 1) * bytlenc(t);
+    for (size_t q = 0; q < n; q++)
+        a[q] = {decode_cell(col + q * bytlenc(t), t), static_cast<int32_t>(q)};
     if (nk > 1) return sortrange(a, lo, hi, NumMore{&rest}, stable);
     if (stable) return sortrange(a, lo, hi, NumStable{}, true);
     return sortrange(a, lo, hi, NumOnly{}, false);
@@ -470,6 +469,9 @@ int syssort(int stable) {
     if (work && nk + 1 >= maxmaxvar + 1) return error(103);
     if (srtlist) srtlist[0] = 0;
     int rc = hi > lo && nk > 0 ? sortkeys(varlist_vr, nk, work, lo, hi) : 0;
+    // every column follows the new order now, so that the next loop over
+    // observations reads them in order (after a break too)
+    colsync();
     if (rc) return rc;
     if (lo == 1 && hi == nobs && nk > 0) setsrtlist(nk);
     return 0;

@@ -32,8 +32,8 @@ int mkidxvar(char* buf) {
     int v = addwrkvar(KV_LONG, 0);
     if (v < 0) return v;
     copytext(buf, NAMELEN + 1, varname(v));
-    int off = mapi[v - 1];
-    for (int32_t i = 1; i <= nobs; i++) std::memcpy(obsptr(i) + off, &i, 4);
+    int32_t* col = static_cast<int32_t*>(colbase_w(v, nullptr));
+    for (int32_t i = 1; i <= nobs; i++) col[i - 1] = i;
     i_nvar = nvar;
     return v;
 }
@@ -57,12 +57,11 @@ int sysidxsort(const char* name, int report) {
     int x = sysfindvar(name);
     if (!x) return report ? varnotfound(name) : 111;
     int n = lnvar;
-    int off = mapi[x - 1];
     bool islong = typlist[x - 1] == KV_LONG;
     auto index = [&](int32_t i) {
         if (islong) {
             int32_t r;
-            std::memcpy(&r, obsptr(i) + off, 4);
+            std::memcpy(&r, dtaptr(x, i), 4);
             return static_cast<int64_t>(r);
         }
         double d = korvu_data(x, i);
@@ -83,7 +82,10 @@ int sysidxsort(const char* name, int report) {
     // cycle following: every swap puts one observation in its place
     bool ok = true;
     for (int32_t i = 1; i <= nobs && ok; i++) {
-        if (report && kvpollstd()) return 1;
+        if (report && kvpollstd()) {
+            colsync();
+            return 1;
+        }
         for (int64_t t = index(i); t != i; t = index(i)) {
             if (t < 1 || t > nobs || index(static_cast<int32_t>(t)) == t) {
                 ok = false;
@@ -93,6 +95,7 @@ int sysidxsort(const char* name, int report) {
         }
     }
     if (ok) {
+        colsync();
         setsrtlist(n);
         return 0;
     }
@@ -144,9 +147,7 @@ int sort_restore(int flag) {
     std::string key = std::to_string(preserve_depth);
     void* item = dmfind0(key.c_str(), DM_SORTPRESERVE);
     if (!item) {
-        c_outlev = 3;
-        spout21("could not restore sort index -- system header not found\n");
-        return 9196;
+        return errtext(9196, "could not restore sort index -- system header not found\n");
     }
     const char* rec = static_cast<const char*>(item);
     int nnames = static_cast<int>(dmsize(item) / NAMELEN1);
@@ -157,9 +158,7 @@ int sort_restore(int flag) {
         for (int k = 0; k + 1 < nnames && !rc; k++) {
             int v = sysfindvar(rec + k * NAMELEN1);
             if (!v) {
-                c_outlev = 3;
-                spout21("could not restore sort order because variables were dropped\n");
-                rc = 196;
+                rc = errtext(196, "could not restore sort order because variables were dropped\n");
             } else {
                 varlist_vr[n++] = v;
             }

@@ -61,50 +61,23 @@ static void rescale_strfmt(char* fmt, int width) {
     snprintf(fmt, FMTLEN1, left ? "%%-%ds" : "%%%ds", width);
 }
 
-// Rewrites every record with the new types (each no wider than the old),
-// left to right in place.
+// Rewrites every column with the new types (each no wider than the old),
+// from the first column to the last: each moves down to its new offset,
+// converted cell by cell from the first, so none overwrites cells not yet
+// read.
 static void apply_types(const std::vector<uint8_t>& newcode) {
-    struct Op {
-        int32_t from, to, len; // move: len bytes; convert: old length
-        uint8_t oldc, newc;    // equal for a move
-    };
-    std::vector<Op> ops;
-    int32_t to = 0;
+    colsync();
+    int64_t to = 0;
     for (int v = 1; v <= nvar; v++) {
         const uint8_t oc = typlist[v - 1], nc = newcode[v - 1];
-        const int32_t from = mapi[v - 1], ol = bytlenc(oc);
+        uint8_t* src = colptr(v);
+        uint8_t* dst = xtraptr + to * colstride;
         if (oc == nc) {
-            Op* b = ops.empty() ? nullptr : &ops.back();
-            if (b && b->oldc == b->newc && b->from + b->len == from && b->to + b->len == to)
-                b->len += ol;
-            else
-                ops.push_back({from, to, ol, oc, oc});
-            to += ol;
+            if (dst != src) memmove(dst, src, static_cast<size_t>(nobs) * bytlenc(oc));
         } else {
-            ops.push_back({from, to, ol, oc, nc});
-            to += bytlenc(nc);
+            convert_cells(dst, nc, src, oc, nobs, false);
         }
-    }
-    size_t first = 0;
-    while (first < ops.size() && ops[first].oldc == ops[first].newc &&
-           ops[first].from == ops[first].to)
-        first++;
-    for (int i = 1; i <= nobs; i++) {
-        uint8_t* rec = obsptr(i);
-        for (size_t k = first; k < ops.size(); k++) {
-            const Op& o = ops[k];
-            if (o.oldc == o.newc) {
-                memmove(rec + o.to, rec + o.from, o.len);
-            } else if (isstrtype(o.newc)) {
-                size_t n = strnlen(reinterpret_cast<const char*>(rec + o.from), o.len);
-                if (n > o.newc) n = o.newc;
-                memmove(rec + o.to, rec + o.from, n);
-                if (n < o.newc) memset(rec + o.to + n, 0, o.newc - n);
-            } else {
-                double x = decode_cell(rec + o.from, o.oldc);
-                encode_cell(rec + o.to, o.newc, x);
-            }
-        }
+        to += bytlenc(nc);
     }
     for (int v = 1; v <= nvar; v++) {
         if (typlist[v - 1] == newcode[v - 1]) continue;

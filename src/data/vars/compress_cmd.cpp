@@ -1,4 +1,5 @@
 // The compress command.
+#include "data/area/areacmds.h"
 #include "data/area/dataarea.h"
 #include "kernel/errors/errors.h"
 #include "kernel/parse/cmdparse.h"

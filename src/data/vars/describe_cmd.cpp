@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
+#include "data/area/memfig.h"
 #include "data/vars/varcmds.h"
 #include "data/vars/varlist.h"
 #include "data/vars/vartab.h"

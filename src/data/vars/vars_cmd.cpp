@@ -213,7 +213,11 @@ int set_obs() {
     for (int v = 1; v <= nvar; v++)
         if (isnumtype(typlist[v - 1]))
             encode_cell(blank.data() + mapi[v - 1], typlist[v - 1], misval);
-    for (int32_t i = nobs + 1; i <= n; i++) memcpy(obsptr(i), blank.data(), w);
+    for (int v = 1; v <= nvar; v++) {
+        const int cw = cellwidth(v);
+        const uint8_t* cell = blank.data() + mapi[v - 1];
+        for (int32_t i = nobs + 1; i <= n; i++) memcpy(dtaptr(v, i), cell, cw);
+    }
     nobs = n;
     updata = 1;
     return 0;

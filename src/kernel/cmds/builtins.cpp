@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "class/clslang.h"
+#include "data/area/areacmds.h"
 #include "data/area/dataarea.h"
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "app/link.h"
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"

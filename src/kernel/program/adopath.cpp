@@ -13,6 +13,7 @@
 
 #include "app/link.h"
 #include "class/clslang.h"
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 #include "data/vars/vartab.h"
 #include "kernel/cmds/builtins.h"

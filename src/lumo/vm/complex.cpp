@@ -41,42 +41,13 @@ static bool numeric(const MObj* o) {
     return !o->fcn && (o->eltype == MT_REAL || o->eltype == MT_COMPLEX);
 }
 
-// Shapes as the real operators have them.
-static bool cxshape(const MObj* a, const MObj* b, bool colon, int* R, int* C) {
-    if (a->rows == b->rows && a->cols == b->cols) {
-        *R = a->rows, *C = a->cols;
-        return true;
-    }
-    if (m_nel(b) == 1 && b->rows == 1) {
-        *R = a->rows, *C = a->cols;
-        return true;
-    }
-    if (m_nel(a) == 1 && a->rows == 1) {
-        *R = b->rows, *C = b->cols;
-        return true;
-    }
-    if (!colon) return false;
-    auto fits = [](const MObj* x, int r, int c) {
-        return (x->rows == r || x->rows == 1) && (x->cols == c || x->cols == 1);
-    };
-    if (fits(b, a->rows, a->cols)) {
-        *R = a->rows, *C = a->cols;
-        return true;
-    }
-    if (fits(a, b->rows, b->cols)) {
-        *R = b->rows, *C = b->cols;
-        return true;
-    }
-    return false;
-}
-
 // Element-wise: kind 0 add, 1 subtract, 2 multiply, 3 divide.
 void m_cxbin(int kind, bool colon) {
     MObj* a = m_stak[-1];
     MObj* b = m_stak[0];
     if (!numeric(a) || !numeric(b)) return m_xeqerr(a->fcn || b->fcn ? 3102 : 3250);
     int R, C;
-    if (!cxshape(a, b, colon, &R, &C)) return m_xeqerr(3200);
+    if (!m_shape(a, b, colon, &R, &C)) return m_xeqerr(3200);
     MObj* o = m_mkmat("", MT_COMPLEX, R, C);
     if (!o) return m_xeqerr(3900);
     for (int i = 0; i < R; i++)

@@ -83,7 +83,7 @@ struct Or {
 
 // Shapes. Plain operators: equal shapes, or one operand 1 x 1. Colon
 // operators also stretch an r x 1 or a 1 x c operand over an r x c one.
-static bool shape(const MObj* a, const MObj* b, bool colon, int* R, int* C) {
+bool m_shape(const MObj* a, const MObj* b, bool colon, int* R, int* C) {
     if (a->rows == b->rows && a->cols == b->cols) {
         *R = a->rows, *C = a->cols;
         return true;
@@ -186,7 +186,7 @@ template <class F> static void realbin(bool colon) {
     if (el == -100) return;
     if (el != MT_REAL) return m_xeqerr(el == MT_STRING ? 3251 : 3250);
     int R, C;
-    if (!shape(a, b, colon, &R, &C)) return m_xeqerr(3200);
+    if (!m_shape(a, b, colon, &R, &C)) return m_xeqerr(3200);
     MObj* o = realresult(a, b, R, C);
     if (!o) return m_xeqerr(3900);
     ewloop<F>(m_rel(o), a, b, R, C);
@@ -213,7 +213,7 @@ template <class G> static void strloop(MObj* a, MObj* b, int R, int C, G g) {
 
 static void strplus(MObj* a, MObj* b, bool colon) {
     int R, C;
-    if (!shape(a, b, colon, &R, &C)) return m_xeqerr(3200);
+    if (!m_shape(a, b, colon, &R, &C)) return m_xeqerr(3200);
     MObj* o = m_mkmat("", MT_STRING, R, C);
     if (!o) return m_xeqerr(3900);
     bool bad = false;
@@ -234,7 +234,7 @@ static void strplus(MObj* a, MObj* b, bool colon) {
 // Colon comparison of strings, element by element.
 template <class F> static void strcolon(MObj* a, MObj* b) {
     int R, C;
-    if (!shape(a, b, true, &R, &C)) return m_xeqerr(3200);
+    if (!m_shape(a, b, true, &R, &C)) return m_xeqerr(3200);
     MObj* o = m_mkmat("", MT_REAL, R, C);
     if (!o) return m_xeqerr(3900);
     strloop(a, b, R, C,
@@ -360,7 +360,7 @@ template <class F> static void wholecmp(int eqkind) {
         return setcond(eqkind == 2);
     if (a->eltype != b->eltype) return m_xeqerr(3250);
     int R, C;
-    if (!shape(a, b, false, &R, &C)) return m_xeqerr(3200);
+    if (!m_shape(a, b, false, &R, &C)) return m_xeqerr(3200);
     bool all = true;
     const int64_t n = static_cast<int64_t>(R) * C;
     if (a->eltype == MT_REAL) {

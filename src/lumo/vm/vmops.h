@@ -13,6 +13,9 @@ extern MObj* const m_kmiss;
 
 // Complex operators (either operand complex): kind 0 add, 1 subtract,
 // 2 multiply, 3 divide, element by element.
+// The result's shape of an element-wise operator: equal shapes, or one
+// operand 1 x 1; colon operators also stretch an r x 1 or 1 x c operand.
+bool m_shape(const MObj* a, const MObj* b, bool colon, int* R, int* C);
 void m_cxbin(int kind, bool colon);
 void m_cxmult();
 void m_cxneg();

@@ -32,25 +32,25 @@
 namespace korvu {
 
 void regress_gather(const int* vars, int k, int i0, int n, double* blk, int ld) {
-    // the type is looked at once per variable and block, the slots once per
-    // observation
-    const int32_t* slot = mapj + (i0 - 1);
-    const size_t w = static_cast<size_t>(syslrecl);
+    // each variable is one contiguous column: its type is looked at once per
+    // block, and a double column is copied as it stands
     for (int j = 0; j < k; ++j) {
         double* row = blk + static_cast<size_t>(j) * ld;
-        int v = vars[j];
-        int code = typlist[v - 1];
-        const uint8_t* base = xtraptr + mapi[v - 1];
+        int code = 0;
+        const uint8_t* col = static_cast<const uint8_t*>(colbase(vars[j], &code));
+        const size_t w = static_cast<size_t>(bytlenc(code));
+        const uint8_t* base = col + static_cast<size_t>(i0 - 1) * w;
         if (code == KV_DOUBLE) {
-            for (int t = 0; t < n; ++t) std::memcpy(&row[t], base + slot[t] * w, 8);
+            std::memcpy(row, base, static_cast<size_t>(n) * 8);
         } else if (code == KV_FLOAT) {
             for (int t = 0; t < n; ++t) {
                 float f;
-                std::memcpy(&f, base + slot[t] * w, 4);
+                std::memcpy(&f, base + static_cast<size_t>(t) * 4, 4);
                 row[t] = kvdouble_of_float(f);
             }
         } else {
-            for (int t = 0; t < n; ++t) row[t] = decode_cell(base + slot[t] * w, code);
+            for (int t = 0; t < n; ++t)
+                row[t] = decode_cell(base + static_cast<size_t>(t) * w, code);
         }
     }
 }

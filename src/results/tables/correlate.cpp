@@ -28,15 +28,6 @@ namespace {
 
 constexpr int BLK = 2048;
 
-void txt(const std::string& s) {
-    c_outlev = 1;
-    spoutptl(s.c_str());
-}
-void res(const std::string& s) {
-    c_outlev = 0;
-    spout21(s.c_str());
-}
-
 // Means and the centred cross products of k variables over the observations
 // of `obs` where mask says all are present (two passes; block sums gathered
 // with compensation).
@@ -183,16 +174,16 @@ void showmatrix(const std::vector<int>& vars, const std::vector<double>& M, bool
         int c1 = std::min(k, c0 + per);
         std::string h = "\n             {c |}";
         for (int j = c0; j < c1; j++) h += rjust(head8(vars[j]), 9);
-        txt(h + "\n");
-        txt("{hline 13}{c +}{hline " + std::to_string(9 * (c1 - c0)) + "}\n");
+        tab_txt(h + "\n");
+        tab_txt("{hline 13}{c +}{hline " + std::to_string(9 * (c1 - c0)) + "}\n");
         for (int i = c0; i < k; i++) {
-            txt(rjust(abvar(varname(vars[i]), 12), 12) + " {c |}");
+            tab_txt(rjust(abvar(varname(vars[i]), 12), 12) + " {c |}");
             std::string line;
             for (int j = c0; j < c1 && j <= i; j++) {
                 double x = M[i * k + j];
                 line += " " + fm(cov ? "%8.0g" : "%8.4f", x);
             }
-            res(line);
+            tab_res(line);
             newline();
         }
     }
@@ -235,15 +226,15 @@ int casewise(const std::vector<int>& vars, const Sample& S, bool means, bool cov
     if (s_outlev > 2) return 0;
     char b[64];
     snprintf(b, sizeof b, "(obs=%.0f)\n", N);
-    txt(b);
+    tab_txt(b);
     if (means) {
-        txt("\n    Variable {c |}        Mean    Std. Dev.          Min          Max\n");
-        txt("{hline 13}{c +}{hline 52}\n");
+        tab_txt("\n    Variable {c |}        Mean    Std. Dev.          Min          Max\n");
+        tab_txt("{hline 13}{c +}{hline 52}\n");
         for (int a = 0; a < k; a++) {
             double sd = div > 0 ? std::sqrt(m.cp[a * k + a] / div) : misval;
-            txt(rjust(abvar(varname(vars[a]), 12), 12) + " {c |}");
-            res(" " + fm("%11.0g", m.mean[a]) + "  " + fm("%11.0g", sd) + "  " +
-                fm("%11.0g", m.mn[a]) + "  " + fm("%11.0g", m.mx[a]));
+            tab_txt(rjust(abvar(varname(vars[a]), 12), 12) + " {c |}");
+            tab_res(" " + fm("%11.0g", m.mean[a]) + "  " + fm("%11.0g", sd) + "  " +
+                    fm("%11.0g", m.mn[a]) + "  " + fm("%11.0g", m.mx[a]));
             newline();
         }
     }
@@ -296,8 +287,8 @@ int pairwise(const std::vector<int>& vars, const Sample& S, bool sig, bool showo
         int c1 = std::min(k, c0 + per);
         std::string h = "\n             {c |}";
         for (int j = c0; j < c1; j++) h += rjust(head8(vars[j]), 9) + " ";
-        txt(h + "\n");
-        txt("{hline 13}{c +}{hline " + std::to_string(10 * (c1 - c0)) + "}\n");
+        tab_txt(h + "\n");
+        tab_txt("{hline 13}{c +}{hline " + std::to_string(10 * (c1 - c0)) + "}\n");
         for (int i = c0; i < k; i++) {
             if (kvpollstd()) return 1;
             // the coefficient (starred below the level), its significance
@@ -312,20 +303,20 @@ int pairwise(const std::vector<int>& vars, const Sample& S, bool sig, bool showo
                 l2 += " " + (i != j && shown ? fm("%8.4f", p) + " " : std::string(9, ' '));
                 l3 += " " + fm("%8.0f", NN[i * k + j]) + " ";
             }
-            txt(rjust(abvar(varname(vars[i]), 12), 12) + " {c |}");
-            res(a1);
+            tab_txt(rjust(abvar(varname(vars[i]), 12), 12) + " {c |}");
+            tab_res(a1);
             newline();
             if (sig) {
-                txt("             {c |}");
-                res(l2);
+                tab_txt("             {c |}");
+                tab_res(l2);
                 newline();
             }
             if (showobs) {
-                txt("             {c |}");
-                res(l3);
+                tab_txt("             {c |}");
+                tab_res(l3);
                 newline();
             }
-            if (sig || showobs) txt("             {c |}\n");
+            if (sig || showobs) tab_txt("             {c |}\n");
         }
     }
     return 0;

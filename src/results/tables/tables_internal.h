@@ -33,4 +33,8 @@ int tab_postmat(const char* name, int type, const std::vector<double>& m, int ro
 std::string rjust(const std::string& s, int w);
 std::string ljust(const std::string& s, int w);
 
+// A line of markup at the text level, and one of plain result text.
+void tab_txt(const std::string& s);
+void tab_res(const std::string& s);
+
 } // namespace korvu

@@ -234,15 +234,6 @@ std::string pct(double x, int w) {
     return b;
 }
 
-void txt(const std::string& s) {
-    c_outlev = 1;
-    spoutptl(s.c_str());
-}
-void res(const std::string& s) {
-    c_outlev = 0;
-    spout21(s.c_str());
-}
-
 // The labels of the rows: width of the first column.
 int stubwidth(const Classes& cl, const std::string& head, bool nolabel, bool total) {
     int w = static_cast<int>(head.size());
@@ -307,15 +298,15 @@ int oneway(const Classes& cl, const std::vector<double>& f, bool weighted, const
     }
     if (s_outlev > 2) return 0;
     if (N == 0) {
-        txt("no observations\n");
+        tab_txt("no observations\n");
         return 0;
     }
     std::string head = title_of(cl.var);
     int sw = stubwidth(cl, head, o.nolabel, true);
     if (static_cast<int>(head.size()) > sw) head = head.substr(0, sw);
-    txt("\n");
-    txt(rjust(head, sw) + " {c |}      Freq.     Percent        Cum.\n");
-    txt("{hline " + std::to_string(sw + 1) + "}{c +}{hline 35}\n");
+    tab_txt("\n");
+    tab_txt(rjust(head, sw) + " {c |}      Freq.     Percent        Cum.\n");
+    tab_txt("{hline " + std::to_string(sw + 1) + "}{c +}{hline 35}\n");
     double cum = 0;
     for (int jj = 0; jj < K; jj++) {
         if ((jj & 0xff) == 0 && kvpollstd()) return 1;
@@ -323,13 +314,13 @@ int oneway(const Classes& cl, const std::vector<double>& f, bool weighted, const
         cum += f[j];
         std::string lab = cattext(cl, j, o.nolabel);
         if (static_cast<int>(lab.size()) > sw) lab = lab.substr(0, sw);
-        txt(rjust(lab, sw) + " {c |}");
-        res(freq(f[j], 11) + pct(100 * f[j] / N, 12) + pct(100 * cum / N, 12));
+        tab_txt(rjust(lab, sw) + " {c |}");
+        tab_res(freq(f[j], 11) + pct(100 * f[j] / N, 12) + pct(100 * cum / N, 12));
         newline();
     }
-    txt("{hline " + std::to_string(sw + 1) + "}{c +}{hline 35}\n");
-    txt(rjust("Total", sw) + " {c |}");
-    res(freq(N, 11) + pct(100.0, 12));
+    tab_txt("{hline " + std::to_string(sw + 1) + "}{c +}{hline 35}\n");
+    tab_txt(rjust("Total", sw) + " {c |}");
+    tab_res(freq(N, 11) + pct(100.0, 12));
     newline();
     return 0;
 }
@@ -383,17 +374,17 @@ int onewaysum(const Classes& cl, const Sample& S, const Opts& o) {
     std::string head = title_of(cl.var);
     int w0 = stubwidth(cl, head, o.nolabel, true);
     if (static_cast<int>(head.size()) > w0) head = head.substr(0, w0);
-    txt("\n");
-    txt(std::string(w0 + 1, ' ') + "{c |}  Summary of " + title_of(y) + "\n");
-    txt(rjust(head, w0) + " {c |}        Mean   Std. Dev.       Freq.\n");
-    txt("{hline " + std::to_string(w0 + 1) + "}{c +}{hline 36}\n");
+    tab_txt("\n");
+    tab_txt(std::string(w0 + 1, ' ') + "{c |}  Summary of " + title_of(y) + "\n");
+    tab_txt(rjust(head, w0) + " {c |}        Mean   Std. Dev.       Freq.\n");
+    tab_txt("{hline " + std::to_string(w0 + 1) + "}{c +}{hline 36}\n");
     for (int g = 0; g <= K; g++) {
-        if (g == K) txt("{hline " + std::to_string(w0 + 1) + "}{c +}{hline 36}\n");
+        if (g == K) tab_txt("{hline " + std::to_string(w0 + 1) + "}{c +}{hline 36}\n");
         std::string lab = g == K ? "Total" : cattext(cl, g, o.nolabel);
         if (static_cast<int>(lab.size()) > w0) lab = lab.substr(0, w0);
-        txt(rjust(lab, w0) + " {c |}");
-        res(" " + num("%11.0g", mean[g]) + " " + num("%11.0g", sd(g)) + " " +
-            freq(sw[g] + se[g], 11));
+        tab_txt(rjust(lab, w0) + " {c |}");
+        tab_res(" " + num("%11.0g", mean[g]) + " " + num("%11.0g", sd(g)) + " " +
+                freq(sw[g] + se[g], 11));
         newline();
     }
     return 0;
@@ -479,7 +470,7 @@ int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
     }
     if (s_outlev > 2) return 0;
     if (N == 0) {
-        txt("no observations\n");
+        tab_txt("no observations\n");
         return 0;
     }
 
@@ -499,13 +490,13 @@ int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
     if (!lines.empty() && lines.size() > 1 && !o.nokey) {
         static const char* keys[4] = {"frequency", "row percentage", "column percentage",
                                       "cell percentage"};
-        txt("\n+-------------------+\n| Key               |\n|-------------------|\n");
+        tab_txt("\n+-------------------+\n| Key               |\n|-------------------|\n");
         for (int l : lines) {
             std::string k = keys[l];
             int pad = 19 - static_cast<int>(k.size());
-            txt("|" + std::string(pad / 2, ' ') + k + std::string(pad - pad / 2, ' ') + "|\n");
+            tab_txt("|" + std::string(pad / 2, ' ') + k + std::string(pad - pad / 2, ' ') + "|\n");
         }
-        txt("+-------------------+\n");
+        tab_txt("+-------------------+\n");
     }
     auto cellval = [&](int l, double x, double rowt, double colt) {
         switch (l) {
@@ -519,15 +510,15 @@ int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
         int c1 = std::min(c, c0 + avail);
         bool last = c1 == c;
         int width = (c1 - c0) * cw;
-        txt("\n");
+        tab_txt("\n");
         // the inner width runs to the bar before the totals (one blank more)
         int inner = last ? width + 1 : width;
         std::string ch = chead;
         if (static_cast<int>(ch.size()) > inner) ch = ch.substr(0, inner);
         int lead = (inner - static_cast<int>(ch.size())) / 2;
-        txt(std::string(sw + 1, ' ') + "{c |}" + std::string(lead, ' ') + ch +
-            std::string(inner - lead - static_cast<int>(ch.size()), ' ') + (last ? "{c |}" : "") +
-            "\n");
+        tab_txt(std::string(sw + 1, ' ') + "{c |}" + std::string(lead, ' ') + ch +
+                std::string(inner - lead - static_cast<int>(ch.size()), ' ') +
+                (last ? "{c |}" : "") + "\n");
         std::string hl = rjust(rhead, sw) + " {c |}";
         for (int j = c0; j < c1; j++) {
             std::string lab = cattext(b, ci[j], o.nolabel);
@@ -535,50 +526,50 @@ int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
             hl += rjust(lab, cw);
         }
         if (last) hl += " {c |}" + rjust("Total", cw - 1);
-        txt(hl + "\n");
+        tab_txt(hl + "\n");
         std::string rule =
             "{hline " + std::to_string(sw + 1) + "}{c +}{hline " + std::to_string(inner) + "}";
         if (last) rule += "{c +}{hline " + std::to_string(cw - 1) + "}";
-        txt(rule + "\n");
+        tab_txt(rule + "\n");
         for (int i = 0; i <= r; i++) {
             if ((i & 0xff) == 0 && kvpollstd()) return 1;
-            if (i == r) txt(rule + "\n");
+            if (i == r) tab_txt(rule + "\n");
             bool tot = i == r;
             for (size_t li = 0; li < lines.size(); li++) {
                 int l = lines[li];
                 std::string lab;
                 if (li == 0) lab = tot ? "Total" : cattext(a, ri[i], o.nolabel);
                 if (static_cast<int>(lab.size()) > sw) lab = lab.substr(0, sw);
-                txt(rjust(lab, sw) + " {c |}");
+                tab_txt(rjust(lab, sw) + " {c |}");
                 std::string cells;
                 for (int j = c0; j < c1; j++) {
                     double x = tot ? ct[j] : t[i * c + j];
                     cells += cellval(l, x, tot ? N : rt[i], ct[j]);
                 }
-                res(cells);
+                tab_res(cells);
                 if (last) {
-                    txt(" {c |}");
+                    tab_txt(" {c |}");
                     double x = tot ? N : rt[i];
                     std::string s = cellval(l, x, tot ? N : rt[i], N);
-                    res(s.substr(1));
+                    tab_res(s.substr(1));
                 }
                 newline();
             }
             if (lines.size() > 1 && i < r - 1)
-                txt(std::string(sw + 1, ' ') + "{c |}" + std::string(inner, ' ') +
-                    (last ? "{c |}" : "") + "\n");
+                tab_txt(std::string(sw + 1, ' ') + "{c |}" + std::string(inner, ' ') +
+                        (last ? "{c |}" : "") + "\n");
         }
     }
     bool any = o.chi2 || o.lr || o.v || o.gamma || o.taub || o.exact;
-    if (any) txt("\n");
+    if (any) tab_txt("\n");
     auto statline = [&](const char* name, int df, double v, const char* tag, double p) {
         std::string lab = name;
         if (df >= 0) lab += "(" + std::to_string(df) + ")";
-        txt(rjust(lab, 27) + " = ");
-        res(num("%9.4f", v));
+        tab_txt(rjust(lab, 27) + " = ");
+        tab_res(num("%9.4f", v));
         if (tag) {
-            txt(std::string("   ") + tag + " = ");
-            res(num(tag[0] == 'P' ? "%5.3f" : "%6.4f", p));
+            tab_txt(std::string("   ") + tag + " = ");
+            tab_res(num(tag[0] == 'P' ? "%5.3f" : "%6.4f", p));
         }
         newline();
     };
@@ -589,16 +580,17 @@ int twoway(const Classes& a, const Classes& b, const Sample& S, const Opts& o) {
     if (o.taub) statline("Kendall's tau-b", -1, st.taub, "ASE", st.ase_taub);
     if (o.exact) {
         if (exrc == 2) {
-            txt("           Fisher's exact = (not computed: the table is too large)\n");
+            tab_txt("           Fisher's exact = (not computed: the table is too large)\n");
         } else if (exrc == 3) {
-            txt("           Fisher's exact = (not computed: the counts are not whole numbers)\n");
+            tab_txt(
+                "           Fisher's exact = (not computed: the counts are not whole numbers)\n");
         } else if (r >= 2 && c >= 2) {
-            txt(rjust("Fisher's exact", 27) + " =                 ");
-            res(num("%5.3f", pex));
+            tab_txt(rjust("Fisher's exact", 27) + " =                 ");
+            tab_res(num("%5.3f", pex));
             newline();
             if (r == 2 && c == 2) {
-                txt(rjust("1-sided Fisher's exact", 27) + " =                 ");
-                res(num("%5.3f", p1ex));
+                tab_txt(rjust("1-sided Fisher's exact", 27) + " =                 ");
+                tab_res(num("%5.3f", p1ex));
                 newline();
             }
         }
@@ -661,6 +653,15 @@ int tab_postmat(const char* name, int type, const std::vector<double>& m, int ro
     for (int i = 0; i < rows; i++) matputfullname(rs, i, "", rn[i].c_str(), "");
     for (int j = 0; j < cols; j++) matputfullname(cs, j, "", cn[j].c_str(), "");
     return 0;
+}
+
+void tab_txt(const std::string& s) {
+    c_outlev = 1;
+    spoutptl(s.c_str());
+}
+void tab_res(const std::string& s) {
+    c_outlev = 0;
+    spout21(s.c_str());
 }
 
 std::string rjust(const std::string& s, int w) {
