@@ -177,6 +177,10 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     bool shifted = false;
     double used = 0;
     if (spec.used) spec.used->assign(static_cast<size_t>(nobs), 0);
+    if (spec.minmax) {
+        spec.minmax->assign(static_cast<size_t>(2) * k, misval);
+        std::fill(spec.minmax->begin() + k, spec.minmax->end(), -misval);
+    }
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
         if (kvpollstd()) return 1;
@@ -184,6 +188,17 @@ int accum_data(const AccSpec& spec, AccResult* out) {
         if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
         if (!m) continue;
         used += m;
+        if (spec.minmax)
+            for (int j = 1; j <= k; ++j) {
+                const double* r = b.row(j);
+                double& lo = (*spec.minmax)[j - 1];
+                double& hi = (*spec.minmax)[k + j - 1];
+                for (int q = 0; q < m; ++q) {
+                    double v = static_cast<float>(r[q]);
+                    if (v < lo) lo = v;
+                    if (v > hi) hi = v;
+                }
+            }
         if (spec.used)
             for (int q = 0; q < m; ++q) (*spec.used)[b.keep[q] - 1] = 1;
         if (spec.deviations) {
@@ -405,11 +420,54 @@ int accum_parse() {
 
 } // namespace
 
-// matrix accum A = varlist [weight] [if] [in] [, noconstant deviations means(name)]
+namespace {
+
+std::string cell13(double x, const char* f) {
+    std::string t = x >= misval ? "." : safereforms(f, x);
+    return t.size() < 13 ? std::string(13 - t.size(), ' ') + t : t;
+}
+
+// The summary of the accumulated variables: mean, standard deviation,
+// minimum and maximum of each.
+void show_summary(const AccResult& r, const std::vector<int>& vars,
+                  const std::vector<double>& minmax, bool dev, const char* f) {
+    int k = r.k;
+    double N = r.N;
+    c_outlev = 1;
+    spoutptlf("\n    Variable {c |}%13s%13s%13s%13s\n", "Mean", "Std. Dev.", "Min", "Max");
+    spoutptl("{hline 13}{c +}{hline 52}\n");
+    for (int j = 0; j < k; ++j) {
+        double mu = r.mean[j], S = r.at(j + 1, j + 1);
+        double var = misval;
+        if (N > 1) var = dev ? S / (N - 1) : S / (N - 1) - mu * mu * N / (N - 1);
+        double sd = var < misval ? std::sqrt(var > 0 ? var : 0) : misval;
+        // a name over 12 characters: its first 10, "~", and its last
+        std::string name = varname(vars[j]);
+        if (name.size() > 12) name = name.substr(0, 10) + "~" + name.back();
+        c_outlev = 1;
+        spoutptlf("%12s {c |}", name.c_str());
+        c_outlev = 0;
+        std::string row =
+            cell13(mu, f) + cell13(sd, f) + cell13(minmax[j], f) + cell13(minmax[k + j], f);
+        spout21(row.c_str());
+        newline();
+    }
+}
+
+} // namespace
+
+// matrix accum A = varlist [weight] [if] [in] [, noconstant deviations means(name)
+// summary format(%fmt)]
 int accumcmd(const char* target) {
     if (int rc = accum_parse()) return rc;
     int nocons = findopt("noconstant", 1, 0);
     int dev = findopt("deviations", 1, 0);
+    int summ = findopt("summary", 2, 0);
+    char sfmt[64] = "";
+    findargasis("format", 3, sfmt, sizeof sfmt);
+    if (!sfmt[0]) std::snprintf(sfmt, sizeof sfmt, "%s", "%9.0g");
+    FmtDesc fd;
+    if (chkfmt(sfmt, 1, &fd)) return error(120);
     char means[64] = "";
     findargn("means", 1, means, sizeof means, 1);
     if (int rc = chkopt()) return rc;
@@ -423,11 +481,14 @@ int accumcmd(const char* target) {
     AccSpec spec;
     spec.vars = vars;
     spec.deviations = dev;
+    std::vector<double> minmax;
+    if (summ) spec.minmax = &minmax;
     AccResult r;
     if (int rc = accum_data(spec, &r)) return rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(r.sumw);
     if (int rc = check_n(r.N)) return rc;
     show_obs(r.N);
+    if (summ && s_outlev <= 2) show_summary(r, vars, minmax, dev, sfmt);
     // variables first, the constant last
     int n = k + (nocons ? 0 : 1);
     std::vector<double> a(static_cast<size_t>(n) * n);
@@ -562,10 +623,116 @@ int opaccumcmd(const char* target) {
     return 0;
 }
 
-int glsaccumcmd(const char*) {
-    c_outlev = 3;
-    spout21("command matrix glsaccum not yet available\n");
-    return 199;
+// matrix glsaccum A = varlist [if] [in], group(g) glsmat(W) row(r) [noconstant]:
+// the sum over the groups of X_g' W_g X_g, W_g the rows and columns of W
+// named by row() for the group's observations. The data are sorted by group.
+int glsaccumcmd(const char* target) {
+    vable = 1;
+    wgtable = 0;
+    byable = 3;
+    opable = 0;
+    if (int rc = parse()) return rc;
+    int nocons = findopt("noconstant", 1, 0);
+    int grp[2] = {0, 0}, rowv[2] = {0, 0};
+    int ng = findvlist("group", 1, grp, 2);
+    int nr = findvlist("row", 1, rowv, 2);
+    char wname[64] = "";
+    findargn("glsmat", 4, wname, sizeof wname, 1);
+    if (int rc = chkopt()) return rc;
+    if (ng != 1) return required("option group()");
+    if (nr != 1) return required("option row()");
+    if (!wname[0]) return required("option glsmat()");
+    if (isstrtype(typlist[rowv[0] - 1])) return errtext(109, "type mismatch");
+    if (!matlink.load) return errtext(199, "matrices not yet available");
+    DenseMat W;
+    if (matlink.load(wname, 9, &W)) return errorf(111, "matrix %s not found", wname);
+    if (W.rows != W.cols) return errtext(503, "conformability error");
+    for (int i = 0; i < W.rows; ++i)
+        for (int j = 0; j < i; ++j)
+            if (W.at(i, j) != W.at(j, i)) return errtext(505, "matrix not symmetric");
+    std::vector<int> vars;
+    if (int rc = numeric_vars(&vars)) return rc;
+    int k = static_cast<int>(vars.size());
+    int n = k + (nocons ? 0 : 1);
+    if (n == 0) return error(102);
+    if (n > matsize) return error(908);
+    initialize_xeq();
+    std::vector<double> acc(static_cast<size_t>(n) * n, 0.0), err(acc.size(), 0.0);
+    std::vector<double> xg; // the group's rows, n values each
+    std::vector<int> rg;    // their rows of W, from 0
+    std::vector<double> z(n);
+    char prev[2100] = "", cur[2100];
+    bool have = false, isstr = isstrtype(typlist[grp[0] - 1]);
+    double pv = 0, N = 0;
+    auto flush = [&] {
+        int m = static_cast<int>(rg.size());
+        for (int a = 0; a < m; ++a) {
+            // z = sum over b of W[r_a, r_b] x_b
+            std::fill(z.begin(), z.end(), 0.0);
+            for (int b = 0; b < m; ++b) {
+                double wab = W.at(rg[a], rg[b]);
+                const double* xb = &xg[static_cast<size_t>(b) * n];
+                for (int j = 0; j < n; ++j) z[j] += wab * xb[j];
+            }
+            const double* xa = &xg[static_cast<size_t>(a) * n];
+            for (int i = 0; i < n; ++i)
+                for (int j = 0; j < n; ++j) {
+                    size_t p = static_cast<size_t>(i) * n + j;
+                    accumerr(&acc[p], &err[p], xa[i] * z[j]);
+                }
+        }
+        xg.clear();
+        rg.clear();
+    };
+    std::vector<double> sel(1), xi(n);
+    for (int i = nobs1; i <= nobs2; ++i) {
+        if ((i & 0xfff) == 0 && kvpollstd()) return 1;
+        if (ifclause) {
+            xeqblock(&ifpgm, i, i, sel.data());
+            if (sel[0] == 0) continue;
+        }
+        double r = korvu_data(rowv[0], i);
+        if (r >= misval) continue;
+        bool miss = false;
+        for (int j = 0; j < k; ++j) {
+            xi[j] = korvu_data(vars[j], i);
+            miss |= xi[j] >= misval;
+        }
+        if (miss) continue;
+        if (r != std::floor(r) || r < 1 || r > W.rows)
+            return errorf(503, "row() value %g outside the rows of %s", r, wname);
+        if (!nocons) xi[k] = 1;
+        bool same;
+        if (isstr) {
+            skorvu_data(grp[0], i, cur);
+            same = have && !std::strcmp(cur, prev);
+            std::memcpy(prev, cur, sizeof prev);
+        } else {
+            double g = korvu_data(grp[0], i);
+            same = have && g == pv;
+            pv = g;
+        }
+        if (have && !same) flush();
+        have = true;
+        xg.insert(xg.end(), xi.begin(), xi.end());
+        rg.push_back(static_cast<int>(r) - 1);
+        N += 1;
+    }
+    if (have) flush();
+    if (N == 0) return error(2000);
+    std::vector<double> a(acc.size());
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            size_t p = static_cast<size_t>(i) * n + j, q = static_cast<size_t>(j) * n + i;
+            a[p] = ((acc[p] + err[p]) + (acc[q] + err[q])) / 2;
+        }
+    std::vector<std::string> names;
+    for (int v : vars) names.push_back(vname(v));
+    if (!nocons) names.push_back("_cons");
+    retval_clear();
+    if (int rc = savemat(target, n, n, a, names, names, true)) return rc;
+    retval_set_scalar("N", N);
+    return 0;
 }
 
 // _rmcoll varlist [weight] [if] [in] [, noconstant collinear]

@@ -23,6 +23,8 @@ struct AccSpec {
     bool deviations = false;
     std::vector<uint8_t>* used = nullptr; // when given: 1 for each observation used
     int markout = 0; // a variable whose missing values leave the observation out
+    // when given: the minima then the maxima of the variables (as floats), 2k
+    std::vector<double>* minmax = nullptr;
 };
 
 // The accumulator buffer: (k + 1) x (k + 1), full, row stride k + 1.
@@ -80,6 +82,9 @@ int rmcollcmd(int);
 int regresscmd(int);
 int predictcmd(int); // _predict
 int testcmd(int);    // _test
+// _robust and _huber: the sandwich over e(V) (or v()) from score variables.
+int robustcmd(int);
+int hubercmd(int);
 
 // ---- the coefficient table ------------------------------------------------------
 struct OoState {

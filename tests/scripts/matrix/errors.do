@@ -74,7 +74,7 @@ assert _rc == 501
 capture matrix accum X = y
 assert _rc == 111
 capture matrix glsaccum X = y
-assert _rc == 199
+assert _rc == 111
 capture matrix post b V
 assert _rc != 0
 capture matrix mlout
