@@ -543,6 +543,75 @@ int vecaccumcmd(const char* target) {
     return 0;
 }
 
+// The group walk of opaccum and glsaccum, in observation order over the
+// sample: an observation failing `if`, or missing `keyvar` or one of `vars`,
+// is skipped; x gets the values (and 1 for the constant); `flush()` runs when
+// the group variable changes and once at the end, `add(i, key)` for each kept
+// observation (a code other than 0 stops the walk). 0, 1 on a break, 2000
+// with no observations, or add's code.
+template <class Flush, class Add>
+static int walk_groups(int grpvar, int keyvar, const std::vector<int>& vars, bool nocons,
+                       std::vector<double>& x, double* N, Flush flush, Add add) {
+    const int k = static_cast<int>(vars.size());
+    char prev[2100] = "", cur[2100];
+    bool have = false, isstr = isstrtype(typlist[grpvar - 1]);
+    double pv = 0;
+    std::vector<double> sel(1);
+    *N = 0;
+    for (int i = nobs1; i <= nobs2; ++i) {
+        if ((i & 0xfff) == 0 && kvpollstd()) return 1;
+        if (ifclause) {
+            xeqblock(&ifpgm, i, i, sel.data());
+            if (sel[0] == 0) continue;
+        }
+        double key = korvu_data(keyvar, i);
+        if (key >= misval) continue;
+        bool miss = false;
+        for (int j = 0; j < k; ++j) {
+            x[j] = korvu_data(vars[j], i);
+            miss |= x[j] >= misval;
+        }
+        if (miss) continue;
+        if (!nocons) x[k] = 1;
+        bool same;
+        if (isstr) {
+            skorvu_data(grpvar, i, cur);
+            same = have && !std::strcmp(cur, prev);
+            std::memcpy(prev, cur, sizeof prev);
+        } else {
+            double g = korvu_data(grpvar, i);
+            same = have && g == pv;
+            pv = g;
+        }
+        if (have && !same) flush();
+        have = true;
+        if (int rc = add(i, key)) return rc;
+        *N += 1;
+    }
+    if (have) flush();
+    return *N == 0 ? error(2000) : 0;
+}
+
+// Stores the symmetric n x n sum (its two triangles averaged) under the
+// variables' names and _cons, and r(N).
+static int post_groupsum(const char* target, int n, const std::vector<double>& acc,
+                         const std::vector<double>& err, const std::vector<int>& vars, bool nocons,
+                         double N) {
+    std::vector<double> a(acc.size());
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            size_t p = static_cast<size_t>(i) * n + j, q = static_cast<size_t>(j) * n + i;
+            a[p] = ((acc[p] + err[p]) + (acc[q] + err[q])) / 2;
+        }
+    std::vector<std::string> names;
+    for (int v : vars) names.push_back(vname(v));
+    if (!nocons) names.push_back("_cons");
+    retval_clear();
+    if (int rc = savemat(target, n, n, a, names, names, true)) return rc;
+    retval_set_scalar("N", N);
+    return 0;
+}
+
 // matrix opaccum A = varlist [if] [in], group(varname) opvar(varname) [noconstant]
 // The sum over groups of X_g' e_g e_g' X_g, the data sorted by group.
 int opaccumcmd(const char* target) {
@@ -568,9 +637,6 @@ int opaccumcmd(const char* target) {
     initialize_xeq();
     std::vector<double> acc(static_cast<size_t>(n) * n, 0.0), err(acc.size(), 0.0);
     std::vector<double> u(n, 0.0), xi(n);
-    char prev[2100] = "", cur[2100];
-    bool have = false, isstr = isstrtype(typlist[grp[0] - 1]);
-    double pv = 0, N = 0;
     auto flush = [&] {
         for (int i = 0; i < n; ++i)
             for (int j = 0; j < n; ++j) {
@@ -579,48 +645,13 @@ int opaccumcmd(const char* target) {
             }
         std::fill(u.begin(), u.end(), 0.0);
     };
-    std::vector<double> sel(1);
-    for (int i = nobs1; i <= nobs2; ++i) {
-        if ((i & 0xfff) == 0 && kvpollstd()) return 1;
-        if (ifclause) {
-            xeqblock(&ifpgm, i, i, sel.data());
-            if (sel[0] == 0) continue;
-        }
-        double e = korvu_data(opv[0], i);
-        if (e >= misval) continue;
-        bool miss = false;
-        for (int j = 0; j < k; ++j) {
-            xi[j] = korvu_data(vars[j], i);
-            miss |= xi[j] >= misval;
-        }
-        if (miss) continue;
-        if (!nocons) xi[k] = 1;
-        bool same;
-        if (isstr) {
-            skorvu_data(grp[0], i, cur);
-            same = have && !std::strcmp(cur, prev);
-            std::memcpy(prev, cur, sizeof prev);
-        } else {
-            double g = korvu_data(grp[0], i);
-            same = have && g == pv;
-            pv = g;
-        }
-        if (have && !same) flush();
-        have = true;
+    double N = 0;
+    int rc = walk_groups(grp[0], opv[0], vars, nocons, xi, &N, flush, [&](int, double e) {
         for (int j = 0; j < n; ++j) u[j] += e * xi[j];
-        N += 1;
-    }
-    if (have) flush();
-    if (N == 0) return error(2000);
-    std::vector<double> a(acc.size());
-    for (size_t p = 0; p < a.size(); ++p) a[p] = acc[p] + err[p];
-    std::vector<std::string> names;
-    for (int v : vars) names.push_back(vname(v));
-    if (!nocons) names.push_back("_cons");
-    retval_clear();
-    if (int rc = savemat(target, n, n, a, names, names, true)) return rc;
-    retval_set_scalar("N", N);
-    return 0;
+        return 0;
+    });
+    if (rc) return rc;
+    return post_groupsum(target, n, acc, err, vars, nocons, N);
 }
 
 // matrix glsaccum A = varlist [if] [in], group(g) glsmat(W) row(r) [noconstant]:
@@ -661,9 +692,6 @@ int glsaccumcmd(const char* target) {
     std::vector<double> xg; // the group's rows, n values each
     std::vector<int> rg;    // their rows of W, from 0
     std::vector<double> z(n);
-    char prev[2100] = "", cur[2100];
-    bool have = false, isstr = isstrtype(typlist[grp[0] - 1]);
-    double pv = 0, N = 0;
     auto flush = [&] {
         int m = static_cast<int>(rg.size());
         for (int a = 0; a < m; ++a) {
@@ -684,55 +712,17 @@ int glsaccumcmd(const char* target) {
         xg.clear();
         rg.clear();
     };
-    std::vector<double> sel(1), xi(n);
-    for (int i = nobs1; i <= nobs2; ++i) {
-        if ((i & 0xfff) == 0 && kvpollstd()) return 1;
-        if (ifclause) {
-            xeqblock(&ifpgm, i, i, sel.data());
-            if (sel[0] == 0) continue;
-        }
-        double r = korvu_data(rowv[0], i);
-        if (r >= misval) continue;
-        bool miss = false;
-        for (int j = 0; j < k; ++j) {
-            xi[j] = korvu_data(vars[j], i);
-            miss |= xi[j] >= misval;
-        }
-        if (miss) continue;
+    std::vector<double> xi(n);
+    double N = 0;
+    int rc = walk_groups(grp[0], rowv[0], vars, nocons, xi, &N, flush, [&](int, double r) {
         if (r != std::floor(r) || r < 1 || r > W.rows)
             return errorf(503, "row() value %g outside the rows of %s", r, wname);
-        if (!nocons) xi[k] = 1;
-        bool same;
-        if (isstr) {
-            skorvu_data(grp[0], i, cur);
-            same = have && !std::strcmp(cur, prev);
-            std::memcpy(prev, cur, sizeof prev);
-        } else {
-            double g = korvu_data(grp[0], i);
-            same = have && g == pv;
-            pv = g;
-        }
-        if (have && !same) flush();
-        have = true;
         xg.insert(xg.end(), xi.begin(), xi.end());
         rg.push_back(static_cast<int>(r) - 1);
-        N += 1;
-    }
-    if (have) flush();
-    if (N == 0) return error(2000);
-    std::vector<double> a(acc.size());
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) {
-            size_t p = static_cast<size_t>(i) * n + j, q = static_cast<size_t>(j) * n + i;
-            a[p] = ((acc[p] + err[p]) + (acc[q] + err[q])) / 2;
-        }
-    std::vector<std::string> names;
-    for (int v : vars) names.push_back(vname(v));
-    if (!nocons) names.push_back("_cons");
-    retval_clear();
-    if (int rc = savemat(target, n, n, a, names, names, true)) return rc;
-    retval_set_scalar("N", N);
-    return 0;
+        return 0;
+    });
+    if (rc) return rc;
+    return post_groupsum(target, n, acc, err, vars, nocons, N);
 }
 
 // _rmcoll varlist [weight] [if] [in] [, noconstant collinear]
