@@ -427,11 +427,11 @@ int set_virtual_row() {
     return rc;
 }
 
-const char* const G_OUT = "Output settings";
-const char* const G_MEM = "Memory settings";
-const char* const G_TRACE = "Trace (program debugging) settings";
-const char* const G_LUMO = "Lumo settings";
-const char* const G_OTHER = "Other settings";
+constexpr const char* G_OUT = "Output settings";
+constexpr const char* G_MEM = "Memory settings";
+constexpr const char* G_TRACE = "Trace (program debugging) settings";
+constexpr const char* G_LUMO = "Lumo settings";
+constexpr const char* G_OTHER = "Other settings";
 
 constexpr SetRow set_table[] = {
     {"more", 4, set_more, "more", v_more, G_OUT},
