@@ -56,7 +56,7 @@ enum Head {
     H_NAMELIST
 };
 
-struct OptSpec {
+struct OptDecl {
     std::string name; // lower case, without a leading "no" of a no-form
     int minlen = 0;
     int kind = OK_ONOFF;
@@ -80,7 +80,7 @@ struct Desc {
     int ifs = 0, ins = 0, exps = 0, usings = 0;
     bool ifnp = false, innp = false, expnp = false, usingnp = false, weightnp = false;
     int wmask = 0, wdflt = 0;
-    std::vector<OptSpec> opts;
+    std::vector<OptDecl> opts;
     bool star = false;
     std::string starmac = "options";
 };
@@ -281,7 +281,7 @@ int readoption(Desc& d, const std::string& text, bool required) {
         return 0;
     }
     if (d.star) return bad(); // the star stands last
-    OptSpec o;
+    OptDecl o;
     o.required = required;
     size_t p = text.find('(');
     std::string nm = text.substr(0, p);
@@ -400,7 +400,7 @@ int readoption(Desc& d, const std::string& text, bool required) {
             return bad();
         }
     }
-    for (const OptSpec& x : d.opts)
+    for (const OptDecl& x : d.opts)
         if (x.name == o.name) return bad();
     if (static_cast<int>(d.opts.size()) >= MAXOPT) return bad();
     d.opts.push_back(o);
@@ -537,7 +537,7 @@ int store(const std::string& mac, const std::string& value) {
     return macresave(("_" + mac).c_str(), value.c_str());
 }
 
-int optmsg(const OptSpec& o, const char* what) {
+int optmsg(const OptDecl& o, const char* what) {
     return errorf(198, "option %s%s%s", o.name.c_str(), o.kind != OK_ONOFF ? "()" : "", what);
 }
 
@@ -621,7 +621,7 @@ int typecheck(bool numeric, bool string) {
 
 // A varlist inside an option: a nested parse, with the option table of the
 // outer command kept aside.
-int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
+int optvarlist(const OptDecl& o, const std::string& arg, std::string& out) {
     int32_t sv_noptn = noptn, sv_last = lastopt;
     char* sv_list[MAXOPT];
     uint8_t sv_avbl[MAXOPT];
@@ -665,7 +665,7 @@ int optvarlist(const OptSpec& o, const std::string& arg, std::string& out) {
     return 0;
 }
 
-int takeoption(OptSpec& o) {
+int takeoption(OptDecl& o) {
     std::string mac = o.name;
     macerase(("_" + mac).c_str());
     lastopt = 0;
@@ -933,7 +933,7 @@ int readdata(Desc& d, const std::string& text) {
         if (int rc = store("weight", wgttype >= 0 && wgttype <= 8 ? wname[wgttype] : "")) return rc;
         if (int rc = store("exp", d.weightnp ? sp.wexp : "= " + sp.wexp)) return rc;
     }
-    for (OptSpec& o : d.opts)
+    for (OptDecl& o : d.opts)
         if (int rc = takeoption(o)) return rc;
     if (d.star) {
         macerase(("_" + d.starmac).c_str());

@@ -159,14 +159,14 @@ void add_products(Block& b, int m, double* c, double* s, double* e) {
 
 } // namespace
 
-int accum_data(const AccSpec& spec, AccResult* out) {
-    int k = static_cast<int>(spec.vars.size());
+int accum_data(const AccRequest& want, AccResult* out) {
+    int k = static_cast<int>(want.vars.size());
     int K = k + 1;
     out->k = k;
     out->xx.assign(static_cast<size_t>(K) * K, 0.0);
     out->mean.assign(k, 0.0);
     Block b(k);
-    b.markout = spec.markout;
+    b.markout = want.markout;
     std::fill(b.x.begin(), b.x.begin() + ACC_BLOCK, 1.0);
     std::vector<double> c(static_cast<size_t>(K) * K), s(c.size()), e(c.size());
     // With deviations the products are taken about a shift, the weighted
@@ -176,32 +176,32 @@ int accum_data(const AccSpec& spec, AccResult* out) {
     std::vector<double> shift(K, 0.0);
     bool shifted = false;
     double used = 0;
-    if (spec.used) spec.used->assign(static_cast<size_t>(nobs), 0);
-    if (spec.minmax) {
-        spec.minmax->assign(static_cast<size_t>(2) * k, misval);
-        std::fill(spec.minmax->begin() + k, spec.minmax->end(), -misval);
+    if (want.used) want.used->assign(static_cast<size_t>(nobs), 0);
+    if (want.minmax) {
+        want.minmax->assign(static_cast<size_t>(2) * k, misval);
+        std::fill(want.minmax->begin() + k, want.minmax->end(), -misval);
     }
     for (int i0 = nobs1; i0 <= nobs2; i0 += ACC_BLOCK) {
         int i1 = std::min(nobs2, i0 + ACC_BLOCK - 1);
         if (kvpollstd()) return 1;
         int m;
-        if (int rc = load_block(b, spec.vars, i0, i1, &m)) return rc;
+        if (int rc = load_block(b, want.vars, i0, i1, &m)) return rc;
         if (!m) continue;
         used += m;
-        if (spec.minmax)
+        if (want.minmax)
             for (int j = 1; j <= k; ++j) {
                 const double* r = b.row(j);
-                double& lo = (*spec.minmax)[j - 1];
-                double& hi = (*spec.minmax)[k + j - 1];
+                double& lo = (*want.minmax)[j - 1];
+                double& hi = (*want.minmax)[k + j - 1];
                 for (int q = 0; q < m; ++q) {
                     double v = static_cast<float>(r[q]);
                     if (v < lo) lo = v;
                     if (v > hi) hi = v;
                 }
             }
-        if (spec.used)
-            for (int q = 0; q < m; ++q) (*spec.used)[b.keep[q] - 1] = 1;
-        if (spec.deviations) {
+        if (want.used)
+            for (int q = 0; q < m; ++q) (*want.used)[b.keep[q] - 1] = 1;
+        if (want.deviations) {
             if (!shifted) {
                 double sw = 0;
                 for (int q = 0; q < m; ++q) sw += b.w[q];
@@ -236,7 +236,7 @@ int accum_data(const AccSpec& spec, AccResult* out) {
         d[j] = W != 0 ? at(j, 0) / W : 0;
         out->mean[j - 1] = shift[j] + d[j];
     }
-    if (spec.deviations) {
+    if (want.deviations) {
         for (int i = 1; i <= k; ++i) {
             for (int j = 1; j <= i; ++j) {
                 double v = at(i, j), ve = 0;
@@ -478,13 +478,13 @@ int accumcmd(const char* target) {
     if (k == 0 && nocons) return error(198);
     if (k + (nocons ? 0 : 1) > matsize) return error(908);
     initialize_xeq();
-    AccSpec spec;
-    spec.vars = vars;
-    spec.deviations = dev;
+    AccRequest want;
+    want.vars = vars;
+    want.deviations = dev;
     std::vector<double> minmax;
-    if (summ) spec.minmax = &minmax;
+    if (summ) want.minmax = &minmax;
     AccResult r;
-    if (int rc = accum_data(spec, &r)) return rc;
+    if (int rc = accum_data(want, &r)) return rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(r.sumw);
     if (int rc = check_n(r.N)) return rc;
     show_obs(r.N);
@@ -521,10 +521,10 @@ int vecaccumcmd(const char* target) {
     if (k == 0) return error(102);
     if (k - 1 + (nocons ? 0 : 1) > matsize) return error(908);
     initialize_xeq();
-    AccSpec spec;
-    spec.vars = vars;
+    AccRequest want;
+    want.vars = vars;
     AccResult r;
-    if (int rc = accum_data(spec, &r)) return rc;
+    if (int rc = accum_data(want, &r)) return rc;
     if (int rc = check_n(r.N)) return rc;
     int n = k - 1 + (nocons ? 0 : 1);
     std::vector<double> a(n);
@@ -743,10 +743,10 @@ int rmcollcmd(int) {
     initialize_xeq();
     std::vector<int> kept = vars;
     if (!collin) {
-        AccSpec spec;
-        spec.vars = vars;
+        AccRequest want;
+        want.vars = vars;
         AccResult r;
-        if (int rc = accum_data(spec, &r)) return rc;
+        if (int rc = accum_data(want, &r)) return rc;
         if (int rc = check_n(r.N)) return rc;
         // the constant (position 0) is swept first, then the variables in order
         int K = k + 1;

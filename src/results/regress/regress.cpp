@@ -583,13 +583,13 @@ int regresscmd(int) {
     // Nothing has changed so far. From here a failure leaves no estimates.
     ab_est(0);
     std::vector<uint8_t> used;
-    AccSpec spec;
-    spec.vars = allvars;
-    spec.deviations = dev;
-    spec.used = &used;
-    spec.markout = rb.clustvar;
+    AccRequest want;
+    want.vars = allvars;
+    want.deviations = dev;
+    want.used = &used;
+    want.markout = rb.clustvar;
     AccResult acc;
-    if (int rc = accum_data(spec, &acc)) return ab_est(1), rc;
+    if (int rc = accum_data(want, &acc)) return ab_est(1), rc;
     if (weclause && (wgttype == WGT_AW || wgttype == WGT_PW)) show_sumwgt(acc.sumw);
     if (int rc = check_n(acc.N)) return ab_est(1), rc;
     double N = acc.N;

@@ -18,7 +18,7 @@ void regress_gather(const int* vars, int k, int i0, int n, double* blk, int ld);
 
 // ---- accumulation ----------------------------------------------------------------
 // What a pass over the data is asked to do.
-struct AccSpec {
+struct AccRequest {
     std::vector<int> vars; // variables, in order
     bool deviations = false;
     std::vector<uint8_t>* used = nullptr; // when given: 1 for each observation used
@@ -43,7 +43,7 @@ struct AccResult {
 
 // One or two passes (with deviations) over the observations selected by the
 // parse state (range, if, weight). 0, 1 on a break, or the weight's error.
-int accum_data(const AccSpec& spec, AccResult* out);
+int accum_data(const AccRequest& want, AccResult* out);
 // The "(sum of wgt is ...)" line under analytic and sampling weights.
 void show_sumwgt(double sumw);
 // The "(obs=N)" line.
