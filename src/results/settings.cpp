@@ -137,17 +137,7 @@ int set_type() {
 }
 
 int set_dp() {
-    gettok(prsestd);
-    uint8_t c;
-    if (cmdcmp(token, "comma", 5))
-        c = 1;
-    else if (cmdcmp(token, "period", 6))
-        c = 0;
-    else
-        return error(198);
-    if (int rc = endofline()) return rc;
-    kset.dp_comma = c;
-    return 0;
+    return readpair("comma", 5, "period", 6, &kset.dp_comma);
 }
 
 int set_level() {
@@ -485,19 +475,25 @@ std::string valtext(const Val& v) {
 
 } // namespace
 
-// on|off, then the end of the line.
-int readflag(uint8_t* out) {
+// One of two words (each with its shortest abbreviation) giving 1 or 0, then
+// the end of the line; *out is set only when both are right.
+int readpair(const char* w1, int n1, const char* w0, int n0, uint8_t* out) {
     gettok(prsestd);
     uint8_t v;
-    if (cmdcmp(token, "on", 2))
+    if (cmdcmp(token, w1, n1))
         v = 1;
-    else if (cmdcmp(token, "off", 3))
+    else if (cmdcmp(token, w0, n0))
         v = 0;
     else
         return error(198);
     if (int rc = endofline()) return rc;
     *out = v;
     return 0;
+}
+
+// on|off, then the end of the line.
+int readflag(uint8_t* out) {
+    return readpair("on", 2, "off", 3, out);
 }
 
 int setting_value(const char* key, double* numout, char* str, size_t n) {

@@ -52,6 +52,8 @@ extern KeptSettings kset;
 int setting_value(const char* key, double* num, char* str, size_t n);
 
 int setcmd(int);
+// One of two words (1 for the first, 0 for the second), then the end of the line.
+int readpair(const char* w1, int n1, const char* w0, int n0, uint8_t* out);
 // on|off, then the end of the line; *out changes only when both are right.
 int readflag(uint8_t* out);
 int query(int);
