@@ -5,6 +5,7 @@
 #include "class/clslang.h"
 #include "data/area/areacmds.h"
 #include "data/area/dataarea.h"
+#include "data/combine/combine.h"
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
 #include "data/labels/label.h"
@@ -63,7 +64,7 @@ static constexpr Builtin builtin_table[] = {
     {"_huber", 3, '_', 0, 0, 0, hubercmd, 0},
     {"_ktau", 5, '_', 0, 0, 0, nullptr, 0},
     {"_logit", 6, '_', 0, 0, 1, nullptr, 0},
-    {"_merge", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_merge", 4, '_', 0, 0, 0, mergecmd, 0},
     {"_mlmatbysum", 11, '_', 0, 0, 0, nullptr, 0},
     {"_mlogit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_natscale", 9, '_', 0, 0, 0, nullptr, 0},
@@ -106,7 +107,7 @@ static constexpr Builtin builtin_table[] = {
     {"about", 5, 'a', 0, 0, 0, nullptr, 0},
     {"about_dlg", 9, 'a', 0, 0, 0, nullptr, 0},
     {"ado", 3, 'a', 0, 0, 0, nullptr, 0},
-    {"append", 2, 'a', 0, 0, 0, nullptr, 0},
+    {"append", 2, 'a', 0, 0, 0, appendcmd, 0},
     {"anova", 2, 'a', 0, 0, 1, nullptr, 0},
     {"anovadef", 8, 'a', 0, 0, 0, nullptr, 0},
     {"args", 4, 'a', 0, 0, 0, kvargs, 0},
@@ -248,7 +249,7 @@ static constexpr Builtin builtin_table[] = {
     {"post", 4, 'p', 0, 0, 0, nullptr, 0},
     {"postclose", 9, 'p', 0, 0, 0, nullptr, 0},
     {"postutil", 8, 'p', 0, 0, 0, nullptr, 0},
-    {"preserve", 8, 'p', 0, 0, 0, nullptr, 0},
+    {"preserve", 8, 'p', 0, 0, 0, preservecmd, 0},
     {"printer", 7, 'p', 0, 0, 0, nullptr, 0},
     {"program", 2, 'p', 0, 0, 0, pgm, 0},
     {"push", 4, 'p', 0, 0, 0, nullptr, 0},
@@ -258,7 +259,7 @@ static constexpr Builtin builtin_table[] = {
     {"query", 1, 'q', 0, 0, 0, query, 0},
     {"rename", 3, 'r', 0, 0, 0, renamecmd, 0},
     {"replace", 7, 'r', 0, 0, 1, replacecmd, 0},
-    {"restore", 7, 'r', 0, 0, 0, nullptr, 0},
+    {"restore", 7, 'r', 0, 0, 0, restorecmd, 0},
     {"return", 3, 'r', 0, 0, 0, returncmd, 0},
     {"rotate_cmd8", 11, 'r', 0, 0, 0, nullptr, 0},
     {"rm", 2, 'r', 0, 0, 0, erasecmd, 0},
