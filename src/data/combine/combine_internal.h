@@ -55,6 +55,7 @@ namespace korvu {
 struct MergeOpts {
     bool nolabel = false, nonotes = false, update = false, replace = false, nokeep = false;
     bool uniqmaster = false, uniqusing = false;
+    bool sortusing = false; // put the using records in key order first (in memory)
     std::vector<int32_t> keys;       // master key variables; empty: one-to-one
     std::string keepvars;            // keep(): names of using variables
     const char* mergename = nullptr; // the variable to create, or null

@@ -63,6 +63,15 @@ bool usingsame(const std::vector<Key>& keys, const DtaImage& img, int64_t a, int
     return true;
 }
 
+bool usingless(const std::vector<Key>& keys, const DtaImage& img, int64_t a, int64_t b) {
+    for (const Key& k : keys) {
+        const int uc = img.v[k.uj].code, w = bytlenc(uc);
+        const uint8_t* c = img.v[k.uj].col.data();
+        if (int r = cell_compare(c + a * w, uc, c + b * w, uc)) return r < 0;
+    }
+    return false;
+}
+
 std::string keynames(const std::vector<Key>& keys) {
     std::string s = keys.size() > 1 ? "variables" : "variable";
     for (const Key& k : keys) s += std::string(" ") + varname(k.mv);
@@ -70,8 +79,31 @@ std::string keynames(const std::vector<Key>& keys) {
 }
 
 int notunique(const std::vector<Key>& keys, const char* side) {
-    return errorf(459, "%s do not uniquely identify observations in the\n%s data\n",
-                  keynames(keys).c_str(), side);
+    return errorf(459, "%s %s not uniquely identify observations in the\n%s data\n",
+                  keynames(keys).c_str(), keys.size() > 1 ? "do" : "does", side);
+}
+
+// The using records put in key order, ties in file order. 0 or 1 (break).
+int sortimage(DtaImage& img, const std::vector<Key>& keys) {
+    const int64_t n = img.nobs;
+    std::vector<int32_t> perm(static_cast<size_t>(n));
+    for (int64_t i = 0; i < n; ++i) perm[i] = static_cast<int32_t>(i);
+    bool sorted = true;
+    for (int64_t i = 1; i < n && sorted; ++i) sorted = !usingless(keys, img, i, i - 1);
+    if (sorted) return 0;
+    if (kvpollstd()) return 1;
+    std::stable_sort(perm.begin(), perm.end(),
+                     [&](int32_t a, int32_t b) { return usingless(keys, img, a, b); });
+    if (kvpollstd()) return 1;
+    std::vector<uint8_t> tmp;
+    for (DtaImageVar& v : img.v) {
+        const int w = bytlenc(v.code);
+        tmp.resize(v.col.size());
+        for (int64_t i = 0; i < n; ++i)
+            std::memcpy(tmp.data() + i * w, v.col.data() + static_cast<int64_t>(perm[i]) * w, w);
+        v.col.swap(tmp);
+    }
+    return 0;
 }
 
 } // namespace
@@ -82,7 +114,7 @@ int merge_one(const char* file, const MergeOpts& o) {
     c.nolabel = o.nolabel;
     c.nonotes = o.nonotes;
     if (int rc = mersetup_read(c, file)) return rc;
-    const DtaImage& img = c.img;
+    DtaImage& img = c.img;
     const int nu = static_cast<int>(img.v.size());
     auto findusing = [&](const char* name) {
         for (int j = 0; j < nu; ++j)
@@ -99,6 +131,11 @@ int merge_one(const char* file, const MergeOpts& o) {
     if (!keys.empty()) {
         for (size_t k = 0; k < keys.size(); ++k)
             if (srtlist[k] != keys[k].mv) return errtext(5, "master data not sorted\n");
+        if (o.sortusing) {
+            if (int rc = sortimage(img, keys)) return rc;
+            img.srt.clear();
+            for (const Key& k : keys) img.srt.push_back(static_cast<int16_t>(k.uj + 1));
+        }
         for (size_t k = 0; k < keys.size(); ++k)
             if (k >= img.srt.size() || img.srt[k] != keys[k].uj + 1)
                 return errtext(5, "using data not sorted\n");

@@ -63,6 +63,7 @@ int mergecmd(int) {
     const bool unique = findopt("unique", 6, 0);
     o.uniqmaster = unique || findopt("uniqmaster", 10, 0);
     o.uniqusing = unique || findopt("uniqusing", 9, 0);
+    o.sortusing = findopt("sortusing", 9, 0); // internal: used by the merge command
     char name[NAMELEN1 + 8] = {};
     findargn("_merge", 6, name, sizeof name, 1);
     std::string keep(static_cast<size_t>(macrolen), '\0');
