@@ -1,6 +1,9 @@
 *! version 1.0.0  joins the data in memory with one or more dataset files
 program define merge, rclass
     version 9.2
+    if c(k) == 0 {
+        error 3
+    }
     * split the line: the varlist, the files behind using, the options
     local head
     local files
@@ -24,7 +27,7 @@ program define merge, rclass
     }
     local 0 `"`head' , `rest'"'
     syntax [varlist(default=none)] [, MATCH(string) NOLabel NONOTES UPDATE REPLACE /*
-        */ NOKEEP _merge(name) KEEP(string) UNIQue UNIQMaster UNIQUsing]
+        */ NOKEEP _merge(name) KEEP(string) UNIQUE UNIQMASTER UNIQUSING]
     if "`_merge'" == "" local _merge _merge
     if `"`keep'"' != "" local keepopt `"keep(`keep')"'
     local sortusing
@@ -39,9 +42,9 @@ program define merge, rclass
             display as error "match() requires the key variables"
             exit 100
         }
-        if "`match'" == "1:1" local uniq uniqmaster uniqusing
-        if "`match'" == "m:1" local uniq uniqusing
-        if "`match'" == "1:m" local uniq uniqmaster
+        * what the user asked for already is not asked twice
+        if "`match'" != "m:1" & "`uniqmaster'" == "" local uniq uniqmaster
+        if "`match'" != "1:m" & "`uniqusing'" == "" local uniq `uniq' uniqusing
         sort `varlist', stable
         local sortusing sortusing
     }

@@ -18,6 +18,7 @@ namespace korvu {
 
 int appendcmd(int) {
     noptn = 0;
+    opable = 0;
     gettok(prsestd);
     if (tokisstr(token) || !tokis(token, "using")) return required("using");
     char fn[FNLEN] = {};

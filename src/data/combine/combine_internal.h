@@ -45,8 +45,13 @@ int cell_compare(const uint8_t* a, int ac, const uint8_t* b, int bc);
 
 // Saving and loading the whole dataset silently for a command that must be
 // able to put it back (file name, date and changed flag kept): 0 or the code.
-int snapshot_save(char* file, size_t n);
-int snapshot_load(const char* file);
+struct Snapshot {
+    std::string file; // empty: nothing was written (no variables)
+    uint8_t updata = 0;
+    std::string fn, fndate, filesp;
+};
+int snapshot_save(Snapshot& s);
+int snapshot_load(const Snapshot& s);
 
 } // namespace korvu
 
@@ -55,7 +60,7 @@ namespace korvu {
 struct MergeOpts {
     bool nolabel = false, nonotes = false, update = false, replace = false, nokeep = false;
     bool uniqmaster = false, uniqusing = false;
-    bool sortusing = false; // put the using records in key order first (in memory)
+    bool sortusing = false;          // put the using records in key order first (in memory)
     std::vector<int32_t> keys;       // master key variables; empty: one-to-one
     std::string keepvars;            // keep(): names of using variables
     const char* mergename = nullptr; // the variable to create, or null

@@ -128,18 +128,6 @@ int merge_one(const char* file, const MergeOpts& o) {
         if (j < 0) return errorf(111, "variable %s not found in using data\n", varname(v));
         keys.push_back({v, j});
     }
-    if (!keys.empty()) {
-        for (size_t k = 0; k < keys.size(); ++k)
-            if (srtlist[k] != keys[k].mv) return errtext(5, "master data not sorted\n");
-        if (o.sortusing) {
-            if (int rc = sortimage(img, keys)) return rc;
-            img.srt.clear();
-            for (const Key& k : keys) img.srt.push_back(static_cast<int16_t>(k.uj + 1));
-        }
-        for (size_t k = 0; k < keys.size(); ++k)
-            if (k >= img.srt.size() || img.srt[k] != keys[k].uj + 1)
-                return errtext(5, "using data not sorted\n");
-    }
     // keep(): the named using variables and the keys
     if (!o.keepvars.empty()) {
         std::string list = o.keepvars;
@@ -163,6 +151,18 @@ int merge_one(const char* file, const MergeOpts& o) {
         c.keep.erase(std::unique(c.keep.begin(), c.keep.end()), c.keep.end());
     }
     if (int rc = mersetup_check(c)) return rc;
+    if (!keys.empty()) {
+        for (size_t k = 0; k < keys.size(); ++k)
+            if (srtlist[k] != keys[k].mv) return errtext(5, "master data not sorted\n");
+        if (o.sortusing) {
+            if (int rc = sortimage(img, keys)) return rc;
+            img.srt.clear();
+            for (const Key& k : keys) img.srt.push_back(static_cast<int16_t>(k.uj + 1));
+        }
+        for (size_t k = 0; k < keys.size(); ++k)
+            if (k >= img.srt.size() || img.srt[k] != keys[k].uj + 1)
+                return errtext(5, "using data not sorted\n");
+    }
     if (o.mergename) {
         if (sysfindvar(o.mergename) || findusing(o.mergename) >= 0)
             return errorf(110, "%s already defined\n", o.mergename);

@@ -80,8 +80,8 @@ int mergecmd(int) {
         o.mergename = mname.c_str();
         return merge_one(files[0].c_str(), o);
     }
-    char snap[FNLEN];
-    if (int rc = snapshot_save(snap, sizeof snap)) return rc;
+    Snapshot snap;
+    if (int rc = snapshot_save(snap)) return rc;
     for (size_t k = 0; k < files.size(); ++k) {
         const bool last = k + 1 == files.size();
         o.mergename = last ? mname.c_str() : nullptr;
@@ -96,7 +96,7 @@ int mergecmd(int) {
             srtlist[o.keys.size()] = 0;
         }
     }
-    ::unlink(snap);
+    if (!snap.file.empty()) ::unlink(snap.file.c_str());
     return 0;
 }
 

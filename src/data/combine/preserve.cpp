@@ -174,36 +174,39 @@ int restore(int flags) {
     return 0;
 }
 
-int snapshot_save(char* file, size_t n) {
-    if (int rc = mktmpfn(file, n)) return error(rc);
-    const uint8_t up = updata;
-    std::string fn = macptr("S_FN") ? macptr("S_FN") : "";
-    std::string fd = macptr("S_FNDATE") ? macptr("S_FNDATE") : "";
-    std::string fsp = filesp;
+int snapshot_save(Snapshot& s) {
+    char tmp[FNLEN];
+    if (int rc = mktmpfn(tmp, sizeof tmp)) return error(rc);
+    s.updata = updata;
+    s.fn = macptr("S_FN") ? macptr("S_FN") : "";
+    s.fndate = macptr("S_FNDATE") ? macptr("S_FNDATE") : "";
+    s.filesp = filesp;
+    s.file.clear();
+    if (!nvar) return 0;
     SaveOpts o;
     o.replace = o.label = o.orphans = o.all = o.emptyok = true;
     const uint8_t lev = s_outlev;
     s_outlev = 5;
-    int rc = nvar ? syssave(file, o) : 0;
+    int rc = syssave(tmp, o);
     s_outlev = lev;
-    updata = up;
-    macresave("S_FN", fn.c_str());
-    macresave("S_FNDATE", fd.c_str());
-    std::snprintf(filesp, sizeof filesp, "%s", fsp.c_str());
-    if (rc) ::unlink(file);
-    return rc;
+    updata = s.updata;
+    macresave("S_FN", s.fn.c_str());
+    macresave("S_FNDATE", s.fndate.c_str());
+    std::snprintf(filesp, sizeof filesp, "%s", s.filesp.c_str());
+    if (rc) {
+        ::unlink(tmp);
+        return errtext(rc, "data could not be kept aside\n");
+    }
+    s.file = tmp;
+    return 0;
 }
 
-int snapshot_load(const char* file) {
-    const uint8_t up = updata;
-    std::string fn = macptr("S_FN") ? macptr("S_FN") : "";
-    std::string fd = macptr("S_FNDATE") ? macptr("S_FNDATE") : "";
-    std::string fsp = filesp;
+int snapshot_load(const Snapshot& s) {
     const uint8_t lev = s_outlev;
     s_outlev = 5;
     int rc = 0;
-    if (::access(file, F_OK) == 0) {
-        rc = load_saved(file);
+    if (!s.file.empty()) {
+        rc = load_saved(s.file.c_str());
     } else {
         void (*discard)() = dahooks.discard_results;
         dahooks.discard_results = nullptr;
@@ -212,11 +215,11 @@ int snapshot_load(const char* file) {
     }
     s_outlev = lev;
     i_nvar = nvar;
-    updata = up;
-    macresave("S_FN", fn.c_str());
-    macresave("S_FNDATE", fd.c_str());
-    std::snprintf(filesp, sizeof filesp, "%s", fsp.c_str());
-    ::unlink(file);
+    updata = s.updata;
+    macresave("S_FN", s.fn.c_str());
+    macresave("S_FNDATE", s.fndate.c_str());
+    std::snprintf(filesp, sizeof filesp, "%s", s.filesp.c_str());
+    if (!s.file.empty()) ::unlink(s.file.c_str());
     return rc;
 }
 

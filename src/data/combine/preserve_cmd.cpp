@@ -1,6 +1,7 @@
 // The commands `preserve [, changed]` and `restore [, not preserve]`.
 #include "data/combine/combine.h"
 #include "kernel/errors/errors.h"
+#include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
 #include "kernel/parse/options.h"
 
@@ -9,6 +10,7 @@ namespace korvu {
 // Nothing but options may follow the command word.
 static int onlyoptions() {
     noptn = 0;
+    opable = 0;
     gettok(prsestd);
     if (!token[0]) return 0;
     if (!tokis(token, ",")) return error(198);
