@@ -137,4 +137,27 @@ assert `"$DATASIG"' == `"`before'"'
 drop _all
 capture merge id using u
 assert _rc == 3
+
+* no room for the result: nothing changes
+quietly set memory 200k
+set obs 4000
+generate double id = 2 * _n
+generate double x = _n
+sort id
+save m2, replace
+replace id = id + 1
+rename x y
+sort id
+save u2, replace
+use m2, clear
+kvsig
+local before `"$DATASIG"'
+capture merge id using u2
+assert _rc == 901 | _rc == 902
+kvsig
+assert `"$DATASIG"' == `"`before'"'
+capture append using u2
+assert _rc == 901
+kvsig
+assert `"$DATASIG"' == `"`before'"'
 display "test completed"
