@@ -57,11 +57,13 @@ program define merge, rclass
     display as text "    ----------------------------------------"
     local words `""master only" "using only" "matched" "matched, missing filled" "matched, conflict""'
     local total 0
+    * _merge leaves the counts of each code in r()
     forvalues k = 1/5 {
-        quietly count if `_merge' == `k'
-        local n`k' = r(N)
-        local total = `total' + r(N)
-        return scalar N_`k' = r(N)
+        local n`k' = r(N_`k')
+    }
+    forvalues k = 1/5 {
+        local total = `total' + `n`k''
+        return scalar N_`k' = `n`k''
         if `k' <= 3 | "`update'" != "" {
             local w : word `k' of `words'
             display as text "    " %-26s "`w'" as result %12.0f `n`k'' as text "  (`_merge'==`k')"

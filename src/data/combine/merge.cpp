@@ -5,10 +5,12 @@
 // key goes with the k-th using record, and the side with fewer records
 // repeats its last one.
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "data/area/areahooks.h"
 #include "data/area/dataarea.h"
 #include "data/area/storage.h"
 #include "data/combine/combine_internal.h"
@@ -287,7 +289,20 @@ int merge_one(const char* file, const MergeOpts& o) {
         std::snprintf(fmtname(v), FMTLEN1, "%%8.0g");
         std::memset(lblname(v), 0, NAMELEN1);
         int8_t* col = static_cast<int8_t*>(static_cast<void*>(colptr(v)));
-        for (int64_t r = 0; r < R; ++r) col[r] = static_cast<int8_t>(code[r]);
+        int64_t count[6] = {};
+        for (int64_t r = 0; r < R; ++r) {
+            col[r] = static_cast<int8_t>(code[r]);
+            ++count[code[r]];
+        }
+        // how many observations came from where: r(N_1) to r(N_5), r(N)
+        if (dahooks.post_r) {
+            char name[8];
+            for (int k = 1; k <= 5; ++k) {
+                std::snprintf(name, sizeof name, "N_%d", k);
+                dahooks.post_r(name, static_cast<double>(count[k]));
+            }
+            dahooks.post_r("N", static_cast<double>(R));
+        }
     }
     srtlist[0] = 0;
     updata = 1;
