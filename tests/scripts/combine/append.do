@@ -24,10 +24,10 @@ label define tl 7 "seven"
 label values t tl
 label variable t "only in the file"
 char t[unit] "kg"
-save using, replace
+save other, replace
 
 use master, clear
-append using using
+append using other
 assert c(N) == 4 & c(k) == 4
 assert "`: type b'" == "long" & "`: type f'" == "double" & "`: type s'" == "str12"
 assert "`: type t'" == "byte"
@@ -48,9 +48,32 @@ assert "`: label (t) 7'" == "seven"
 assert "`: sortedby'" == ""
 assert c(changed) == 1
 
+* notes of the file follow those in memory; nonotes leaves them out
+use other, clear
+char _dta[note1] "from the file"
+char _dta[note0] "1"
+char t[note1] "t note"
+char t[note0] "1"
+save othern, replace
+use master, clear
+char _dta[note1] "from memory"
+char _dta[note0] "1"
+append using othern
+assert "`: char _dta[note0]'" == "2"
+assert "`: char _dta[note1]'" == "from memory"
+assert "`: char _dta[note2]'" == "from the file"
+assert "`: char t[note1]'" == "t note"
+use master, clear
+char _dta[note1] "from memory"
+char _dta[note0] "1"
+append using othern, nonotes
+assert "`: char _dta[note0]'" == "1"
+assert "`: char _dta[note2]'" == ""
+assert "`: char t[note1]'" == ""
+
 * nolabel: no value labels from the file
 use master, clear
-append using using, nolabel
+append using other, nolabel
 capture label list tl
 assert _rc != 0
 
@@ -78,7 +101,7 @@ capture append using notdta
 assert _rc == 610
 kvsig
 assert `"$DATASIG"' == `"`before'"'
-! head -c 400 using.dta > trunc.dta
+! head -c 400 other.dta > trunc.dta
 capture append using trunc
 assert _rc == 688
 kvsig
@@ -86,6 +109,6 @@ assert `"$DATASIG"' == `"`before'"'
 
 * appending to nothing gives the file's data
 drop _all
-append using using
+append using other
 assert c(N) == 2 & c(k) == 4 & b[1] == 100000
 display "test completed"
