@@ -56,6 +56,7 @@ struct Opts {
     double level = 95;
     double dof = -1;
     std::string eform, depname, cluster;
+    std::string wexp; // the weight's expression as typed
 };
 
 // Compensated dot product.
@@ -541,6 +542,7 @@ int regresscmd(int) {
     if (int rc = parse()) return rc;
     std::vector<int> mainvars(varlist_vr, varlist_vr + lnvar);
     Opts o;
+    o.wexp = wgtexptext;
     if (int rc = parse_opts(&o)) return rc;
     std::vector<int> zvars;
     if (iv) {
@@ -878,6 +880,7 @@ int regresscmd(int) {
     if (weclause) {
         static const char* wn[] = {"", "aweight", "fweight", "", "pweight", "", "", "", "iweight"};
         estval_reset_local("wtype", wn[wgttype]);
+        estval_reset_local("wexp", ("= " + o.wexp).c_str());
     }
     if (s_outlev > 2) return 0;
     iv_title = iv;
