@@ -361,9 +361,18 @@ int csv_read(const char* fname, const CsvReadOpts& o) {
 
     std::string delims = o.delims;
     if (delims.empty()) {
-        const char* nl = static_cast<const char*>(std::memchr(b, '\n', static_cast<size_t>(e - b)));
-        if (!nl) nl = e;
-        delims = std::memchr(b, '\t', static_cast<size_t>(nl - b)) ? "\t" : ",";
+        // tab when the first lines hold more tabs than commas, else comma
+        int64_t tabs = 0, commas = 0;
+        int lines = 0;
+        for (const char* p = b; p < e && lines < 20 && p - b < (1 << 16); ++p) {
+            if (*p == '\t')
+                ++tabs;
+            else if (*p == ',')
+                ++commas;
+            else if (*p == '\n')
+                ++lines;
+        }
+        delims = tabs > commas ? "\t" : ",";
     }
 
     // --- first scan: records, widths, types -------------------------------
@@ -586,7 +595,7 @@ int csv_read(const char* fname, const CsvReadOpts& o) {
     for (const std::string& n : cutnotes)
         spoutf("note: %s has values longer than %d characters; they were cut to %d\n", n.c_str(),
                KV_STRMAX, KV_STRMAX);
-    spoutf("(%d var%s, %d ob%s)\n", nvar, nvar == 1 ? "" : "s", nobs, nobs == 1 ? "" : "s");
+    spoutf("(%d var%s, %d obs)\n", nvar, nvar == 1 ? "" : "s", nobs);
     return 0;
 }
 
