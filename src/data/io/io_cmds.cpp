@@ -184,20 +184,18 @@ int insheetcmd(int) {
     std::string d;
     const bool hasdelim = optarg("delimiter", 5, d);
     o.asdouble = findopt("double", 6, 0);
-    const bool nm = findopt("names", 5, 0);
-    const bool nonm = findopt("nonames", 7, 0);
+    const int nm = findopt("names", 5, -1); // 1 names, 0 nonames, -1 guess
     o.vcase = findopt("case", 4, 0) ? 0 : 1;
     if (int rc = chkopt()) return rc;
     if (tab + comma + hasdelim > 1)
         return errtext(198, "options tab, comma and delimiter() may not be combined\n");
-    if (nm && nonm) return errtext(198, "options names and nonames may not be combined\n");
     if (hasdelim) {
         o.delims = delimtext(d);
         if (o.delims.size() != 1) return errtext(198, "delimiter() takes one character\n");
     }
     if (tab) o.delims = "\t";
     if (comma) o.delims = ",";
-    o.namesrow = nm ? 1 : nonm ? 0 : -1;
+    o.namesrow = nm;
     if (int rc = refuse_if_data(clear)) return rc;
     std::string file = withext(fn.c_str(), ".raw");
     return csv_read(file.c_str(), o);
@@ -213,9 +211,9 @@ int outsheetcmd(int) {
     const bool comma = findopt("comma", 5, 0);
     std::string d;
     const bool hasdelim = optarg("delimiter", 5, d);
-    o.names = !findopt("nonames", 7, 0);
-    o.labels = !findopt("nolabel", 7, 0);
-    o.quote = !findopt("noquote", 7, 0);
+    o.names = findopt("names", 5, 1);
+    o.labels = findopt("label", 3, 1);
+    o.quote = findopt("quote", 5, 1);
     o.replace = findopt("replace", 7, 0);
     if (int rc = chkopt()) return rc;
     if (comma && hasdelim)
@@ -312,15 +310,12 @@ static int export_delimited() {
         if (t.size() != 1) return errtext(198, "delimiter() takes one character\n");
         o.delim = t[0];
     }
-    o.names = !findopt("novarnames", 7, 0);
-    o.labels = !findopt("nolabel", 7, 0);
-    const bool q = findopt("quote", 5, 0);
-    const bool nq = findopt("noquote", 7, 0);
+    o.names = findopt("varnames", 4, 1);
+    o.labels = findopt("label", 3, 1);
+    o.quote = findopt("quote", 5, 1);
     o.datafmt = findopt("datafmt", 7, 0);
     o.replace = findopt("replace", 7, 0);
     if (int rc = chkopt()) return rc;
-    if (q && nq) return errtext(198, "options quote and noquote may not be combined\n");
-    o.quote = !nq;
     std::string file = withext(filesp, ".csv");
     return csv_write(file.c_str(), vars, o);
 }

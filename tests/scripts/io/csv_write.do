@@ -38,6 +38,15 @@ label values b lb
 outsheet using rt2.csv, comma
 insheet using rt2.csv, clear
 assert b[1] == "minus one" & b[2] == "0" & b[3] == "one"
+* no names, codes, no quotes: the lines as they stand
+clear
+set obs 2
+generate byte b = _n
+label values b lb
+generate str2 s = "s" + string(_n)
+outsheet using rt5.txt, nonames nolabel noquote
+insheet using rt5.txt, clear delimiter("|") nonames
+assert v1[1] == "1" + char(9) + "s1" & v1[2] == "2" + char(9) + "s2"
 
 * an existing file is kept without replace
 clear
@@ -69,4 +78,14 @@ export delimited using rt4.csv, noquote replace
 import delimited rt4.csv, clear
 assert z == 0.1 + _n * 1e-15
 assert w == "a b"
+* read as whole lines (no pipe in the file): the quotes as written
+import delimited rt4.csv, clear delimiters("|") stringcols(_all)
+assert z_w[1] == "0.100000000000001,a b"
+clear
+set obs 2
+generate double z = 0.1 + _n * 1e-15
+generate str5 w = "a b"
+export delimited using rt4.csv, replace
+import delimited rt4.csv, clear delimiters("|") stringcols(_all)
+assert z_w[1] == "0.100000000000001," + char(34) + "a b" + char(34)
 display "test completed"
