@@ -21,8 +21,9 @@
 namespace korvu {
 
 // clear: the data, the value labels and the changed flag. clear all: also
-// programs loaded from ado-files, matrices, scalars, stored results, held
-// estimates, Lumo functions and matrices and stored graphs. Settings stay.
+// programs loaded from ado-files, class objects, matrices, scalars, stored
+// results, held estimates, Lumo functions and matrices and stored graphs.
+// Settings stay.
 int clearcmd(int) {
     gettok(prsestd);
     bool all = false;
@@ -38,7 +39,7 @@ int clearcmd(int) {
     updata = 0;
     i_nvar = 0;
     if (!all) return 0;
-    discardal();
+    discard(0); // programs from ado-files, class objects and classes
     dmzap(DM_MATRIX);
     dmzap(DM_MATROW);
     dmzap(DM_MATCOL);

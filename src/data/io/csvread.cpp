@@ -564,6 +564,8 @@ int csv_read(const char* fname, const CsvReadOpts& o) {
         if (next_record(s, f, &recline) <= 0) break; // cannot happen: the first scan saw them
         ++rec;
         if ((namesrow > 0 && rec <= namesrow) || rec < row1) continue;
+        if (static_cast<int32_t>(f.size()) < ncol)
+            f.resize(static_cast<size_t>(ncol), Field{e, e, 0, 0}); // changed meanwhile
         for (const Dest& d : dest) {
             const Field& fl = f[d.fc];
             uint8_t* cell = d.base + row * d.w;

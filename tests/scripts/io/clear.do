@@ -6,7 +6,9 @@ label define yn 0 "no" 1 "yes"
 label values x yn
 matrix A = (1, 2)
 scalar s1 = 5
+.cobj = 7
 program define tmpprog
+assert "`.cobj'" == "7"
     display "here"
 end
 clear
@@ -18,6 +20,7 @@ assert _rc != 0
 matrix list A
 assert s1 == 5
 tmpprog
+assert "`.cobj'" == "7"
 * the changed flag is gone: use-like commands need no clear now
 example longley
 assert _N == 16
@@ -27,6 +30,7 @@ capture matrix list A
 assert _rc == 111
 capture assert s1 == 5
 assert _rc != 0
+assert "`.cobj'" == ""
 * clear takes no other word
 capture clear everything
 assert _rc == 198
