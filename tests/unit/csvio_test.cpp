@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <random>
 
 #include "capture.h"
@@ -134,11 +135,28 @@ TEST_F(CsvIo, RandomDoublesAndTextsComeBackExactly) {
     std::vector<double> xs;
     std::vector<std::string> ss;
     for (int i = 0; i < n; ++i) {
+        // first the edges: signed zero, whole numbers around the switch to
+        // exponents, the smallest denormal, the largest storable double
+        const double edges[] = {-0.0,
+                                0.0,
+                                100000,
+                                -100000,
+                                1e15,
+                                9999999999999998,
+                                1e16,
+                                -1e16,
+                                9007199254740994,
+                                0x1p-1074,
+                                0x1.fffffffffffffp1022};
         double x;
-        do {
-            uint64_t u = bits(g);
-            std::memcpy(&x, &u, 8);
-        } while (!std::isfinite(x) || std::fabs(x) > 0x1.fffffffffffffp1022);
+        if (i < static_cast<int>(std::size(edges))) {
+            x = edges[i];
+        } else {
+            do {
+                uint64_t u = bits(g);
+                std::memcpy(&x, &u, 8);
+            } while (!std::isfinite(x) || std::fabs(x) > 0x1.fffffffffffffp1022);
+        }
         xs.push_back(x);
         char b[40];
         std::snprintf(b, sizeof b, "%.17g", x);
@@ -161,6 +179,7 @@ TEST_F(CsvIo, RandomDoublesAndTextsComeBackExactly) {
     std::vector<char> buf(300);
     for (int i = 0; i < n; ++i) {
         ASSERT_EQ(korvu_data(1, i + 1), xs[i]) << i;
+        ASSERT_EQ(std::signbit(korvu_data(1, i + 1)), std::signbit(xs[i])) << i;
         ASSERT_EQ(std::string(skorvu_data(2, i + 1, buf.data())), ss[i]) << i;
     }
     // written and read again: the same bits and texts
@@ -174,6 +193,7 @@ TEST_F(CsvIo, RandomDoublesAndTextsComeBackExactly) {
     ASSERT_EQ(nobs, n);
     for (int i = 0; i < n; ++i) {
         ASSERT_EQ(korvu_data(1, i + 1), xs[i]) << i;
+        ASSERT_EQ(std::signbit(korvu_data(1, i + 1)), std::signbit(xs[i])) << i;
         ASSERT_EQ(std::string(skorvu_data(2, i + 1, buf.data())), ss[i]) << i;
     }
 }

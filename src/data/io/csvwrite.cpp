@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -59,10 +60,14 @@ void put_text(std::string& out, const char* t, size_t n, bool quote) {
     out += '"';
 }
 
-// Shortest text that reads back as the same double.
+// Shortest text that reads back as the same double; whole numbers below
+// 10^16 in magnitude in plain digits (100000, not 1e+05), except -0, which
+// the shortest text writes as "-0" and so keeps its sign.
 void put_number(std::string& out, double x) {
     char b[40];
-    auto r = std::to_chars(b, b + sizeof b, x);
+    auto r = (x == std::trunc(x) && std::fabs(x) < 1e16 && !(x == 0 && std::signbit(x)))
+                 ? std::to_chars(b, b + sizeof b, static_cast<int64_t>(x))
+                 : std::to_chars(b, b + sizeof b, x);
     out.append(b, r.ptr);
 }
 

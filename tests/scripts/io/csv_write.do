@@ -69,6 +69,18 @@ assert _N == 3
 assert v1[1] == "s1" & v1[2] == "s3" & v1[3] == "s4"
 assert v2[1] == 0.333 & v2[2] == 1 & v2[3] == 1.333
 
+* whole numbers in plain digits, the rest in the shortest exact text
+clear
+set obs 1
+generate double a = 100000
+generate double b = 1e15
+generate double c = -2e20
+generate double d = 0.00001
+generate double e = -100000
+export delimited using rt6.csv, replace
+import delimited rt6.csv, clear delimiters("|") stringcols(_all)
+assert a_b_c_d_e[1] == "100000,1000000000000000,-2e+20,1e-05,-100000"
+
 * full precision and no quotes
 clear
 set obs 2
