@@ -47,6 +47,8 @@ RULES = {
     # the distribution functions are numeric helpers of the evaluator, like
     # the one-line ones beside them
     "data/expr/exp_ops.h": ["kernel", "data", "output", "results/distrib/distrib.h"],
+    # data-management commands: reshaping, recoding, conversions
+    "data/manage": ["kernel", "data", "output"],
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,

@@ -8,6 +8,7 @@
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
 #include "data/labels/label.h"
+#include "data/manage/manage.h"
 #include "data/select/generate.h"
 #include "data/sort/sort.h"
 #include "data/vars/char.h"
@@ -103,6 +104,11 @@ static constexpr Builtin builtin_table[] = {
     {"_sfevdstd", 8, '_', 0, 0, 0, nullptr, 0},
     {"_varfstd", 7, '_', 0, 0, 0, nullptr, 0},
     {"_fevdstd", 7, '_', 0, 0, 0, nullptr, 0},
+    // compiled cores of the data-management ado-files, typed in full
+    {"_reshape", 8, '_', 0, 0, 0, reshapecmd, 0},
+    {"_recode", 7, '_', 0, 0, 0, recodecmd, 0},
+    {"_destring", 9, '_', 0, 0, 0, destringcmd, 0},
+    {"_tostring", 9, '_', 0, 0, 0, tostringcmd, 0},
     {"about", 5, 'a', 0, 0, 0, nullptr, 0},
     {"about_dlg", 9, 'a', 0, 0, 0, nullptr, 0},
     {"ado", 3, 'a', 0, 0, 0, nullptr, 0},
@@ -138,7 +144,7 @@ static constexpr Builtin builtin_table[] = {
     {"creturn", 4, 'c', 0, 0, 0, creturncmd, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
     {"debug", 5, 'd', 0, 0, 0, nullptr, 0},
-    {"decode", 3, 'd', 0, 0, 0, nullptr, 0},
+    {"decode", 3, 'd', 0, 0, 0, decodecmd, 0},
     {"dir", 3, 'd', 0, 0, 0, dircmd, 0},
     {"display", 2, 'd', 0, 0, 0, display, 0},
     {"discard", 7, 'd', 0, 0, 0, discard, 0},
@@ -152,7 +158,7 @@ static constexpr Builtin builtin_table[] = {
     {"datasignature", 7, 'd', 0, 0, 0, nullptr, 0},
     {"edit", 2, 'e', 0, 0, 0, nullptr, 0},
     {"else", 4, 'e', 0, 0, 0, elsecmd, 0},
-    {"encode", 2, 'e', 0, 0, 0, nullptr, 0},
+    {"encode", 2, 'e', 0, 0, 0, encodecmd, 0},
     {"erase", 5, 'e', 0, 0, 0, erasecmd, 0},
     {"error", 3, 'e', 0, 0, 0, errcmd_handler, 0},
     {"estimates", 3, 'e', 0, 800, 0, estimatescmd, 0},
