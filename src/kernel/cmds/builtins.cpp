@@ -109,6 +109,7 @@ static constexpr Builtin builtin_table[] = {
     {"_recode", 7, '_', 0, 0, 0, recodecmd, 0},
     {"_destring", 9, '_', 0, 0, 0, destringcmd, 0},
     {"_tostring", 9, '_', 0, 0, 0, tostringcmd, 0},
+    {"_tabstat", 8, '_', 0, 0, 0, tabstatcmd, 0},
     {"about", 5, 'a', 0, 0, 0, nullptr, 0},
     {"about_dlg", 9, 'a', 0, 0, 0, nullptr, 0},
     {"ado", 3, 'a', 0, 0, 0, nullptr, 0},

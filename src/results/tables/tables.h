@@ -10,6 +10,9 @@ namespace korvu {
 
 int tabulatecmd(int);
 int correlatecmd(int);
+int tabstatcmd(int);  // _tabstat: a table of chosen statistics, by groups
+int inspectcmd(int);  // inspect: counts of negative, zero, positive, integer values
+int codebookcmd(int); // _codebook: a description of each variable
 
 // ---- the statistics of a two-way table (counts n[i * c + j], r rows) ----
 struct TwoWay {
