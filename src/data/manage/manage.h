@@ -18,7 +18,7 @@ int destringcmd(int); // _destring varlist, generate()|replace [ignore() force f
 int tostringcmd(int); // _tostring varlist, generate()|replace [format() force]
 int reshapecmd(int);  // _reshape long|wide stubs, i() j() [string]
 int xposecmd(int);    // _xpose, clear [varname]
-int dscmd(int);       // _ds [varlist] [, has() not() ...]
+
 
 // ---- helpers shared by the commands of this folder ----
 // A column of a dataset being built: numeric values or texts.

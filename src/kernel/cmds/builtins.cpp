@@ -111,6 +111,8 @@ static constexpr Builtin builtin_table[] = {
     {"_tostring", 9, '_', 0, 0, 0, tostringcmd, 0},
     {"_tabstat", 8, '_', 0, 0, 0, tabstatcmd, 0},
     {"_codebook", 9, '_', 0, 0, 0, codebookcmd, 0},
+    {"_xpose", 6, '_', 0, 0, 0, xposecmd, 0},
+    {"_ds", 3, '_', 0, 0, 0, dscmd, 0},
     {"about", 5, 'a', 0, 0, 0, nullptr, 0},
     {"about_dlg", 9, 'a', 0, 0, 0, nullptr, 0},
     {"ado", 3, 'a', 0, 0, 0, nullptr, 0},

@@ -13,6 +13,7 @@ int correlatecmd(int);
 int tabstatcmd(int);  // _tabstat: a table of chosen statistics, by groups
 int inspectcmd(int);  // inspect: counts of negative, zero, positive, integer values
 int codebookcmd(int); // _codebook: a description of each variable
+int dscmd(int);       // _ds: the names of variables chosen by type, format or label
 
 // ---- the statistics of a two-way table (counts n[i * c + j], r rows) ----
 struct TwoWay {
