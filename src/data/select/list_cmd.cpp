@@ -1,7 +1,7 @@
 // list [varlist] [if] [in] [, separator(#) sepby(varlist) clean noobs
 // noheader abbreviate(#) string(#) divider mean sum table display nolabel]
-#include <cstdio>
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -170,7 +170,8 @@ int listcmd(int) {
     const int first = byvar ? nobss1 : 1;
     int ndig = 1;
     for (int n = nobs2 - first + 1; n >= 10; n /= 10) ndig++;
-    const int lead = obs || meanrow || sumrow ? std::max(obs ? ndig + 4 : 0, meanrow || sumrow ? 6 : 0) : 0;
+    const int lead =
+        obs || meanrow || sumrow ? std::max(obs ? ndig + 4 : 0, meanrow || sumrow ? 6 : 0) : 0;
     int inner = 2;
     for (const Col& c : cols) inner += c.width;
     inner += 3 * (lnvar - 1);
@@ -239,7 +240,8 @@ int listcmd(int) {
             };
             foot[k] = n ? txt(sum / n) : ".";
             foot2[k] = txt(sum);
-            int w = static_cast<int>(std::max(meanrow ? foot[k].size() : 0, sumrow ? foot2[k].size() : 0));
+            int w = static_cast<int>(
+                std::max(meanrow ? foot[k].size() : 0, sumrow ? foot2[k].size() : 0));
             if (w > cols[k].width) {
                 inner += w - cols[k].width;
                 cols[k].width = w;
