@@ -159,7 +159,7 @@ int destringcmd(int) {
         }
         if (nbad && !force) {
             std::string msg = std::string(varname(v)) + ": " + std::to_string(nbad) +
-                              (nbad == 1 ? " text is" : " texts are") + " not a number:";
+                              (nbad == 1 ? " text is not a number:" : " texts are not numbers:");
             for (const std::string& s : offending) msg += " \"" + s + "\"";
             msg += nbad > static_cast<int64_t>(offending.size()) ? " ...\n" : "\n";
             c_outlev = 3;
@@ -200,7 +200,7 @@ int tostringcmd(int) {
     Common c;
     if (int rc = readcommon(&c, "tostring")) return rc;
     char fmt[60] = "";
-    findargn("format", 3, fmt, sizeof fmt, 1);
+    findargasis("format", 3, fmt, sizeof fmt);
     bool hasfmt = fmt[0] != 0;
     bool force = findopt("force", 5, 0);
     if (int rc = chkopt()) return rc;

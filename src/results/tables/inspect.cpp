@@ -43,6 +43,8 @@ int inspectcmd(int) {
     if (int rc = parse()) return rc;
     if (int rc = chkopt()) return rc;
     std::vector<int> vars(varlist_vr, varlist_vr + lnvar);
+    if (vars.empty())
+        for (int v = 1; v <= nvar; v++) vars.push_back(v);
     std::vector<char> buf(KV_STRMAX + 2);
     for (int v : vars) {
         double nneg = 0, nzero = 0, npos = 0, negint = 0, posint = 0, nmiss = 0;
@@ -133,6 +135,8 @@ int codebookcmd(int) {
     findoptv("tabulate", 3, &tabmax, 1, 0);
     if (int rc = chkopt()) return rc;
     std::vector<int> vars(varlist_vr, varlist_vr + lnvar);
+    if (vars.empty())
+        for (int v = 1; v <= nvar; v++) vars.push_back(v);
     std::vector<char> buf(KV_STRMAX + 2);
     for (int v : vars) {
         bool isstr = !isnumtype(typlist[v - 1]);
@@ -161,7 +165,7 @@ int codebookcmd(int) {
         std::string lab = ptrvarlab(v) ? ptrvarlab(v) : "";
         tab_txt("\n{hline}\n");
         tab_res(std::string(varname(v)));
-        tab_txt("{col 30}" + lab + "\n{hline}\n\n");
+        tab_txt((lab.empty() ? std::string() : "{col 30}" + lab) + "\n{hline}\n\n");
         auto field = [&](const std::string& name, const std::string& value) {
             tab_txt(rjust(name, 22) + ":  ");
             tab_res(value + "\n");

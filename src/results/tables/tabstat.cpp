@@ -162,7 +162,7 @@ int tabstatcmd(int) {
     int byv[2];
     int nby = findvlist("by", 2, byv, 2);
     findargn("columns", 1, cbuf, sizeof cbuf, 1);
-    findargn("format", 1, fbuf, sizeof fbuf, 1);
+    findargasis("format", 1, fbuf, sizeof fbuf);
     bool nototal = findopt("nototal", 3, 0);
     bool withmissing = findopt("missing", 1, 0);
     if (int rc = chkopt()) return rc;
@@ -347,8 +347,13 @@ int tabstatcmd(int) {
                 }
                 tab_txt(stub + " {c |}");
                 std::string line;
-                for (int c = c0; c < c1; c++)
-                    line += " " + cell(fmt, cellat(g, static_cast<int>(r), c), colw);
+                for (int c = c0; c < c1; c++) {
+                    // counts are whole numbers whatever the format
+                    const StatDef* sd = stats[bystat ? c : r];
+                    bool count = sd->head[0] == 'N' && !sd->head[1];
+                    line +=
+                        " " + cell(count ? "%9.0g" : fmt, cellat(g, static_cast<int>(r), c), colw);
+                }
                 tab_res(line + "\n");
             }
             if (bv && !onerow && gi + 1 < ng) rulel(stubw, c1 - c0, colw);
