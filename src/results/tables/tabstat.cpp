@@ -383,3 +383,309 @@ int tabstatcmd(int) {
 }
 
 } // namespace korvu
+
+// ---- tabdisp and table: cells classified by up to three variables ----------
+//   tabdisp rowvar [colvar [supercolvar]] [if] [in], cellvar(varlist)
+//           [format(%fmt) missing]
+//   table rowvar [colvar [supercolvar]] [if] [in] [weight]
+//           [, contents(stat [var] ...) format(%fmt) missing]
+// tabdisp shows the values of up to five variables, each combination of the
+// classifying variables holding one observation; table shows up to five
+// statistics (freq, mean, sd, sum, count, min, max, median, iqr, p#) of
+// the observations of each combination.
+
+namespace korvu {
+
+namespace {
+
+struct Axis {
+    int var = 0;
+    bool str = false;
+    std::vector<std::pair<double, std::string>> cats; // sorted
+    std::vector<int> of;                              // category of each sample row, -1 left out
+    std::string name(size_t k) const {
+        const auto& c = cats[k];
+        if (str) return c.second;
+        const char* l = lblname(var)[0] ? vl_lookup(lblname(var), c.first) : nullptr;
+        if (l) return l;
+        std::string t = safereforms("%9.0g", c.first);
+        size_t a = t.find_first_not_of(' ');
+        return a == std::string::npos ? "" : t.substr(a);
+    }
+    size_t k() const { return var ? cats.size() : 1; }
+};
+
+void classify_axis(Axis* a, const Sample& S, bool withmissing) {
+    a->of.assign(S.size(), 0);
+    if (!a->var) return;
+    a->str = !isnumtype(typlist[a->var - 1]);
+    std::vector<char> buf(KV_STRMAX + 2);
+    std::map<std::pair<double, std::string>, int> m;
+    std::vector<std::pair<double, std::string>> key(S.size());
+    for (size_t k = 0; k < S.size(); k++) {
+        int i = S.at(k);
+        if (a->str)
+            key[k] = {0, skorvu_data(a->var, i, buf.data())};
+        else
+            key[k] = {korvu_data(a->var, i), ""};
+        bool miss = a->str ? key[k].second.empty() : key[k].first >= misval;
+        if (miss && !withmissing) {
+            a->of[k] = -1;
+            continue;
+        }
+        m.emplace(key[k], 0);
+    }
+    int g = 0;
+    for (auto& kv : m) {
+        kv.second = g++;
+        a->cats.push_back(kv.first);
+    }
+    for (size_t k = 0; k < S.size(); k++)
+        if (a->of[k] >= 0) a->of[k] = m[key[k]];
+}
+
+struct Content {
+    const StatDef* stat = nullptr; // null for freq, or for a cell value (tabdisp)
+    int var = 0;
+    std::string head;
+};
+
+// Draws the table: cells[(r * C + c) * K + k] as text.
+void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
+          const std::vector<std::string>& cells, int colw) {
+    size_t NR = R.k(), NC = C.k(), NS = SC.k(), K = cont.size();
+    int stubw = static_cast<int>(std::string(varname(R.var)).size());
+    for (size_t r = 0; r < NR; r++) stubw = std::max(stubw, static_cast<int>(R.name(r).size()));
+    stubw = std::min(std::max(stubw, 8), 20);
+    for (const std::string& t : cells) colw = std::max(colw, static_cast<int>(t.size()));
+    if (!C.var)
+        for (const Content& c : cont) colw = std::max(colw, static_cast<int>(c.head.size()));
+    else
+        for (size_t c = 0; c < NC; c++) colw = std::max(colw, static_cast<int>(C.name(c).size()));
+    colw = std::min(colw, 20);
+    size_t ncols = C.var ? NC * NS : K;
+    auto rule = [&](bool bottom) {
+        tab_txt("{hline " + std::to_string(stubw + 1) + "}" + (bottom ? "{c BT}" : "{c +}") +
+                "{hline " + std::to_string(ncols * (colw + 1) + 1) + "}\n");
+    };
+    tab_txt("\n");
+    if (SC.var) {
+        std::string h = std::string(stubw + 1, ' ') + "{c |}";
+        std::string t = std::string(varname(SC.var)) + " and " + varname(C.var);
+        tab_txt(h + " " + t + "\n");
+        std::string l = std::string(stubw + 1, ' ') + "{c |}";
+        for (size_t s = 0; s < NS; s++) {
+            std::string nm = SC.name(s);
+            int w = static_cast<int>(NC) * (colw + 1);
+            int pad = std::max(0, w - static_cast<int>(nm.size()));
+            l += std::string(pad / 2 + 1, ' ') + nm.substr(0, w) + std::string(pad - pad / 2, ' ');
+        }
+        while (!l.empty() && l.back() == ' ') l.pop_back();
+        tab_txt(l + "\n");
+    } else if (C.var) {
+        tab_txt(std::string(stubw + 1, ' ') + "{c |} " + varname(C.var) + "\n");
+    }
+    std::string h = rjust(varname(R.var), stubw) + " {c |}";
+    if (C.var) {
+        for (size_t s = 0; s < NS; s++)
+            for (size_t c = 0; c < NC; c++) h += " " + rjust(C.name(c).substr(0, colw), colw);
+    } else {
+        for (const Content& c : cont) h += " " + rjust(c.head.substr(0, colw), colw);
+    }
+    tab_txt(h + "\n");
+    rule(false);
+    for (size_t r = 0; r < NR; r++) {
+        size_t lines = C.var ? K : 1;
+        for (size_t k = 0; k < lines; k++) {
+            std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
+            tab_txt(rjust(stub, stubw) + " {c |}");
+            std::string line;
+            if (C.var) {
+                for (size_t s = 0; s < NS; s++)
+                    for (size_t c = 0; c < NC; c++)
+                        line += " " + rjust(cells[((r * NS + s) * NC + c) * K + k], colw);
+            } else {
+                for (size_t q = 0; q < K; q++) line += " " + rjust(cells[r * K + q], colw);
+            }
+            while (!line.empty() && line.back() == ' ') line.pop_back();
+            tab_res(line + "\n");
+        }
+    }
+    rule(true);
+}
+
+int read_axes(Axis* R, Axis* C, Axis* SC) {
+    if (lnvar < 1) return errtext(102, "too few variables specified\n");
+    if (lnvar > 3) return errtext(103, "too many variables specified: at most three classify\n");
+    R->var = varlist_vr[0];
+    if (lnvar > 1) C->var = varlist_vr[1];
+    if (lnvar > 2) SC->var = varlist_vr[2];
+    return 0;
+}
+
+std::string fmtcell(const std::string& fmt, double x) {
+    std::string t = safereforms(fmt.c_str(), x);
+    size_t a = t.find_first_not_of(' ');
+    t = a == std::string::npos ? "" : t.substr(a);
+    while (!t.empty() && t.back() == ' ') t.pop_back();
+    return t;
+}
+
+} // namespace
+
+int tabdispcmd(int) {
+    vable = 1;
+    opable = 0;
+    byable = 0;
+    if (int rc = parse()) return rc;
+    int cv[6];
+    int ncv = findvlist("cellvar", 4, cv, 6);
+    char fbuf[60] = "";
+    findargasis("format", 1, fbuf, sizeof fbuf);
+    bool withmissing = findopt("missing", 1, 0);
+    if (int rc = chkopt()) return rc;
+    Axis R, C, SC;
+    if (int rc = read_axes(&R, &C, &SC)) return rc;
+    if (ncv < 1) return errtext(198, "option cellvar() required\n");
+    if (ncv > 5) return errtext(103, "cellvar() takes at most five variables\n");
+    std::string fmt = fbuf[0] ? fbuf : "";
+    FmtDesc fd;
+    if (!fmt.empty() && chkfmt(fmt.c_str(), 1, &fd))
+        return errorf(120, "%s invalid numeric format\n", fmt.c_str());
+    Sample S;
+    if (int rc = tab_sample(&S)) return rc;
+    for (Axis* a : {&R, &C, &SC}) classify_axis(a, S, withmissing);
+    size_t NR = R.k(), NC = C.k(), NS = SC.k(), K = static_cast<size_t>(ncv);
+    std::vector<Content> cont(K);
+    for (size_t q = 0; q < K; q++) cont[q].var = cv[q], cont[q].head = varname(cv[q]);
+    std::vector<std::string> cells(NR * NS * NC * K);
+    std::vector<int> seen(NR * NS * NC, 0);
+    std::vector<char> buf(KV_STRMAX + 2);
+    for (size_t k = 0; k < S.size(); k++) {
+        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+        size_t cell = (static_cast<size_t>(R.of[k]) * NS + SC.of[k]) * NC + C.of[k];
+        int i = S.at(k);
+        if (seen[cell]++) {
+            std::string names = varname(R.var);
+            if (C.var) names += std::string(SC.var ? ", " : " and ") + varname(C.var);
+            if (SC.var) names += std::string(" and ") + varname(SC.var);
+            return errorf(459,
+                          "%s %s not identify the observations: observation %d repeats a cell\n",
+                          names.c_str(), C.var ? "do" : "does", i);
+        }
+        for (size_t q = 0; q < K; q++) {
+            int v = cv[q];
+            std::string t;
+            if (!isnumtype(typlist[v - 1])) {
+                t = skorvu_data(v, i, buf.data());
+            } else {
+                double x = korvu_data(v, i);
+                const char* l = lblname(v)[0] ? vl_lookup(lblname(v), x) : nullptr;
+                t = l ? l : fmtcell(fmt.empty() ? fmtname(v) : fmt, x);
+            }
+            cells[cell * K + q] = t;
+        }
+    }
+    draw(R, C, SC, cont, cells, 9);
+    return 0;
+}
+
+int tablecmd(int) {
+    vable = 1;
+    opable = 0;
+    byable = 3;
+    wgtable = 0;
+    wgtallowt = WGT_AW | WGT_FW;
+    if (int rc = parse()) return rc;
+    char cbuf[2000] = "", fbuf[60] = "";
+    findargasis("contents", 1, cbuf, sizeof cbuf);
+    findargasis("format", 1, fbuf, sizeof fbuf);
+    bool withmissing = findopt("missing", 1, 0);
+    if (int rc = chkopt()) return rc;
+    Axis R, C, SC;
+    if (int rc = read_axes(&R, &C, &SC)) return rc;
+    std::string fmt = fbuf[0] ? fbuf : "%9.0g";
+    FmtDesc fd;
+    if (chkfmt(fmt.c_str(), 1, &fd)) return errorf(120, "%s invalid numeric format\n", fmt.c_str());
+    // contents: freq, or a statistic and a variable
+    std::vector<Content> cont;
+    {
+        std::vector<std::string> w;
+        std::string t = cbuf;
+        size_t i = 0;
+        while (i < t.size()) {
+            while (i < t.size() && t[i] == ' ') i++;
+            size_t j = i;
+            while (j < t.size() && t[j] != ' ') j++;
+            if (j > i) w.push_back(t.substr(i, j - i));
+            i = j;
+        }
+        if (w.empty()) w.push_back("freq");
+        for (size_t k = 0; k < w.size(); k++) {
+            Content c;
+            if (cmdcmp(w[k].c_str(), "freq", 1)) {
+                c.head = "Freq.";
+                cont.push_back(c);
+                continue;
+            }
+            for (const StatDef& d : statdefs)
+                if (cmdcmp(w[k].c_str(), d.name, d.minlen)) {
+                    c.stat = &d;
+                    break;
+                }
+            if (!c.stat) return errorf(198, "contents(): %s is not a statistic\n", w[k].c_str());
+            if (k + 1 >= w.size())
+                return errorf(198, "contents(): %s needs a variable\n", w[k].c_str());
+            int v = korvu_findvar(w[++k].c_str(), 1, 0);
+            if (v < 0) return -v;
+            if (!isnumtype(typlist[v - 1]))
+                return errorf(109, "%s is a text variable: statistics need numbers\n", varname(v));
+            c.var = v;
+            c.head = std::string(c.stat->name) + "(" + varname(v) + ")";
+            cont.push_back(c);
+        }
+        if (cont.size() > 5) return errtext(103, "contents() takes at most five statistics\n");
+    }
+    if (weclause)
+        if (int rc = wgtdflt(WGT_FW)) return rc;
+    Sample S;
+    if (int rc = tab_sample(&S)) return rc;
+    bool weighted = S.weighted, fw = wgttype == WGT_FW;
+    for (Axis* a : {&R, &C, &SC}) classify_axis(a, S, withmissing);
+    size_t NR = R.k(), NC = C.k(), NS = SC.k(), K = cont.size();
+    size_t NCELL = NR * NS * NC;
+    std::vector<std::vector<Stats>> st(NCELL, std::vector<Stats>(K));
+    std::vector<double> freq(NCELL, 0);
+    for (size_t k = 0; k < S.size(); k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+        size_t cell = (static_cast<size_t>(R.of[k]) * NS + SC.of[k]) * NC + C.of[k];
+        freq[cell] += weighted && fw ? S.wt(k) : 1;
+        int i = S.at(k);
+        for (size_t q = 0; q < K; q++) {
+            if (!cont[q].var) continue;
+            double x = korvu_data(cont[q].var, i);
+            if (x >= misval) continue;
+            st[cell][q].v.push_back(x);
+            if (weighted) st[cell][q].w.push_back(S.wt(k));
+        }
+    }
+    std::vector<std::string> cells(NCELL * K);
+    for (size_t cell = 0; cell < NCELL; cell++) {
+        if (freq[cell] == 0) continue; // an empty combination shows blank
+        for (size_t q = 0; q < K; q++) {
+            if (!cont[q].var) {
+                cells[cell * K + q] = fmtcell("%12.0g", freq[cell]);
+                continue;
+            }
+            finish(&st[cell][q], weighted, fw);
+            double x = statof(st[cell][q], *cont[q].stat, weighted);
+            bool count = cont[q].stat->head[0] == 'N' && !cont[q].stat->head[1];
+            cells[cell * K + q] = fmtcell(count ? "%12.0g" : fmt, x);
+        }
+    }
+    draw(R, C, SC, cont, cells, 9);
+    return 0;
+}
+
+} // namespace korvu
