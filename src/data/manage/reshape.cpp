@@ -461,6 +461,11 @@ int reshapecmd(int) {
     }
     std::vector<std::string> ivnames;
     for (int v : ivars) ivnames.push_back(varname(v));
+    // a text j speaks for itself, and is remembered as text for the way back
+    if (iswide) {
+        int jv = sysfindvar(jw[0].c_str());
+        if (jv && !isnumtype(typlist[jv - 1])) str = true;
+    }
     int rc = islong ? tolong(stubs, ivars, jw[0], str) : towide(stubs, ivars, jw[0], str);
     if (rc) return rc;
     last.set = true;

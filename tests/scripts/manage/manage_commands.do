@@ -90,4 +90,21 @@ end
 inspect z
 assert r(N) == 6 & r(N_neg) == 2 & r(N_0) == 2 & r(N_pos) == 2
 assert r(N_negint) == 1 & r(N_posint) == 1 & r(N_miss) == 1 & r(N_unique) == 5
+* reshape with a text j: wide and back, the missing combination filled in
+drop _all
+input str3 school str5 subj score rank
+"a" "math" 10 1
+"a" "read" 12 2
+"b" "math" 9 1
+"b" "read" 8 3
+"c" "math" 7 2
+end
+reshape wide score rank, i(school) j(subj)
+assert _N == 3 & c(k) == 5
+assert scoremath[1] == 10 & scoreread[1] == 12 & rankread[2] == 3 & scoreread[3] == .
+reshape long
+assert _N == 6 & c(k) == 4
+assert school[6] == "c" & subj[6] == "read" & score[6] == . & score[4] == 8
+capture noisily reshape wide score, i(school) j(subj)
+assert _rc == 9 & _N == 6
 display "test completed"
