@@ -177,6 +177,13 @@ int postfilecmd(int) {
     int pending = 0;
     for (int i = 1; i < n - 2; ++i) {
         std::string x = w[static_cast<size_t>(i)];
+        // type(names): the type for the list
+        if (size_t par = x.find('('); par != std::string::npos && par > 0 && x.back() == ')') {
+            const int c = textio_typecode(x.substr(0, par));
+            if (!c || pending) return errorf(198, "%s invalid\n", x.c_str());
+            pending = c;
+            x = x.substr(par);
+        }
         if (int c = textio_typecode(x)) {
             if (pending) return errorf(198, "%s found where name expected\n", x.c_str());
             pending = c;
