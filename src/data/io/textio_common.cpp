@@ -16,7 +16,9 @@ namespace korvu {
 
 std::string textio_rest() {
     std::string s = peektok_chr();
-    settok(const_cast<char*>(""));
+    static char empty[1] = {0}; // the tokenizer may write into its text
+    empty[0] = 0;
+    settok(empty);
     return s;
 }
 
