@@ -47,6 +47,7 @@ struct SaveOpts {
     bool midband = false;
     bool all = false;
     bool emptyok = false;
+    bool tagged = false; // format 118 (`version(118)`)
 };
 // Writes the dataset to fname (extension already applied); prints the notes
 // and failures, returns 0 or the code.

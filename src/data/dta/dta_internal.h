@@ -73,4 +73,14 @@ struct DtaNames {
 };
 int dta_readnames(const char* fname, DtaNames& out);
 
+// The newer formats (114, 115 and the tagged 117 to 119). dta_newer_kind
+// tells from the first bytes: 0 none of them, 1 binary, 2 tagged.
+// dta_newer_image reads the open file whole and leaves in *out an anonymous
+// file holding the same dataset in format 113 (0), or gives 610, 688, 692,
+// 900, 901, or 6101 for a tagged file of a later release. The notes of what
+// was cut or renamed are printed by dta_newer_notes after a load.
+int dta_newer_kind(const uint8_t* first, size_t n);
+int dta_newer_image(int fd, int* out);
+void dta_newer_notes();
+
 } // namespace korvu

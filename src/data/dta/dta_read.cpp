@@ -428,10 +428,21 @@ static void clear_dataset() {
     labels_clear(1);
 }
 
+// Opens the file; one of the newer formats is rebuilt in memory first and
+// *fd is then that image.
 static int openfile(const char* fname, int* fd) {
     *fd = open(fname, O_RDONLY);
-    if (*fd >= 0) return 0;
-    return errno == ENOENT ? 601 : 603;
+    if (*fd < 0) return errno == ENOENT ? 601 : 603;
+    uint8_t first = 0;
+    if (pread(*fd, &first, 1, 0) == 1 && dta_newer_kind(&first, 1)) {
+        int img = -1;
+        int rc = dta_newer_image(*fd, &img);
+        close(*fd);
+        *fd = -1;
+        if (rc) return rc;
+        *fd = img;
+    }
+    return 0;
 }
 
 static int report(int rc, const char* fname) {
@@ -630,6 +641,7 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
             return rc;
         }
     }
+    dta_newer_notes();
     if (P.notloaded) {
         c_outlev = 1;
         spoutf("The maximum length of labels in this version of Korvu is %d\n", VL_MAXTEXT);

@@ -40,8 +40,11 @@ struct Out {
     int fd;
     std::vector<uint8_t> buf;
     size_t used = 0;
+    int64_t flushed = 0; // bytes handed to the file before buf
     bool bad = false;
+    int64_t pos() const { return flushed + static_cast<int64_t>(used); }
     void flush() {
+        flushed += static_cast<int64_t>(used);
         if (!bad && used &&
             lkorvu_write(fd, buf.data(), static_cast<int64_t>(used)) != static_cast<int64_t>(used))
             bad = true;
@@ -69,9 +72,78 @@ struct Out {
     void u8(uint8_t b) { put(&b, 1); }
     void i16(int16_t v) { put(&v, 2); }
     void i32(int32_t v) { put(&v, 4); }
+    void i64(int64_t v) { put(&v, 8); }
+    void tag(const char* t) { put(t, std::strlen(t)); }
 };
 
+// The tagged format 118: the map of section offsets, filled in at the end.
+constexpr int MAPN = 14;
+struct Tagged {
+    int64_t map[MAPN] = {};
+    int64_t mapat = 0;
+};
+
+void tagged_front(Out& out, Tagged& T, int nv, int32_t no, const char* label, const char* stamp) {
+    out.tag("<korvu_dta><header><release>118</release><byteorder>");
+    out.tag(native_order() == 2 ? "LSF" : "MSF");
+    out.tag("</byteorder><K>");
+    out.i16(static_cast<int16_t>(nv));
+    out.tag("</K><N>");
+    out.i64(no);
+    out.tag("</N><label>");
+    const size_t ln = std::strlen(label);
+    out.i16(static_cast<int16_t>(ln));
+    out.put(label, ln);
+    out.tag("</label><timestamp>");
+    out.u8(17);
+    out.put(stamp, 17);
+    out.tag("</timestamp></header>");
+    T.map[1] = out.pos();
+    out.tag("<map>");
+    T.mapat = out.pos();
+    for (int i = 0; i < MAPN; ++i) out.i64(0);
+    out.tag("</map>");
+    T.map[2] = out.pos();
+    out.tag("<variable_types>");
+    for (int v = 1; v <= nv; ++v) {
+        const int c = typlist[v - 1];
+        out.i16(static_cast<int16_t>(isstrtype(c) ? c : 65530 - (c - KV_BYTE)));
+    }
+    out.tag("</variable_types>");
+    T.map[3] = out.pos();
+    out.tag("<varnames>");
+    for (int v = 1; v <= nv; ++v) out.fixed(varname(v), 129);
+    out.tag("</varnames>");
+    T.map[4] = out.pos();
+    out.tag("<sortlist>");
+    {
+        int k = 0;
+        for (; srtlist[k] && srtlist[k] <= nv && k < nv; ++k) out.i16(srtlist[k]);
+        for (; k <= nv; ++k) out.i16(0);
+    }
+    out.tag("</sortlist>");
+    T.map[5] = out.pos();
+    out.tag("<formats>");
+    for (int v = 1; v <= nv; ++v) out.fixed(fmtname(v), 57);
+    out.tag("</formats>");
+    T.map[6] = out.pos();
+    out.tag("<value_label_names>");
+    for (int v = 1; v <= nv; ++v) out.fixed(lblname(v), 129);
+    out.tag("</value_label_names>");
+    T.map[7] = out.pos();
+    out.tag("<variable_labels>");
+    for (int v = 1; v <= nv; ++v) {
+        const char* l = ptrvarlab(v);
+        out.fixed(l ? l : "", 321);
+    }
+    out.tag("</variable_labels>");
+    T.map[8] = out.pos();
+    out.tag("<characteristics>");
+}
+
 } // namespace
+
+namespace {} // namespace
 
 static bool saved_var(const char* obj, int nv) {
     if (std::strcmp(obj, "_dta") == 0) return true;
@@ -81,7 +153,7 @@ static bool saved_var(const char* obj, int nv) {
 
 int syssave(const char* fname, const SaveOpts& o) {
     if (nvar == 0 && !o.emptyok) return error(111);
-    const int format = o.oldformat ? (o.midband ? 110 : 111) : 113;
+    const int format = o.oldformat ? (o.midband ? 110 : 111) : (o.tagged ? 118 : 113);
     if (o.oldformat) {
         int bad = 0;
         char name[40];
@@ -156,37 +228,62 @@ int syssave(const char* fname, const SaveOpts& o) {
     h.format = static_cast<uint8_t>(format);
     h.nvar = nv;
     h.nobs = nobs;
-    if (wrhdr(fd, &h, datalbl)) out.bad = true;
+    if (format == 118)
+        getstamp(h.stamp);
+    else if (wrhdr(fd, &h, datalbl))
+        out.bad = true;
+    else
+        out.flushed = 109;
 
-    for (int v = 1; v <= nv; ++v)
+    for (int v = 1; v <= nv && format != 118; ++v)
         out.u8(static_cast<uint8_t>(format == 110 ? cnv111to110vtype(typlist[v - 1])
                                                   : typlist[v - 1]));
-    for (int v = 1; v <= nv; ++v) out.fixed(varname(v), 33);
-    {
-        int k = 0;
-        for (; srtlist[k] && srtlist[k] <= nv && k < nv; ++k) out.i16(srtlist[k]);
-        for (; k <= nv; ++k) out.i16(0);
-    }
-    for (int v = 1; v <= nv; ++v) out.fixed(fmtname(v), 12);
-    for (int v = 1; v <= nv; ++v) out.fixed(lblname(v), 33);
-    for (int v = 1; v <= nv; ++v) {
-        const char* l = ptrvarlab(v);
-        out.fixed(l ? l : "", 81);
+    if (format != 118) {
+        for (int v = 1; v <= nv; ++v) out.fixed(varname(v), 33);
+        {
+            int k = 0;
+            for (; srtlist[k] && srtlist[k] <= nv && k < nv; ++k) out.i16(srtlist[k]);
+            for (; k <= nv; ++k) out.i16(0);
+        }
+        for (int v = 1; v <= nv; ++v) out.fixed(fmtname(v), 12);
+        for (int v = 1; v <= nv; ++v) out.fixed(lblname(v), 33);
+        for (int v = 1; v <= nv; ++v) {
+            const char* l = ptrvarlab(v);
+            out.fixed(l ? l : "", 81);
+        }
     }
     char obj[33], name[33];
     const char* text;
+    const bool tagged = format == 118;
+    Tagged T;
+    if (tagged) tagged_front(out, T, nv, nobs, datalbl, h.stamp);
     for (const void* it = charnext(nullptr, obj, name, &text); it;
          it = charnext(it, obj, name, &text)) {
         if (!saved_var(obj, nv)) continue;
         size_t tl = std::strlen(text);
+        if (tagged) {
+            out.tag("<ch>");
+            out.i32(static_cast<int32_t>(129 + 129 + tl + 1));
+            out.fixed(obj, 129);
+            out.fixed(name, 129);
+            out.put(text, tl + 1);
+            out.tag("</ch>");
+            continue;
+        }
         out.u8(1);
         out.i32(static_cast<int32_t>(33 + 33 + tl + 1));
         out.fixed(obj, 33);
         out.fixed(name, 33);
         out.put(text, tl + 1);
     }
-    out.u8(0);
-    out.i32(0);
+    if (tagged) {
+        out.tag("</characteristics>");
+        T.map[9] = out.pos();
+        out.tag("<data>");
+    } else {
+        out.u8(0);
+        out.i32(0);
+    }
 
     // The old formats know one missing value per type: extended missing
     // values are converted as the records are gathered, the data in memory
@@ -218,6 +315,13 @@ int syssave(const char* fname, const SaveOpts& o) {
             if (kvpollstd()) break;
         }
     }
+    if (tagged) {
+        out.tag("</data>");
+        T.map[10] = out.pos();
+        out.tag("<strls></strls>");
+        T.map[11] = out.pos();
+        out.tag("<value_labels>");
+    }
     if (o.label) {
         for (void* it = dmnext(nullptr, name, DM_VALLAB, nullptr); it;
              it = dmnext(it, name, DM_VALLAB, nullptr)) {
@@ -226,12 +330,23 @@ int syssave(const char* fname, const SaveOpts& o) {
             if (!o.orphans && !inuse) continue;
             const auto* t = static_cast<const int32_t*>(it);
             const int64_t len = static_cast<int64_t>(vl_bytes(vl_n(t), vl_txtlen(t)));
+            if (tagged) out.tag("<lbl>");
             out.i32(static_cast<int32_t>(len));
-            out.fixed(name, 36);
+            out.fixed(name, tagged ? 132 : 36);
             out.put(t, static_cast<size_t>(len));
+            if (tagged) out.tag("</lbl>");
         }
     }
+    if (tagged) {
+        out.tag("</value_labels>");
+        T.map[12] = out.pos();
+        out.tag("</korvu_dta>");
+        T.map[13] = out.pos();
+    }
     out.flush();
+    if (tagged && !out.bad &&
+        pwrite(fd, T.map, sizeof T.map, T.mapat) != static_cast<ssize_t>(sizeof T.map))
+        out.bad = true;
     const bool broke = stopflag != 0;
     if (!out.bad && !broke && fsync(fd)) out.bad = true;
     if (close(fd)) out.bad = true;
@@ -285,7 +400,13 @@ int savecmd(int) {
     o.midband = findopt("midband", 7, 0);
     o.all = findopt("all", 3, 0);
     o.emptyok = findopt("emptyok", 5, 0);
+    double ver = 0;
+    if (findoptv("version", 7, &ver, 1, 0) != 1) ver = 0;
     if (int crc = chkopt()) return crc;
+    if (ver && ver != 113 && ver != 118) return errtext(198, "option version() takes 113 or 118\n");
+    if (ver == 118 && o.oldformat)
+        return errtext(198, "options version(118) and oldformat may not be combined\n");
+    o.tagged = ver == 118;
     std::string name = dflttype(fn);
     return syssave(name.c_str(), o);
 }

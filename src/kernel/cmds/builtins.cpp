@@ -9,6 +9,7 @@
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
 #include "data/io/io.h"
+#include "data/io/textio.h"
 #include "data/labels/label.h"
 #include "data/manage/manage.h"
 #include "data/select/generate.h"
@@ -183,7 +184,7 @@ static constexpr Builtin builtin_table[] = {
     {"fdause", 6, 'f', 0, 0, 0, nullptr, 0},
     {"fft", 3, 'f', 0, 0, 1, nullptr, 0},
     {"format", 4, 'f', 0, 0, 0, formatcmd, 0},
-    {"file", 4, 'f', 0, 0, 0, nullptr, 0},
+    {"file", 4, 'f', 0, 0, 0, filecmd, 0},
     {"filefilter", 5, 'f', 0, 0, 0, nullptr, 0},
     {"flist", 2, 'f', 0, 0, 1, nullptr, 0},
     {"generate", 1, 'g', 0, 0, 1, gen, 0},
@@ -199,8 +200,8 @@ static constexpr Builtin builtin_table[] = {
     {"hexdump", 7, 'h', 0, 0, 0, nullptr, 0},
     {"include", 7, 'i', 0, 0, 0, docmd, 4},
     {"if", 2, 'i', 0, 0, 0, ifcmd, 0},
-    {"infile", 3, 'i', 0, 0, 0, nullptr, 0},
-    {"infix", 5, 'i', 0, 0, 0, nullptr, 0},
+    {"infile", 3, 'i', 0, 0, 0, infilecmd, 0},
+    {"infix", 5, 'i', 0, 0, 0, infixcmd, 0},
     {"input", 3, 'i', 0, 0, 0, inputcmd, 0},
     {"insheet", 4, 'i', 0, 0, 0, insheetcmd, 0},
     {"import", 6, 'i', 0, 0, 0, importcmd, 0},
@@ -255,15 +256,15 @@ static constexpr Builtin builtin_table[] = {
     {"oldgprefs", 9, 'o', 0, 0, 0, nullptr, 0},
     {"oneway", 2, 'o', 0, 0, 1, nullptr, 0},
     {"order", 5, 'o', 0, 0, 0, ordercmd, 0},
-    {"outfile", 2, 'o', 0, 0, 0, nullptr, 0},
+    {"outfile", 2, 'o', 0, 0, 0, outfilecmd, 0},
     {"outsheet", 4, 'o', 0, 0, 0, outsheetcmd, 0},
     {"pref", 4, 'p', 0, 0, 0, nullptr, 0},
     {"parse", 3, 'p', 0, 0, 0, kvparse, 0},
     {"plot", 2, 'p', 0, 0, 1, nullptr, 0},
     {"plugin", 4, 'p', 0, 0, 0, nullptr, 0},
-    {"postfile", 8, 'p', 0, 0, 0, nullptr, 0},
-    {"post", 4, 'p', 0, 0, 0, nullptr, 0},
-    {"postclose", 9, 'p', 0, 0, 0, nullptr, 0},
+    {"postfile", 8, 'p', 0, 0, 0, postfilecmd, 0},
+    {"post", 4, 'p', 0, 0, 0, postcmd, 0},
+    {"postclose", 9, 'p', 0, 0, 0, postclosecmd, 0},
     {"postutil", 8, 'p', 0, 0, 0, nullptr, 0},
     {"preserve", 8, 'p', 0, 0, 0, preservecmd, 0},
     {"printer", 7, 'p', 0, 0, 0, nullptr, 0},
