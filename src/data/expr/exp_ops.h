@@ -22,17 +22,23 @@ namespace korvu {
 inline bool xmis(double x) {
     return x >= misval;
 }
+// The arithmetic is done before the test (the result is then dropped for a
+// missing operand), so that the compiler need not guard it by a branch.
 inline double n_add(double a, double b) {
-    return (xmis(a) | xmis(b)) ? misval : a + b;
+    double r = a + b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_sub(double a, double b) {
-    return (xmis(a) | xmis(b)) ? misval : a - b;
+    double r = a - b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_mul(double a, double b) {
-    return (xmis(a) | xmis(b)) ? misval : a * b;
+    double r = a * b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_div(double a, double b) {
-    return (xmis(a) | xmis(b) | (b == 0)) ? misval : a / b;
+    double r = a / b;
+    return (xmis(a) | xmis(b) | (b == 0)) ? misval : r;
 }
 inline double kvpow(double a, double b) {
     return xmis(a) || xmis(b) ? misval : std::pow(a, b);

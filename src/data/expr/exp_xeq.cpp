@@ -520,89 +520,128 @@ const double* varcells(double* c, int v, int i0, int m) {
     return c;
 }
 
-// Block loops of the helper kinds: the result goes to the scratch column of
-// its slot, the operands are read wherever they lie.
-template <class F> inline void blk1(double* a, const double* x, int m, F f) {
-    for (int j = 0; j < m; j++) a[j] = f(x[j]);
-}
-template <class F> inline void blk2(double* a, const double* x, const double* y, int m, F f) {
-    for (int j = 0; j < m; j++) a[j] = f(x[j], y[j]);
-}
-
-// Stack slot k holds the values of a block at in[k]: its own scratch column
-// cols + k * BLOCK, or a column of the data read in place.
-void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
-    const int16_t* code = o->code;
+// Stack slot k of a block: in[k] points at its values, either its own scratch
+// column cols + k * BLOCK or a double column of the data read in place; a
+// null in[k] is a value the same for every observation of the block, cv[k]
+// (a constant, _N, _rc, a scalar), which the helpers take as a scalar and
+// which is spread into the scratch column only where an opcode needs one.
+struct Slots {
     const double* in[EXP_TYPESTACK + 2];
-    int np = 0;
-    auto col = [&](int k) { return cols + static_cast<ptrdiff_t>(k) * BLOCK; };
-    // slot k's values in its own column, for the opcodes that work in place
-    auto own = [&](int k) {
-        double* a = col(k);
-        if (in[k] != a) {
-            std::memcpy(a, in[k], static_cast<size_t>(m) * sizeof(double));
+    double cv[EXP_TYPESTACK + 2];
+    double* cols;
+    int m;
+    double* col(int k) const { return cols + static_cast<ptrdiff_t>(k) * BLOCK; }
+    // slot k's values as an array
+    const double* rd(int k) {
+        if (!in[k]) {
+            double* a = col(k);
+            const double x = cv[k];
+            for (int j = 0; j < m; j++) a[j] = x;
             in[k] = a;
         }
+        return in[k];
+    }
+    // slot k's values in its own column, for the opcodes that work in place
+    double* own(int k) {
+        double* a = col(k);
+        if (!in[k]) {
+            const double x = cv[k];
+            for (int j = 0; j < m; j++) a[j] = x;
+        } else if (in[k] != a) {
+            std::memcpy(a, in[k], static_cast<size_t>(m) * sizeof(double));
+        }
+        in[k] = a;
         return a;
+    }
+    // a one-argument helper on slot k
+    template <class F> void un(int k, F f) {
+        const double* x = in[k];
+        if (!x) {
+            cv[k] = f(cv[k]);
+            return;
+        }
+        double* a = col(k);
+        for (int j = 0; j < m; j++) a[j] = f(x[j]);
+        in[k] = a;
+    }
+    // a two-argument helper on slots k (left) and k + 1 (right), into k
+    template <class F> void bin(int k, F f) {
+        const double *x = in[k], *y = in[k + 1];
+        if (!x && !y) {
+            cv[k] = f(cv[k], cv[k + 1]);
+            return;
+        }
+        double* a = col(k);
+        if (!y) {
+            const double c = cv[k + 1];
+            for (int j = 0; j < m; j++) a[j] = f(x[j], c);
+        } else if (!x) {
+            const double c = cv[k];
+            for (int j = 0; j < m; j++) a[j] = f(c, y[j]);
+        } else {
+            for (int j = 0; j < m; j++) a[j] = f(x[j], y[j]);
+        }
+        in[k] = a;
+    }
+};
+
+void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
+    const int16_t* code = o->code;
+    Slots S;
+    S.cols = cols;
+    S.m = m;
+    int np = 0;
+    auto konst = [&](double x) {
+        np++;
+        S.in[np] = nullptr;
+        S.cv[np] = x;
     };
     auto push = [&]() {
         np++;
-        in[np] = col(np);
-        return col(np);
+        S.in[np] = S.col(np);
+        return S.col(np);
     };
     for (int w = 0; w <= o->code_end; w++) {
         int op = code[w];
         switch (op) {
 #define BLK_UN(OP, F)                                                                              \
-    case OP: {                                                                                     \
-        double* a = col(np);                                                                       \
-        blk1(a, in[np], m, [](double x) { return F(x); });                                         \
-        in[np] = a;                                                                                \
-        break;                                                                                     \
-    }
+    case OP:                                                                                       \
+        S.un(np, [](double x) { return F(x); });                                                   \
+        break;
 #define BLK_BIN(OP, F)                                                                             \
-    case OP: {                                                                                     \
+    case OP:                                                                                       \
         np--;                                                                                      \
-        double* a = col(np);                                                                       \
-        blk2(a, in[np], in[np + 1], m, [](double x, double y) { return F(x, y); });                \
-        in[np] = a;                                                                                \
-        break;                                                                                     \
-    }
+        S.bin(np, [](double x, double y) { return F(x, y); });                                     \
+        break;
 #define BLK_CMP(OP, F)                                                                             \
-    case OP: {                                                                                     \
+    case OP:                                                                                       \
         np--;                                                                                      \
-        double* a = col(np);                                                                       \
         if (mvmodern)                                                                              \
-            blk2(a, in[np], in[np + 1], m, [](double x, double y) { return F(x, y, true); });      \
+            S.bin(np, [](double x, double y) { return F(x, y, true); });                           \
         else                                                                                       \
-            blk2(a, in[np], in[np + 1], m, [](double x, double y) { return F(x, y, false); });     \
-        in[np] = a;                                                                                \
-        break;                                                                                     \
-    }
+            S.bin(np, [](double x, double y) { return F(x, y, false); });                          \
+        break;
 #define BLK_FN2(OP, F)                                                                             \
-    case OP: {                                                                                     \
+    case OP:                                                                                       \
         np--;                                                                                      \
-        double* a = col(np);                                                                       \
-        blk2(a, in[np], in[np + 1], m, [](double x, double y) { return F(y, x); });                \
-        in[np] = a;                                                                                \
-        break;                                                                                     \
-    }
+        S.bin(np, [](double x, double y) { return F(y, x); });                                     \
+        break;
 #define BLK_FN3(OP, F)                                                                             \
     case OP: {                                                                                     \
         np -= 2;                                                                                   \
-        double* a = col(np);                                                                       \
-        const double *x = in[np], *y = in[np + 1], *z = in[np + 2];                                \
+        const double *x = S.rd(np), *y = S.rd(np + 1), *z = S.rd(np + 2);                          \
+        double* a = S.col(np);                                                                     \
         for (int j = 0; j < m; j++) a[j] = F(z[j], y[j], x[j]);                                    \
-        in[np] = a;                                                                                \
+        S.in[np] = a;                                                                              \
         break;                                                                                     \
     }
 #define BLK_FN4(OP, F)                                                                             \
     case OP: {                                                                                     \
         np -= 3;                                                                                   \
-        double* a = col(np);                                                                       \
-        const double *x = in[np], *y = in[np + 1], *z = in[np + 2], *t = in[np + 3];               \
+        const double *x = S.rd(np), *y = S.rd(np + 1), *z = S.rd(np + 2), *t = S.rd(np + 3);       \
+        double* a = S.col(np);                                                                     \
         for (int j = 0; j < m; j++) a[j] = F(t[j], z[j], y[j], x[j]);                              \
-        in[np] = a;                                                                                \
+        S.in[np] = a;                                                                              \
         break;                                                                                     \
     }
 #define BLK_SPEC(OP, F)
@@ -616,21 +655,16 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
 #undef BLK_FN3
 #undef BLK_FN4
 #undef BLK_SPEC
-        case OP_CONST: {
-            double x = systak[code[++w] - 1];
-            double* a = push();
-            for (int j = 0; j < m; j++) a[j] = x;
-            break;
-        }
+        case OP_CONST: konst(systak[code[++w] - 1]); break;
         case OP_VAR: {
             int v = code[++w];
             np++;
-            in[np] = varcells(col(np), v, i0, m);
+            S.in[np] = varcells(S.col(np), v, i0, m);
             break;
         }
         case OP_VARSUB: {
             int v = code[++w];
-            double* a = own(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) a[j] = subcell(o, v, a[j]);
             break;
         }
@@ -639,28 +673,17 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
             for (int j = 0; j < m; j++) a[j] = i0 + j - o->nobss1 + 1;
             break;
         }
-        case OP_OBSNN: {
-            double x = o->nobss2 - o->nobss1 + 1;
-            double* a = push();
-            for (int j = 0; j < m; j++) a[j] = x;
-            break;
-        }
-        case OP_RC: {
-            double* a = push();
-            for (int j = 0; j < m; j++) a[j] = captrc;
-            break;
-        }
+        case OP_OBSNN: konst(o->nobss2 - o->nobss1 + 1); break;
+        case OP_RC: konst(captrc); break;
         case OP_UNIFORM: urnfill(push(), m); break;
         case OP_SCALAR: {
             int id = code[++w];
-            double* a = push();
-            for (int j = 0; j < m; j++)
-                a[j] = exphooks.scalar_value ? exphooks.scalar_value(id) : misval;
+            konst(exphooks.scalar_value ? exphooks.scalar_value(id) : misval);
             break;
         }
         case OP_SUM: {
             int k = code[++w];
-            double* a = own(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) {
                 if (i0 + j == o->nobs1) o->accumulators[k] = 0;
                 o->accumulators[k] += xmis(a[j]) ? 0 : a[j];
@@ -669,7 +692,7 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
             break;
         }
         case OP_GROUP: {
-            double* a = own(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) a[j] = f_group(a[j], i0 + j, o->nobs1, o->nobs2);
             break;
         }
@@ -678,10 +701,12 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
         case OP_INLIST: {
             int n = code[++w];
             int base = np - n + 1;
+            const double* arg[EXP_TYPESTACK + 2];
+            for (int k = 0; k < n; k++) arg[k] = S.rd(base + k);
             double tmp[EXP_TYPESTACK + 2];
-            double* r = col(base);
+            double* r = S.col(base);
             for (int j = 0; j < m; j++) {
-                for (int k = 0; k < n; k++) tmp[k] = in[base + k][j];
+                for (int k = 0; k < n; k++) tmp[k] = arg[k][j];
                 const double* top = tmp + n - 1;
                 if (op == OP_MIN)
                     r[j] = f_min(top, n);
@@ -695,25 +720,26 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
                 }
             }
             np = base;
-            in[np] = r;
+            S.in[np] = r;
             break;
         }
         case OP_ROUND:
             if (code[++w] == 2) {
                 np--;
-                double* a = col(np);
-                blk2(a, in[np], in[np + 1], m, [](double x, double u) { return f_round2(u, x); });
-                in[np] = a;
+                S.bin(np, [](double x, double u) { return f_round2(u, x); });
             } else {
-                double* a = col(np);
-                blk1(a, in[np], m, [](double x) { return f_round1(x); });
-                in[np] = a;
+                S.un(np, [](double x) { return f_round1(x); });
             }
             break;
         default: break;
         }
     }
-    const double* r = in[1];
+    if (!S.in[1]) {
+        const double r = cleanres(S.cv[1]);
+        for (int j = 0; j < m; j++) out[j] = r;
+        return;
+    }
+    const double* r = S.in[1];
     for (int j = 0; j < m; j++) out[j] = cleanres(r[j]);
 }
 
