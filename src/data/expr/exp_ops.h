@@ -203,7 +203,7 @@ inline double f_dow(double x) {
 // Kinds: UN a one-argument helper, F(top); BIN an operator, F(left, right);
 // CMP a comparison, F(left, right, modern missing-value rules); FN2, FN3,
 // FN4 functions, F(first, second, ...), the first argument on top (arguments
-// are compiled from the last); SPEC an opcode each evaluator handles by hand.
+// are compiled from the last); HAND an opcode each evaluator handles by hand.
 // Vary: VNONE the counts stand; VNUMS operand more numbers are taken; VSTRS
 // operand more strings are taken; VDATE one more number when the operand is
 // odd (a top year).
@@ -224,22 +224,22 @@ inline double f_dow(double x) {
     X(OP_POW,          12, "pow",         BIN,  kvpow,            0,  2,  0,  1,  0, VNONE, 1, "left ^ right; . when either is missing") \
     X(OP_DIV,          13, "div",         BIN,  n_div,            0,  2,  0,  1,  0, VNONE, 1, "left / right; . when either is missing or right is 0") \
     X(OP_NOT,          18, "not",         UN,   n_not,            0,  1,  0,  1,  0, VNONE, 1, "1 for exactly 0, else 0") \
-    X(OP_CONST,        21, "const",       SPEC, 0,                1,  0,  0,  1,  0, VNONE, 1, "push the constant systak[operand - 1]") \
-    X(OP_SUM,          22, "sum",         SPEC, 0,                1,  1,  0,  1,  0, VNONE, 1, "running sum in accumulator operand; missing adds 0") \
-    X(OP_SCAT,         23, "scat",        SPEC, 0,                0,  0,  2,  0,  1, VNONE, 0, "join two strings, cut at the longest string") \
-    X(OP_LENGTH,       24, "length",      SPEC, 0,                0,  0,  1,  1,  0, VNONE, 0, "byte length of a string") \
-    X(OP_REAL,         25, "real",        SPEC, 0,                0,  0,  1,  1,  0, VNONE, 0, "the number a string holds, . for none") \
-    X(OP_STRPOS,       27, "strpos",      SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "1-based place of the second string in the first, 0 for none") \
-    X(OP_STRING,       28, "string",      SPEC, 0,                1,  1,  0,  0,  1, VSTRS, 0, "a number as text; operand 1 when a format string lies under it") \
-    X(OP_SCONST,       35, "sconst",      SPEC, 0,                1,  0,  0,  0,  1, VNONE, 0, "push the string at ssystak + operand") \
-    X(OP_SVARSUB,      36, "svarsub",     SPEC, 0,                1,  1,  0,  0,  1, VNONE, 0, "string variable operand at the by-group's observation on top; empty outside") \
-    X(OP_SVAR,         37, "svar",        SPEC, 0,                1,  0,  0,  0,  1, VNONE, 0, "push string variable operand at this observation") \
-    X(OP_SEQ,          38, "seq",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "1 when two strings are equal (byte order)") \
-    X(OP_SGE,          39, "sge",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >=") \
-    X(OP_SLE,          40, "sle",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <=") \
-    X(OP_SLT,          41, "slt",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <") \
-    X(OP_SGT,          42, "sgt",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >") \
-    X(OP_SNE,          43, "sne",         SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "string !=") \
+    X(OP_CONST,        21, "const",       HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push the constant systak[operand - 1]") \
+    X(OP_SUM,          22, "sum",         HAND, 0,                1,  1,  0,  1,  0, VNONE, 1, "running sum in accumulator operand; missing adds 0") \
+    X(OP_SCAT,         23, "scat",        HAND, 0,                0,  0,  2,  0,  1, VNONE, 0, "join two strings, cut at the longest a string may be") \
+    X(OP_LENGTH,       24, "length",      HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "byte length of a string") \
+    X(OP_REAL,         25, "real",        HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "the number a string holds, . for none") \
+    X(OP_STRPOS,       27, "strpos",      HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "1-based place of the second string in the first, 0 for none") \
+    X(OP_STRING,       28, "string",      HAND, 0,                1,  1,  0,  0,  1, VSTRS, 0, "a number as text; operand 1 when a format string lies under it") \
+    X(OP_SCONST,       35, "sconst",      HAND, 0,                1,  0,  0,  0,  1, VNONE, 0, "push the string at ssystak + operand") \
+    X(OP_SVARSUB,      36, "svarsub",     HAND, 0,                1,  1,  0,  0,  1, VNONE, 0, "string variable operand at the by-group's observation on top; empty outside") \
+    X(OP_SVAR,         37, "svar",        HAND, 0,                1,  0,  0,  0,  1, VNONE, 0, "push string variable operand at this observation") \
+    X(OP_SEQ,          38, "seq",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "1 when two strings are equal (byte order)") \
+    X(OP_SGE,          39, "sge",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >=") \
+    X(OP_SLE,          40, "sle",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <=") \
+    X(OP_SLT,          41, "slt",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <") \
+    X(OP_SGT,          42, "sgt",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >") \
+    X(OP_SNE,          43, "sne",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string !=") \
     X(OP_NEG,          54, "neg",         UN,   n_neg,            0,  1,  0,  1,  0, VNONE, 1, "negative; a missing value stays as it is") \
     X(OP_ABS,          55, "abs",         UN,   f_abs,            0,  1,  0,  1,  0, VNONE, 1, "abs()") \
     X(OP_LOG,          56, "log",         UN,   f_log,            0,  1,  0,  1,  0, VNONE, 1, "log()") \
@@ -259,27 +259,27 @@ inline double f_dow(double x) {
     X(OP_CEIL,         70, "ceil",        UN,   f_ceil,           0,  1,  0,  1,  0, VNONE, 1, "ceil()") \
     X(OP_LNGAMMA,      71, "lngamma",     UN,   f_lngamma,        0,  1,  0,  1,  0, VNONE, 1, "lngamma()") \
     X(OP_TANH,         72, "tanh",        UN,   f_tanh,           0,  1,  0,  1,  0, VNONE, 1, "tanh()") \
-    X(OP_GROUP,        73, "group",       SPEC, 0,                0,  1,  0,  1,  0, VNONE, 1, "group(): the group of this observation within the range") \
-    X(OP_VAR,          74, "var",         SPEC, 0,                1,  0,  0,  1,  0, VNONE, 1, "push variable operand at this observation") \
-    X(OP_VARSUB,       75, "varsub",      SPEC, 0,                1,  1,  0,  1,  0, VNONE, 1, "variable operand at the by-group's observation on top; . outside") \
-    X(OP_OBSN,         76, "obsn",        SPEC, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _n") \
-    X(OP_OBSNN,        77, "obsnn",       SPEC, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _N") \
+    X(OP_GROUP,        73, "group",       HAND, 0,                0,  1,  0,  1,  0, VNONE, 1, "group(): the group of this observation within the range") \
+    X(OP_VAR,          74, "var",         HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push variable operand at this observation") \
+    X(OP_VARSUB,       75, "varsub",      HAND, 0,                1,  1,  0,  1,  0, VNONE, 1, "variable operand at the by-group's observation on top; . outside") \
+    X(OP_OBSN,         76, "obsn",        HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _n") \
+    X(OP_OBSNN,        77, "obsnn",       HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _N") \
     X(OP_AUTOCODE,     86, "autocode",    FN4,  f_autocode,       0,  4,  0,  1,  0, VNONE, 1, "autocode(x, n, lo, hi)") \
-    X(OP_MIN,          87, "min",         SPEC, 0,                1,  0,  0,  1,  0, VNUMS, 1, "smallest non-missing of operand numbers, . for none") \
-    X(OP_MAX,          88, "max",         SPEC, 0,                1,  0,  0,  1,  0, VNUMS, 1, "largest non-missing of operand numbers, . for none") \
-    X(OP_ROUND,        89, "round",       SPEC, 0,                1,  0,  0,  1,  0, VNUMS, 1, "round() of operand (1 or 2) numbers") \
+    X(OP_MIN,          87, "min",         HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "smallest non-missing of operand numbers, . for none") \
+    X(OP_MAX,          88, "max",         HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "largest non-missing of operand numbers, . for none") \
+    X(OP_ROUND,        89, "round",       HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "round() of operand (1 or 2) numbers") \
     X(OP_MOD,          90, "mod",         FN2,  f_mod,            0,  2,  0,  1,  0, VNONE, 1, "mod(x, y)") \
-    X(OP_RCP,         109, "rcp",         SPEC, 0,                1,  0,  0,  1,  0, VNONE, 0, "push recipe variable operand at this observation") \
-    X(OP_SCOND,       111, "scond",       SPEC, 0,                0,  1,  2,  0,  1, VNONE, 0, "cond() of two strings") \
-    X(OP_MNEG,        116, "mneg",        SPEC, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix negative (. here)") \
-    X(OP_MADD,        118, "madd",        SPEC, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix sum (. here)") \
-    X(OP_MWRAP,       119, "mwrap",       SPEC, 0,                0,  1,  0,  1,  0, VNONE, 0, "a scalar as a 1 x 1 matrix") \
-    X(OP_MMUL,        120, "mmul",        SPEC, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix product (. here)") \
-    X(OP_MTRANS,      123, "mtrans",      SPEC, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix transpose") \
-    X(OP_MROW,        124, "mrow",        SPEC, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices side by side (. here)") \
-    X(OP_MCOL,        125, "mcol",        SPEC, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices one above the other (. here)") \
-    X(OP_MKRON,       126, "mkron",       SPEC, 0,                0,  2,  0,  1,  0, VNONE, 0, "Kronecker product (. here)") \
-    X(OP_MBIN,        134, "mbin",        SPEC, 0,                1,  2,  0,  1,  0, VNONE, 0, "numeric operator operand on matrices (. here)") \
+    X(OP_RCP,         109, "rcp",         HAND, 0,                1,  0,  0,  1,  0, VNONE, 0, "push recipe variable operand at this observation") \
+    X(OP_SCOND,       111, "scond",       HAND, 0,                0,  1,  2,  0,  1, VNONE, 0, "cond() of two strings") \
+    X(OP_MNEG,        116, "mneg",        HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix negative (. here)") \
+    X(OP_MADD,        118, "madd",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix sum (. here)") \
+    X(OP_MWRAP,       119, "mwrap",       HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "a scalar as a 1 x 1 matrix") \
+    X(OP_MMUL,        120, "mmul",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix product (. here)") \
+    X(OP_MTRANS,      123, "mtrans",      HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix transpose") \
+    X(OP_MROW,        124, "mrow",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices side by side (. here)") \
+    X(OP_MCOL,        125, "mcol",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices one above the other (. here)") \
+    X(OP_MKRON,       126, "mkron",       HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "Kronecker product (. here)") \
+    X(OP_MBIN,        134, "mbin",        HAND, 0,                1,  2,  0,  1,  0, VNONE, 0, "numeric operator operand on matrices (. here)") \
     X(OP_ATANH,       140, "atanh",       UN,   f_atanh,          0,  1,  0,  1,  0, VNONE, 1, "atanh()") \
     X(OP_LOGIT,       141, "logit",       UN,   f_logit,          0,  1,  0,  1,  0, VNONE, 1, "logit()") \
     X(OP_INVLOGIT,    142, "invlogit",    UN,   f_invlogit,       0,  1,  0,  1,  0, VNONE, 1, "invlogit()") \
@@ -318,42 +318,42 @@ inline double f_dow(double x) {
     X(OP_CLIP,        181, "clip",        FN3,  f_clip,           0,  3,  0,  1,  0, VNONE, 1, "clip(x, a, b)") \
     X(OP_COND,        182, "cond",        FN3,  f_cond,           0,  3,  0,  1,  0, VNONE, 1, "cond(c, a, b)") \
     X(OP_COND4,       183, "cond4",       FN4,  f_cond4,          0,  4,  0,  1,  0, VNONE, 1, "cond(c, a, b, m)") \
-    X(OP_BY,          184, "by",          SPEC, 0,                1,  0,  0,  1,  0, VNONE, 0, "_by() and its family; operand says which") \
-    X(OP_INLIST,      185, "inlist",      SPEC, 0,                1,  0,  0,  1,  0, VNUMS, 1, "1 when the first of operand numbers equals another") \
+    X(OP_BY,          184, "by",          HAND, 0,                1,  0,  0,  1,  0, VNONE, 0, "_by() and its family; operand says which") \
+    X(OP_INLIST,      185, "inlist",      HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "1 when the first of operand numbers equals another") \
     X(OP_INRANGE,     186, "inrange",     FN3,  f_inrange,        0,  3,  0,  1,  0, VNONE, 1, "inrange(x, a, b)") \
     X(OP_TWITHIN,     187, "twithin",     FN3,  f_twithin,        0,  3,  0,  1,  0, VNONE, 1, "twithin(x, a, b)") \
     X(OP_ISMISS,      188, "ismiss",      UN,   f_ismiss,         0,  1,  0,  1,  0, VNONE, 1, "1 for a missing value") \
-    X(OP_LOWER,       190, "lower",       SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "lower()") \
-    X(OP_UPPER,       191, "upper",       SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "upper()") \
-    X(OP_PROPER,      192, "proper",      SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "proper()") \
-    X(OP_ITRIM,       193, "itrim",       SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "itrim()") \
-    X(OP_LTRIM,       194, "ltrim",       SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "ltrim()") \
-    X(OP_RTRIM,       195, "rtrim",       SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "rtrim()") \
-    X(OP_TRIM,        196, "trim",        SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "trim()") \
-    X(OP_REVERSE,     197, "reverse",     SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "reverse()") \
-    X(OP_MATCH,       198, "match",       SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "match(s, pattern)") \
-    X(OP_REGEXM,      199, "regexm",      SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "regexm(s, re)") \
-    X(OP_REGEXR,      200, "regexr",      SPEC, 0,                0,  0,  3,  0,  1, VNONE, 0, "regexr(s, re, by)") \
-    X(OP_REGEXS,      201, "regexs",      SPEC, 0,                0,  1,  0,  0,  1, VNONE, 0, "regexs(n)") \
-    X(OP_CHAR,        202, "char",        SPEC, 0,                0,  1,  0,  0,  1, VNONE, 0, "char(n)") \
-    X(OP_WORDCOUNT,   203, "wordcount",   SPEC, 0,                0,  0,  1,  1,  0, VNONE, 0, "wordcount()") \
-    X(OP_INDEXNOT,    204, "indexnot",    SPEC, 0,                0,  0,  2,  1,  0, VNONE, 0, "indexnot(s, chars)") \
-    X(OP_STRSUBDP,    205, "strsubdp",    SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "strsubdp()") \
-    X(OP_SUBSTR,      208, "substr",      SPEC, 0,                0,  2,  1,  0,  1, VNONE, 0, "substr(s, n1, n2)") \
-    X(OP_SUBINSTR,    209, "subinstr",    SPEC, 0,                1,  1,  3,  0,  1, VNONE, 0, "subinstr(); operand 1 for subinword()") \
-    X(OP_WORD,        211, "word",        SPEC, 0,                0,  1,  1,  0,  1, VNONE, 0, "word(s, n)") \
-    X(OP_ABBREV,      212, "abbrev",      SPEC, 0,                0,  1,  1,  0,  1, VNONE, 0, "abbrev(s, n)") \
-    X(OP_SDATE,       213, "sdate",       SPEC, 0,                1,  0,  2,  1,  0, VDATE, 0, "date(s, mask); operand kind * 2, + 1 with a top year under them") \
-    X(OP_SINLIST,     215, "sinlist",     SPEC, 0,                1,  0,  0,  1,  0, VSTRS, 0, "1 when the first of operand strings equals another") \
-    X(OP_SISEMPTY,    216, "sisempty",    SPEC, 0,                0,  0,  1,  1,  0, VNONE, 0, "1 for the empty string") \
-    X(OP_PLURAL,      218, "plural",      SPEC, 0,                1,  1,  1,  0,  1, VSTRS, 0, "plural(n, s); operand 1 when the plural form is given") \
-    X(OP_SCALAR,      220, "scalar",      SPEC, 0,                1,  0,  0,  1,  0, VNONE, 1, "push scalar operand") \
-    X(OP_RC,          221, "rc",          SPEC, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _rc") \
-    X(OP_SCOND4,      222, "scond4",      SPEC, 0,                0,  1,  3,  0,  1, VNONE, 0, "cond() of three strings, the last for a missing condition") \
-    X(OP_UNIFORM,     223, "uniform",     SPEC, 0,                0,  0,  0,  1,  0, VNONE, 1, "push the main generator's next draw") \
-    X(OP_UNIFORM0,    224, "uniform0",    SPEC, 0,                0,  0,  0,  1,  0, VNONE, 0, "push the old generator's next draw") \
-    X(OP_CLS,         225, "cls",         SPEC, 0,                0,  0,  1,  1,  0, VNONE, 0, "a class value by its name, as a number") \
-    X(OP_SCLS,        226, "scls",        SPEC, 0,                0,  0,  1,  0,  1, VNONE, 0, "a class value by its name, as a string") \
+    X(OP_LOWER,       190, "lower",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "lower()") \
+    X(OP_UPPER,       191, "upper",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "upper()") \
+    X(OP_PROPER,      192, "proper",      HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "proper()") \
+    X(OP_ITRIM,       193, "itrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "itrim()") \
+    X(OP_LTRIM,       194, "ltrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "ltrim()") \
+    X(OP_RTRIM,       195, "rtrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "rtrim()") \
+    X(OP_TRIM,        196, "trim",        HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "trim()") \
+    X(OP_REVERSE,     197, "reverse",     HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "reverse()") \
+    X(OP_MATCH,       198, "match",       HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "match(s, pattern)") \
+    X(OP_REGEXM,      199, "regexm",      HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "regexm(s, re)") \
+    X(OP_REGEXR,      200, "regexr",      HAND, 0,                0,  0,  3,  0,  1, VNONE, 0, "regexr(s, re, by)") \
+    X(OP_REGEXS,      201, "regexs",      HAND, 0,                0,  1,  0,  0,  1, VNONE, 0, "regexs(n)") \
+    X(OP_CHAR,        202, "char",        HAND, 0,                0,  1,  0,  0,  1, VNONE, 0, "char(n)") \
+    X(OP_WORDCOUNT,   203, "wordcount",   HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "wordcount()") \
+    X(OP_INDEXNOT,    204, "indexnot",    HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "indexnot(s, chars)") \
+    X(OP_STRSUBDP,    205, "strsubdp",    HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "strsubdp()") \
+    X(OP_SUBSTR,      208, "substr",      HAND, 0,                0,  2,  1,  0,  1, VNONE, 0, "substr(s, n1, n2)") \
+    X(OP_SUBINSTR,    209, "subinstr",    HAND, 0,                1,  1,  3,  0,  1, VNONE, 0, "subinstr(); operand 1 for subinword()") \
+    X(OP_WORD,        211, "word",        HAND, 0,                0,  1,  1,  0,  1, VNONE, 0, "word(s, n)") \
+    X(OP_ABBREV,      212, "abbrev",      HAND, 0,                0,  1,  1,  0,  1, VNONE, 0, "abbrev(s, n)") \
+    X(OP_SDATE,       213, "sdate",       HAND, 0,                1,  0,  2,  1,  0, VDATE, 0, "date(s, mask); operand kind * 2, + 1 with a top year under them") \
+    X(OP_SINLIST,     215, "sinlist",     HAND, 0,                1,  0,  0,  1,  0, VSTRS, 0, "1 when the first of operand strings equals another") \
+    X(OP_SISEMPTY,    216, "sisempty",    HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "1 for the empty string") \
+    X(OP_PLURAL,      218, "plural",      HAND, 0,                1,  1,  1,  0,  1, VSTRS, 0, "plural(n, s); operand 1 when the plural form is given") \
+    X(OP_SCALAR,      220, "scalar",      HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push scalar operand") \
+    X(OP_RC,          221, "rc",          HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _rc") \
+    X(OP_SCOND4,      222, "scond4",      HAND, 0,                0,  1,  3,  0,  1, VNONE, 0, "cond() of three strings, the last for a missing condition") \
+    X(OP_UNIFORM,     223, "uniform",     HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push the main generator's next draw") \
+    X(OP_UNIFORM0,    224, "uniform0",    HAND, 0,                0,  0,  0,  1,  0, VNONE, 0, "push the old generator's next draw") \
+    X(OP_CLS,         225, "cls",         HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "a class value by its name, as a number") \
+    X(OP_SCLS,        226, "scls",        HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "a class value by its name, as a string") \
     X(OP_NORMAL,      227, "normal",      UN,   stnormal,         0,  1,  0,  1,  0, VNONE, 1, "normal()") \
     X(OP_LNNORMAL,    228, "lnnormal",    UN,   stlnnormal,       0,  1,  0,  1,  0, VNONE, 1, "lnnormal()") \
     X(OP_INVNORMAL,   229, "invnormal",   UN,   inormal,          0,  1,  0,  1,  0, VNONE, 1, "invnormal()") \
@@ -391,7 +391,7 @@ enum : int16_t {
 #undef KV_OP_ENUM
 };
 
-enum OpKind : uint8_t { UN, BIN, CMP, FN2, FN3, FN4, SPEC };
+enum OpKind : uint8_t { UN, BIN, CMP, FN2, FN3, FN4, HAND };
 enum OpVary : uint8_t { VNONE, VNUMS, VSTRS, VDATE };
 
 struct OpInfo {

@@ -111,7 +111,7 @@ void run(ExpObj* o, int i, double* num, char* str) {
         np -= 3;                                                                                   \
         ns[np] = F(ns[np + 3], ns[np + 2], ns[np + 1], ns[np]);                                    \
         break;
-#define XEQ_SPEC(OP, F)
+#define XEQ_HAND(OP, F)
 #define XEQ_ROW(op, word, name, kind, F, ...) XEQ_##kind(op, F)
             KV_OPCODE_TABLE(XEQ_ROW)
 #undef XEQ_ROW
@@ -121,7 +121,7 @@ void run(ExpObj* o, int i, double* num, char* str) {
 #undef XEQ_FN2
 #undef XEQ_FN3
 #undef XEQ_FN4
-#undef XEQ_SPEC
+#undef XEQ_HAND
         case OP_CONST: ns[++np] = systak[code[++w] - 1]; break;
         case OP_VAR: ns[++np] = cell(code[++w], i); break;
         case OP_VARSUB: ns[np] = subcell(o, code[++w], ns[np]); break;
@@ -644,7 +644,7 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
         S.in[np] = a;                                                                              \
         break;                                                                                     \
     }
-#define BLK_SPEC(OP, F)
+#define BLK_HAND(OP, F)
 #define BLK_ROW(op, word, name, kind, F, ...) BLK_##kind(op, F)
             KV_OPCODE_TABLE(BLK_ROW)
 #undef BLK_ROW
@@ -654,7 +654,7 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
 #undef BLK_FN2
 #undef BLK_FN3
 #undef BLK_FN4
-#undef BLK_SPEC
+#undef BLK_HAND
         case OP_CONST: konst(systak[code[++w] - 1]); break;
         case OP_VAR: {
             int v = code[++w];
