@@ -43,17 +43,10 @@ static void record_pref(const char* key, const char* value, const char* cmd) {
 static int must_be_empty() {
     if (nobs || nvar) return dataarea_error(4);
     int lumo = dahooks.lumo_state ? dahooks.lumo_state() : 0;
-    if (lumo) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        if (lumo == 1) {
-            spout21("no; Lumo is running\n");
-        } else {
-            spout21("no; Lumo has not been cleared\n");
-            spout21("(type -lumo: lumo clear- to clear Lumo)\n");
-        }
-        return 4;
-    }
+    if (lumo == 1) return errtext(4, "no; Lumo is running\n");
+    if (lumo)
+        return errtext(4, "no; Lumo has not been cleared\n"
+                          "(type -lumo: lumo clear- to clear Lumo)\n");
     return 0;
 }
 
@@ -99,12 +92,8 @@ int set_maxvar() {
     bool perm;
     if (int rc = perm_option(&perm)) return rc;
     if (int rc = must_be_empty()) return rc;
-    if (n < MIN_MAXVAR || n > MAX_MAXVAR) {
-        c_outlev = 3;
-        spoutsetptagweak();
-        spoutf("# must be between %d and %d\n", MIN_MAXVAR, MAX_MAXVAR);
-        return 198;
-    }
+    if (n < MIN_MAXVAR || n > MAX_MAXVAR)
+        return errorf(198, "# must be between %d and %d\n", MIN_MAXVAR, MAX_MAXVAR);
     if (news_realloc_fixed(n)) return msg_rc(909);
     c_outlev = 0;
     memory_table();

@@ -1091,30 +1091,4 @@ double dtranslate(int kind, const char* start, const char* end) {
     return stdate(t.c_str(), order);
 }
 
-int exp_operands(int op) {
-    switch (op) {
-    case OP_CONST:
-    case OP_SUM:
-    case OP_STRING:
-    case OP_SCONST:
-    case OP_SVARSUB:
-    case OP_SVAR:
-    case OP_VAR:
-    case OP_VARSUB:
-    case OP_MIN:
-    case OP_MAX:
-    case OP_ROUND:
-    case OP_RCP:
-    case OP_MBIN:
-    case OP_BY:
-    case OP_INLIST:
-    case OP_SUBINSTR:
-    case OP_SDATE:
-    case OP_SINLIST:
-    case OP_PLURAL:
-    case OP_SCALAR: return 1;
-    default: return 0;
-    }
-}
-
 } // namespace korvu

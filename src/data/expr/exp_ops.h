@@ -1,7 +1,11 @@
-// Opcodes of compiled expressions and the numeric operations behind them.
-// The observation-at-a-time evaluator and the block evaluator both call the
-// inline functions here, so the two give the same bits.
+// Opcodes of compiled expressions: one table with a row per opcode, and the
+// numeric operations behind them. The observation-at-a-time evaluator and the
+// block evaluator both call the inline functions here, so the two give the
+// same bits; the enum, the operand counts, the stack effects and the choice
+// of what runs by blocks all come from the table.
 #pragma once
+#include <array>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 
@@ -12,207 +16,38 @@
 
 namespace korvu {
 
-enum : int16_t {
-    OP_OR = 1,
-    OP_AND = 2,
-    OP_EQ = 3,
-    OP_NE = 4,
-    OP_GE = 5,
-    OP_LE = 6,
-    OP_LT = 7,
-    OP_GT = 8,
-    OP_ADD = 9,
-    OP_SUB = 10,
-    OP_MUL = 11,
-    OP_POW = 12,
-    OP_DIV = 13,
-    OP_NOT = 18,
-    OP_CONST = 21, // + systak index + 1
-    OP_SUM = 22,   // + accumulator
-    OP_SCAT = 23,
-    OP_LENGTH = 24,
-    OP_REAL = 25,
-    OP_STRPOS = 27,
-    OP_STRING = 28, // + 1 when a format argument is on the stack
-    OP_SCONST = 35, // + ssystak offset
-    OP_SVARSUB = 36,
-    OP_SVAR = 37,
-    OP_SEQ = 38,
-    OP_SGE = 39,
-    OP_SLE = 40,
-    OP_SLT = 41,
-    OP_SGT = 42,
-    OP_SNE = 43,
-    OP_NEG = 54,
-    OP_ABS = 55,
-    OP_LOG = 56,
-    OP_EXP = 57,
-    OP_SQRT = 58,
-    OP_TRUNC = 59,
-    OP_FLOAT = 60,
-    OP_ATAN = 61,
-    OP_SIN = 62,
-    OP_COS = 63,
-    OP_SIGN = 64,
-    OP_LOG10 = 65,
-    OP_TAN = 66,
-    OP_ASIN = 67,
-    OP_ACOS = 68,
-    OP_FLOOR = 69,
-    OP_CEIL = 70,
-    OP_LNGAMMA = 71,
-    OP_TANH = 72,
-    OP_GROUP = 73,
-    OP_VAR = 74,
-    OP_VARSUB = 75,
-    OP_OBSN = 76,
-    OP_OBSNN = 77,
-    OP_AUTOCODE = 86,
-    OP_MIN = 87,   // + count
-    OP_MAX = 88,   // + count
-    OP_ROUND = 89, // + 1 or 2 arguments
-    OP_MOD = 90,
-    OP_RCP = 109, // + recipe id
-    OP_SCOND = 111,
-    OP_MNEG = 116,
-    OP_MADD = 118,
-    OP_MWRAP = 119,
-    OP_MMUL = 120,
-    OP_MTRANS = 123,
-    OP_MROW = 124,
-    OP_MCOL = 125,
-    OP_MKRON = 126,
-    OP_MBIN = 134, // + numeric opcode: a binary operator on matrices
-    OP_ATANH = 140,
-    OP_LOGIT = 141,
-    OP_INVLOGIT = 142,
-    OP_CLOGLOG = 143,
-    OP_INVCLOGLOG = 144,
-    OP_LNFACT = 145,
-    OP_DIGAMMA = 146,
-    OP_TRIGAMMA = 147,
-    OP_DOW = 150,
-    OP_DAY = 151,
-    OP_MONTH = 152,
-    OP_YEAR = 153,
-    OP_DOY = 154,
-    OP_WEEK = 155,
-    OP_QUARTER = 156,
-    OP_HALFYEAR = 157,
-    OP_DOFD = 158,
-    OP_DOFW = 159,
-    OP_DOFM = 160,
-    OP_DOFQ = 161,
-    OP_DOFH = 162,
-    OP_DOFY = 163,
-    OP_WOFD = 164,
-    OP_MOFD = 165,
-    OP_QOFD = 166,
-    OP_HOFD = 167,
-    OP_ATAN2 = 170,
-    OP_RELDIF = 171,
-    OP_CHOP = 172,
-    OP_YW = 173,
-    OP_YM = 174,
-    OP_YQ = 175,
-    OP_YH = 176,
-    OP_COMB = 177,
-    OP_MDY = 180,
-    OP_CLIP = 181,
-    OP_COND = 182,
-    OP_COND4 = 183,
-    OP_BY = 184,     // + which
-    OP_INLIST = 185, // + count of arguments
-    OP_INRANGE = 186,
-    OP_TWITHIN = 187,
-    OP_ISMISS = 188,
-    OP_LOWER = 190,
-    OP_UPPER = 191,
-    OP_PROPER = 192,
-    OP_ITRIM = 193,
-    OP_LTRIM = 194,
-    OP_RTRIM = 195,
-    OP_TRIM = 196,
-    OP_REVERSE = 197,
-    OP_MATCH = 198,
-    OP_REGEXM = 199,
-    OP_REGEXR = 200,
-    OP_REGEXS = 201,
-    OP_CHAR = 202,
-    OP_WORDCOUNT = 203,
-    OP_INDEXNOT = 204,
-    OP_STRSUBDP = 205,
-    OP_SUBSTR = 208,
-    OP_SUBINSTR = 209, // + 1 for subinword
-    OP_WORD = 211,
-    OP_ABBREV = 212,
-    OP_SDATE = 213,   // + kind * 2 + (1 when a top year is on the stack)
-    OP_SINLIST = 215, // + count of arguments
-    OP_SISEMPTY = 216,
-    OP_PLURAL = 218, // + 1 when the plural form is given
-    OP_SCALAR = 220, // + scalar id
-    OP_RC = 221,
-    OP_SCOND4 = 222,
-    OP_UNIFORM = 223,  // the main generator's next draw
-    OP_UNIFORM0 = 224, // the old generator's next draw
-    OP_CLS = 225,      // a class value by its name, as a number
-    OP_SCLS = 226,     // the same as a string
-    // distribution functions
-    OP_NORMAL = 227,
-    OP_LNNORMAL = 228,
-    OP_INVNORMAL = 229,
-    OP_TPROB = 230,
-    OP_FTAIL = 231,
-    OP_FCUMM = 232,
-    OP_INVFTAIL = 233,
-    OP_INVFCUMM = 234,
-    OP_CHI2 = 235,
-    OP_CHI2TAIL = 236,
-    OP_INVCHI2 = 237,
-    OP_INVCHI2TAIL = 238,
-    OP_BINOMIAL = 239,
-    OP_INVBINOMIAL = 240,
-    OP_GAMMAP = 241,
-    OP_DGAMMAPDA = 242,
-    OP_DGAMMAPDX = 243,
-    OP_DGAMMAPDADA = 244,
-    OP_DGAMMAPDADX = 245,
-    OP_DGAMMAPDXDX = 246,
-    OP_INVGAMMAP = 247,
-    OP_IBETA = 248,
-    OP_INVIBETA = 249,
-    OP_TTAIL = 250,
-    OP_INVTTAIL = 251,
-    OP_TDEN = 252,
-    OP_FDEN = 253,
-    OP_BETADEN = 254,
-    OP_GAMMADEN = 255,
-};
-
 // Numeric helpers; `.` is misval and anything at or above it is missing.
+// They are written without short-circuit tests so that a loop over a block
+// of observations compiles to vector instructions; the results are the same.
 inline bool xmis(double x) {
     return x >= misval;
 }
+// The arithmetic is done before the test (the result is then dropped for a
+// missing operand), so that the compiler need not guard it by a branch.
 inline double n_add(double a, double b) {
-    return xmis(a) || xmis(b) ? misval : a + b;
+    double r = a + b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_sub(double a, double b) {
-    return xmis(a) || xmis(b) ? misval : a - b;
+    double r = a - b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_mul(double a, double b) {
-    return xmis(a) || xmis(b) ? misval : a * b;
+    double r = a * b;
+    return (xmis(a) | xmis(b)) ? misval : r;
 }
 inline double n_div(double a, double b) {
-    return xmis(a) || xmis(b) || b == 0 ? misval : a / b;
+    double r = a / b;
+    return (xmis(a) | xmis(b) | (b == 0)) ? misval : r;
 }
 inline double kvpow(double a, double b) {
     return xmis(a) || xmis(b) ? misval : std::pow(a, b);
 }
 inline double n_and(double a, double b) {
-    return a != 0 && b != 0 ? 1.0 : 0.0;
+    return ((a != 0) & (b != 0)) ? 1.0 : 0.0;
 }
 inline double n_or(double a, double b) {
-    return a != 0 || b != 0 ? 1.0 : 0.0;
+    return ((a != 0) | (b != 0)) ? 1.0 : 0.0;
 }
 inline double n_not(double a) {
     return a == 0 ? 1.0 : 0.0;
@@ -220,35 +55,44 @@ inline double n_not(double a) {
 inline double n_neg(double a) {
     return xmis(a) ? a : -a;
 }
+// Infinities and not-a-numbers (exponent field all ones) are exactly the
+// values whose magnitude is not at most the largest finite double.
+inline bool notfinite(double x) {
+    return !(std::fabs(x) <= DBL_MAX);
+}
 // Comparison operand: infinities and not-a-numbers become `.`; under the old
-// rules every missing value is `.`.
+// rules (modern false) every missing value is `.`.
+inline double cmpv(double x, bool modern) {
+    double y = notfinite(x) ? misval : x;
+    return (!modern & (y >= misval)) ? misval : y;
+}
 inline double cmpval(double x) {
-    uint64_t b = dbits(x);
-    if ((b & 0x7FF0000000000000ULL) == 0x7FF0000000000000ULL) return misval;
-    if (!mvmodern && x >= misval) return misval;
-    return x;
+    return cmpv(x, mvmodern);
+}
+inline double c_eq(double a, double b, bool m) {
+    return cmpv(a, m) == cmpv(b, m) ? 1.0 : 0.0;
+}
+inline double c_ne(double a, double b, bool m) {
+    return cmpv(a, m) != cmpv(b, m) ? 1.0 : 0.0;
+}
+inline double c_ge(double a, double b, bool m) {
+    return cmpv(a, m) >= cmpv(b, m) ? 1.0 : 0.0;
+}
+inline double c_le(double a, double b, bool m) {
+    return cmpv(a, m) <= cmpv(b, m) ? 1.0 : 0.0;
+}
+inline double c_lt(double a, double b, bool m) {
+    return cmpv(a, m) < cmpv(b, m) ? 1.0 : 0.0;
+}
+inline double c_gt(double a, double b, bool m) {
+    return cmpv(a, m) > cmpv(b, m) ? 1.0 : 0.0;
 }
 inline double n_eq(double a, double b) {
-    return cmpval(a) == cmpval(b) ? 1.0 : 0.0;
-}
-inline double n_ne(double a, double b) {
-    return cmpval(a) != cmpval(b) ? 1.0 : 0.0;
-}
-inline double n_ge(double a, double b) {
-    return cmpval(a) >= cmpval(b) ? 1.0 : 0.0;
-}
-inline double n_le(double a, double b) {
-    return cmpval(a) <= cmpval(b) ? 1.0 : 0.0;
-}
-inline double n_lt(double a, double b) {
-    return cmpval(a) < cmpval(b) ? 1.0 : 0.0;
-}
-inline double n_gt(double a, double b) {
-    return cmpval(a) > cmpval(b) ? 1.0 : 0.0;
+    return c_eq(a, b, mvmodern);
 }
 // The result as it may reach data: infinities and not-a-numbers are `.`.
 inline double cleanres(double x) {
-    return (dbits(x) & 0x7FF0000000000000ULL) == 0x7FF0000000000000ULL ? misval : x;
+    return notfinite(x) ? misval : x;
 }
 
 #define KV_MATH1(name, expr)                                                                       \
@@ -351,127 +195,263 @@ inline double f_dow(double x) {
     return datefn::dow(x);
 }
 
-// Unary numeric functions: opcode and helper.
-#define KV_UNARY_OPS(X)                                                                            \
-    X(OP_ABS, f_abs)                                                                               \
-    X(OP_LOG, f_log)                                                                               \
-    X(OP_EXP, f_exp)                                                                               \
-    X(OP_SQRT, f_sqrt)                                                                             \
-    X(OP_TRUNC, f_trunc)                                                                           \
-    X(OP_FLOAT, f_float)                                                                           \
-    X(OP_ATAN, f_atan)                                                                             \
-    X(OP_SIN, f_sin)                                                                               \
-    X(OP_COS, f_cos)                                                                               \
-    X(OP_SIGN, f_sign)                                                                             \
-    X(OP_LOG10, f_log10)                                                                           \
-    X(OP_TAN, f_tan)                                                                               \
-    X(OP_ASIN, f_asin)                                                                             \
-    X(OP_ACOS, f_acos)                                                                             \
-    X(OP_FLOOR, f_floor)                                                                           \
-    X(OP_CEIL, f_ceil)                                                                             \
-    X(OP_LNGAMMA, f_lngamma)                                                                       \
-    X(OP_TANH, f_tanh)                                                                             \
-    X(OP_ATANH, f_atanh)                                                                           \
-    X(OP_LOGIT, f_logit)                                                                           \
-    X(OP_INVLOGIT, f_invlogit)                                                                     \
-    X(OP_CLOGLOG, f_cloglog)                                                                       \
-    X(OP_INVCLOGLOG, f_invcloglog)                                                                 \
-    X(OP_LNFACT, f_lnfact)                                                                         \
-    X(OP_DIGAMMA, digamma)                                                                         \
-    X(OP_TRIGAMMA, trigamma)                                                                       \
-    X(OP_NORMAL, stnormal)                                                                         \
-    X(OP_LNNORMAL, stlnnormal)                                                                     \
-    X(OP_INVNORMAL, inormal)                                                                       \
-    X(OP_NOT, n_not)                                                                               \
-    X(OP_NEG, n_neg)                                                                               \
-    X(OP_ISMISS, f_ismiss)                                                                         \
-    X(OP_DOW, datefn::dow)                                                                         \
-    X(OP_DAY, datefn::day)                                                                         \
-    X(OP_MONTH, datefn::month)                                                                     \
-    X(OP_YEAR, datefn::year)                                                                       \
-    X(OP_DOY, datefn::doy)                                                                         \
-    X(OP_WEEK, datefn::week)                                                                       \
-    X(OP_QUARTER, datefn::quarter)                                                                 \
-    X(OP_HALFYEAR, datefn::halfyear)                                                               \
-    X(OP_DOFD, datefn::dofd)                                                                       \
-    X(OP_DOFW, datefn::dofw)                                                                       \
-    X(OP_DOFM, datefn::dofm)                                                                       \
-    X(OP_DOFQ, datefn::dofq)                                                                       \
-    X(OP_DOFH, datefn::dofh)                                                                       \
-    X(OP_DOFY, datefn::dofy)                                                                       \
-    X(OP_WOFD, datefn::wofd)                                                                       \
-    X(OP_MOFD, datefn::mofd)                                                                       \
-    X(OP_QOFD, datefn::qofd)                                                                       \
-    X(OP_HOFD, datefn::hofd)
+// The instruction table. Each row: the opcode's enumerator and word, a short
+// name, its kind, the helper behind it, the words of operand that follow it,
+// what it takes from and leaves on the number stack and the string stack, how
+// its operand changes that, whether it runs by blocks, and what it does.
+//
+// Kinds: UN a one-argument helper, F(top); BIN an operator, F(left, right);
+// CMP a comparison, F(left, right, modern missing-value rules); FN2, FN3,
+// FN4 functions, F(first, second, ...), the first argument on top (arguments
+// are compiled from the last); HAND an opcode each evaluator handles by hand.
+// Vary: VNONE the counts stand; VNUMS operand more numbers are taken; VSTRS
+// operand more strings are taken; VDATE one more number when the operand is
+// odd (a top year).
+// clang-format off
+#define KV_OPCODE_TABLE(X) \
+    /* opcode        word  name          kind  helper           opd npop spop npsh spsh vary   blk  what */ \
+    X(OP_OR,            1, "or",          BIN,  n_or,             0,  2,  0,  1,  0, VNONE, 1, "1 when either is non-zero (missing counts as non-zero)") \
+    X(OP_AND,           2, "and",         BIN,  n_and,            0,  2,  0,  1,  0, VNONE, 1, "1 when both are non-zero (missing counts as non-zero)") \
+    X(OP_EQ,            3, "eq",          CMP,  c_eq,             0,  2,  0,  1,  0, VNONE, 1, "1 when equal; infinities and not-a-numbers compare as .") \
+    X(OP_NE,            4, "ne",          CMP,  c_ne,             0,  2,  0,  1,  0, VNONE, 1, "1 when not equal") \
+    X(OP_GE,            5, "ge",          CMP,  c_ge,             0,  2,  0,  1,  0, VNONE, 1, "1 when left >= right; missing is above every number") \
+    X(OP_LE,            6, "le",          CMP,  c_le,             0,  2,  0,  1,  0, VNONE, 1, "1 when left <= right") \
+    X(OP_LT,            7, "lt",          CMP,  c_lt,             0,  2,  0,  1,  0, VNONE, 1, "1 when left < right") \
+    X(OP_GT,            8, "gt",          CMP,  c_gt,             0,  2,  0,  1,  0, VNONE, 1, "1 when left > right") \
+    X(OP_ADD,           9, "add",         BIN,  n_add,            0,  2,  0,  1,  0, VNONE, 1, "left + right; . when either is missing") \
+    X(OP_SUB,          10, "sub",         BIN,  n_sub,            0,  2,  0,  1,  0, VNONE, 1, "left - right; . when either is missing") \
+    X(OP_MUL,          11, "mul",         BIN,  n_mul,            0,  2,  0,  1,  0, VNONE, 1, "left * right; . when either is missing") \
+    X(OP_POW,          12, "pow",         BIN,  kvpow,            0,  2,  0,  1,  0, VNONE, 1, "left ^ right; . when either is missing") \
+    X(OP_DIV,          13, "div",         BIN,  n_div,            0,  2,  0,  1,  0, VNONE, 1, "left / right; . when either is missing or right is 0") \
+    X(OP_NOT,          18, "not",         UN,   n_not,            0,  1,  0,  1,  0, VNONE, 1, "1 for exactly 0, else 0") \
+    X(OP_CONST,        21, "const",       HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push the constant systak[operand - 1]") \
+    X(OP_SUM,          22, "sum",         HAND, 0,                1,  1,  0,  1,  0, VNONE, 1, "running sum in accumulator operand; missing adds 0") \
+    X(OP_SCAT,         23, "scat",        HAND, 0,                0,  0,  2,  0,  1, VNONE, 0, "join two strings, cut at the longest a string may be") \
+    X(OP_LENGTH,       24, "length",      HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "byte length of a string") \
+    X(OP_REAL,         25, "real",        HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "the number a string holds, . for none") \
+    X(OP_STRPOS,       27, "strpos",      HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "1-based place of the second string in the first, 0 for none") \
+    X(OP_STRING,       28, "string",      HAND, 0,                1,  1,  0,  0,  1, VSTRS, 0, "a number as text; operand 1 when a format string lies under it") \
+    X(OP_SCONST,       35, "sconst",      HAND, 0,                1,  0,  0,  0,  1, VNONE, 0, "push the string at ssystak + operand") \
+    X(OP_SVARSUB,      36, "svarsub",     HAND, 0,                1,  1,  0,  0,  1, VNONE, 0, "string variable operand at the by-group's observation on top; empty outside") \
+    X(OP_SVAR,         37, "svar",        HAND, 0,                1,  0,  0,  0,  1, VNONE, 0, "push string variable operand at this observation") \
+    X(OP_SEQ,          38, "seq",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "1 when two strings are equal (byte order)") \
+    X(OP_SGE,          39, "sge",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >=") \
+    X(OP_SLE,          40, "sle",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <=") \
+    X(OP_SLT,          41, "slt",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string <") \
+    X(OP_SGT,          42, "sgt",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string >") \
+    X(OP_SNE,          43, "sne",         HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "string !=") \
+    X(OP_NEG,          54, "neg",         UN,   n_neg,            0,  1,  0,  1,  0, VNONE, 1, "negative; a missing value stays as it is") \
+    X(OP_ABS,          55, "abs",         UN,   f_abs,            0,  1,  0,  1,  0, VNONE, 1, "abs()") \
+    X(OP_LOG,          56, "log",         UN,   f_log,            0,  1,  0,  1,  0, VNONE, 1, "log()") \
+    X(OP_EXP,          57, "exp",         UN,   f_exp,            0,  1,  0,  1,  0, VNONE, 1, "exp()") \
+    X(OP_SQRT,         58, "sqrt",        UN,   f_sqrt,           0,  1,  0,  1,  0, VNONE, 1, "sqrt()") \
+    X(OP_TRUNC,        59, "trunc",       UN,   f_trunc,          0,  1,  0,  1,  0, VNONE, 1, "trunc(), int()") \
+    X(OP_FLOAT,        60, "float",       UN,   f_float,          0,  1,  0,  1,  0, VNONE, 1, "the value as a float variable holds it") \
+    X(OP_ATAN,         61, "atan",        UN,   f_atan,           0,  1,  0,  1,  0, VNONE, 1, "atan()") \
+    X(OP_SIN,          62, "sin",         UN,   f_sin,            0,  1,  0,  1,  0, VNONE, 1, "sin()") \
+    X(OP_COS,          63, "cos",         UN,   f_cos,            0,  1,  0,  1,  0, VNONE, 1, "cos()") \
+    X(OP_SIGN,         64, "sign",        UN,   f_sign,           0,  1,  0,  1,  0, VNONE, 1, "sign()") \
+    X(OP_LOG10,        65, "log10",       UN,   f_log10,          0,  1,  0,  1,  0, VNONE, 1, "log10()") \
+    X(OP_TAN,          66, "tan",         UN,   f_tan,            0,  1,  0,  1,  0, VNONE, 1, "tan()") \
+    X(OP_ASIN,         67, "asin",        UN,   f_asin,           0,  1,  0,  1,  0, VNONE, 1, "asin()") \
+    X(OP_ACOS,         68, "acos",        UN,   f_acos,           0,  1,  0,  1,  0, VNONE, 1, "acos()") \
+    X(OP_FLOOR,        69, "floor",       UN,   f_floor,          0,  1,  0,  1,  0, VNONE, 1, "floor()") \
+    X(OP_CEIL,         70, "ceil",        UN,   f_ceil,           0,  1,  0,  1,  0, VNONE, 1, "ceil()") \
+    X(OP_LNGAMMA,      71, "lngamma",     UN,   f_lngamma,        0,  1,  0,  1,  0, VNONE, 1, "lngamma()") \
+    X(OP_TANH,         72, "tanh",        UN,   f_tanh,           0,  1,  0,  1,  0, VNONE, 1, "tanh()") \
+    X(OP_GROUP,        73, "group",       HAND, 0,                0,  1,  0,  1,  0, VNONE, 1, "group(): the group of this observation within the range") \
+    X(OP_VAR,          74, "var",         HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push variable operand at this observation") \
+    X(OP_VARSUB,       75, "varsub",      HAND, 0,                1,  1,  0,  1,  0, VNONE, 1, "variable operand at the by-group's observation on top; . outside") \
+    X(OP_OBSN,         76, "obsn",        HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _n") \
+    X(OP_OBSNN,        77, "obsnn",       HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _N") \
+    X(OP_AUTOCODE,     86, "autocode",    FN4,  f_autocode,       0,  4,  0,  1,  0, VNONE, 1, "autocode(x, n, lo, hi)") \
+    X(OP_MIN,          87, "min",         HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "smallest non-missing of operand numbers, . for none") \
+    X(OP_MAX,          88, "max",         HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "largest non-missing of operand numbers, . for none") \
+    X(OP_ROUND,        89, "round",       HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "round() of operand (1 or 2) numbers") \
+    X(OP_MOD,          90, "mod",         FN2,  f_mod,            0,  2,  0,  1,  0, VNONE, 1, "mod(x, y)") \
+    X(OP_RCP,         109, "rcp",         HAND, 0,                1,  0,  0,  1,  0, VNONE, 0, "push recipe variable operand at this observation") \
+    X(OP_SCOND,       111, "scond",       HAND, 0,                0,  1,  2,  0,  1, VNONE, 0, "cond() of two strings") \
+    X(OP_MNEG,        116, "mneg",        HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix negative (. here)") \
+    X(OP_MADD,        118, "madd",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix sum (. here)") \
+    X(OP_MWRAP,       119, "mwrap",       HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "a scalar as a 1 x 1 matrix") \
+    X(OP_MMUL,        120, "mmul",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrix product (. here)") \
+    X(OP_MTRANS,      123, "mtrans",      HAND, 0,                0,  1,  0,  1,  0, VNONE, 0, "matrix transpose") \
+    X(OP_MROW,        124, "mrow",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices side by side (. here)") \
+    X(OP_MCOL,        125, "mcol",        HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "matrices one above the other (. here)") \
+    X(OP_MKRON,       126, "mkron",       HAND, 0,                0,  2,  0,  1,  0, VNONE, 0, "Kronecker product (. here)") \
+    X(OP_MBIN,        134, "mbin",        HAND, 0,                1,  2,  0,  1,  0, VNONE, 0, "numeric operator operand on matrices (. here)") \
+    X(OP_ATANH,       140, "atanh",       UN,   f_atanh,          0,  1,  0,  1,  0, VNONE, 1, "atanh()") \
+    X(OP_LOGIT,       141, "logit",       UN,   f_logit,          0,  1,  0,  1,  0, VNONE, 1, "logit()") \
+    X(OP_INVLOGIT,    142, "invlogit",    UN,   f_invlogit,       0,  1,  0,  1,  0, VNONE, 1, "invlogit()") \
+    X(OP_CLOGLOG,     143, "cloglog",     UN,   f_cloglog,        0,  1,  0,  1,  0, VNONE, 1, "cloglog()") \
+    X(OP_INVCLOGLOG,  144, "invcloglog",  UN,   f_invcloglog,     0,  1,  0,  1,  0, VNONE, 1, "invcloglog()") \
+    X(OP_LNFACT,      145, "lnfact",      UN,   f_lnfact,         0,  1,  0,  1,  0, VNONE, 1, "lnfactorial()") \
+    X(OP_DIGAMMA,     146, "digamma",     UN,   digamma,          0,  1,  0,  1,  0, VNONE, 1, "digamma()") \
+    X(OP_TRIGAMMA,    147, "trigamma",    UN,   trigamma,         0,  1,  0,  1,  0, VNONE, 1, "trigamma()") \
+    X(OP_DOW,         150, "dow",         UN,   datefn::dow,      0,  1,  0,  1,  0, VNONE, 1, "dow()") \
+    X(OP_DAY,         151, "day",         UN,   datefn::day,      0,  1,  0,  1,  0, VNONE, 1, "day()") \
+    X(OP_MONTH,       152, "month",       UN,   datefn::month,    0,  1,  0,  1,  0, VNONE, 1, "month()") \
+    X(OP_YEAR,        153, "year",        UN,   datefn::year,     0,  1,  0,  1,  0, VNONE, 1, "year()") \
+    X(OP_DOY,         154, "doy",         UN,   datefn::doy,      0,  1,  0,  1,  0, VNONE, 1, "doy()") \
+    X(OP_WEEK,        155, "week",        UN,   datefn::week,     0,  1,  0,  1,  0, VNONE, 1, "week()") \
+    X(OP_QUARTER,     156, "quarter",     UN,   datefn::quarter,  0,  1,  0,  1,  0, VNONE, 1, "quarter()") \
+    X(OP_HALFYEAR,    157, "halfyear",    UN,   datefn::halfyear, 0,  1,  0,  1,  0, VNONE, 1, "halfyear()") \
+    X(OP_DOFD,        158, "dofd",        UN,   datefn::dofd,     0,  1,  0,  1,  0, VNONE, 1, "dofd()") \
+    X(OP_DOFW,        159, "dofw",        UN,   datefn::dofw,     0,  1,  0,  1,  0, VNONE, 1, "dofw()") \
+    X(OP_DOFM,        160, "dofm",        UN,   datefn::dofm,     0,  1,  0,  1,  0, VNONE, 1, "dofm()") \
+    X(OP_DOFQ,        161, "dofq",        UN,   datefn::dofq,     0,  1,  0,  1,  0, VNONE, 1, "dofq()") \
+    X(OP_DOFH,        162, "dofh",        UN,   datefn::dofh,     0,  1,  0,  1,  0, VNONE, 1, "dofh()") \
+    X(OP_DOFY,        163, "dofy",        UN,   datefn::dofy,     0,  1,  0,  1,  0, VNONE, 1, "dofy()") \
+    X(OP_WOFD,        164, "wofd",        UN,   datefn::wofd,     0,  1,  0,  1,  0, VNONE, 1, "wofd()") \
+    X(OP_MOFD,        165, "mofd",        UN,   datefn::mofd,     0,  1,  0,  1,  0, VNONE, 1, "mofd()") \
+    X(OP_QOFD,        166, "qofd",        UN,   datefn::qofd,     0,  1,  0,  1,  0, VNONE, 1, "qofd()") \
+    X(OP_HOFD,        167, "hofd",        UN,   datefn::hofd,     0,  1,  0,  1,  0, VNONE, 1, "hofd()") \
+    X(OP_ATAN2,       170, "atan2",       FN2,  f_atan2,          0,  2,  0,  1,  0, VNONE, 1, "atan2(y, x)") \
+    X(OP_RELDIF,      171, "reldif",      FN2,  f_reldif,         0,  2,  0,  1,  0, VNONE, 1, "reldif(x, y)") \
+    X(OP_CHOP,        172, "chop",        FN2,  f_chop,           0,  2,  0,  1,  0, VNONE, 1, "chop(x, tol)") \
+    X(OP_YW,          173, "yw",          FN2,  datefn::yw,       0,  2,  0,  1,  0, VNONE, 1, "yw(y, w)") \
+    X(OP_YM,          174, "ym",          FN2,  datefn::ym,       0,  2,  0,  1,  0, VNONE, 1, "ym(y, m)") \
+    X(OP_YQ,          175, "yq",          FN2,  datefn::yq,       0,  2,  0,  1,  0, VNONE, 1, "yq(y, q)") \
+    X(OP_YH,          176, "yh",          FN2,  datefn::yh,       0,  2,  0,  1,  0, VNONE, 1, "yh(y, h)") \
+    X(OP_COMB,        177, "comb",        FN2,  f_comb,           0,  2,  0,  1,  0, VNONE, 1, "comb(n, k)") \
+    X(OP_MDY,         180, "mdy",         FN3,  datefn::mdy,      0,  3,  0,  1,  0, VNONE, 1, "mdy(m, d, y)") \
+    X(OP_CLIP,        181, "clip",        FN3,  f_clip,           0,  3,  0,  1,  0, VNONE, 1, "clip(x, a, b)") \
+    X(OP_COND,        182, "cond",        FN3,  f_cond,           0,  3,  0,  1,  0, VNONE, 1, "cond(c, a, b)") \
+    X(OP_COND4,       183, "cond4",       FN4,  f_cond4,          0,  4,  0,  1,  0, VNONE, 1, "cond(c, a, b, m)") \
+    X(OP_BY,          184, "by",          HAND, 0,                1,  0,  0,  1,  0, VNONE, 0, "_by() and its family; operand says which") \
+    X(OP_INLIST,      185, "inlist",      HAND, 0,                1,  0,  0,  1,  0, VNUMS, 1, "1 when the first of operand numbers equals another") \
+    X(OP_INRANGE,     186, "inrange",     FN3,  f_inrange,        0,  3,  0,  1,  0, VNONE, 1, "inrange(x, a, b)") \
+    X(OP_TWITHIN,     187, "twithin",     FN3,  f_twithin,        0,  3,  0,  1,  0, VNONE, 1, "twithin(x, a, b)") \
+    X(OP_ISMISS,      188, "ismiss",      UN,   f_ismiss,         0,  1,  0,  1,  0, VNONE, 1, "1 for a missing value") \
+    X(OP_LOWER,       190, "lower",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "lower()") \
+    X(OP_UPPER,       191, "upper",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "upper()") \
+    X(OP_PROPER,      192, "proper",      HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "proper()") \
+    X(OP_ITRIM,       193, "itrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "itrim()") \
+    X(OP_LTRIM,       194, "ltrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "ltrim()") \
+    X(OP_RTRIM,       195, "rtrim",       HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "rtrim()") \
+    X(OP_TRIM,        196, "trim",        HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "trim()") \
+    X(OP_REVERSE,     197, "reverse",     HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "reverse()") \
+    X(OP_MATCH,       198, "match",       HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "match(s, pattern)") \
+    X(OP_REGEXM,      199, "regexm",      HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "regexm(s, re)") \
+    X(OP_REGEXR,      200, "regexr",      HAND, 0,                0,  0,  3,  0,  1, VNONE, 0, "regexr(s, re, by)") \
+    X(OP_REGEXS,      201, "regexs",      HAND, 0,                0,  1,  0,  0,  1, VNONE, 0, "regexs(n)") \
+    X(OP_CHAR,        202, "char",        HAND, 0,                0,  1,  0,  0,  1, VNONE, 0, "char(n)") \
+    X(OP_WORDCOUNT,   203, "wordcount",   HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "wordcount()") \
+    X(OP_INDEXNOT,    204, "indexnot",    HAND, 0,                0,  0,  2,  1,  0, VNONE, 0, "indexnot(s, chars)") \
+    X(OP_STRSUBDP,    205, "strsubdp",    HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "strsubdp()") \
+    X(OP_SUBSTR,      208, "substr",      HAND, 0,                0,  2,  1,  0,  1, VNONE, 0, "substr(s, n1, n2)") \
+    X(OP_SUBINSTR,    209, "subinstr",    HAND, 0,                1,  1,  3,  0,  1, VNONE, 0, "subinstr(); operand 1 for subinword()") \
+    X(OP_WORD,        211, "word",        HAND, 0,                0,  1,  1,  0,  1, VNONE, 0, "word(s, n)") \
+    X(OP_ABBREV,      212, "abbrev",      HAND, 0,                0,  1,  1,  0,  1, VNONE, 0, "abbrev(s, n)") \
+    X(OP_SDATE,       213, "sdate",       HAND, 0,                1,  0,  2,  1,  0, VDATE, 0, "date(s, mask); operand kind * 2, + 1 with a top year under them") \
+    X(OP_SINLIST,     215, "sinlist",     HAND, 0,                1,  0,  0,  1,  0, VSTRS, 0, "1 when the first of operand strings equals another") \
+    X(OP_SISEMPTY,    216, "sisempty",    HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "1 for the empty string") \
+    X(OP_PLURAL,      218, "plural",      HAND, 0,                1,  1,  1,  0,  1, VSTRS, 0, "plural(n, s); operand 1 when the plural form is given") \
+    X(OP_SCALAR,      220, "scalar",      HAND, 0,                1,  0,  0,  1,  0, VNONE, 1, "push scalar operand") \
+    X(OP_RC,          221, "rc",          HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push _rc") \
+    X(OP_SCOND4,      222, "scond4",      HAND, 0,                0,  1,  3,  0,  1, VNONE, 0, "cond() of three strings, the last for a missing condition") \
+    X(OP_UNIFORM,     223, "uniform",     HAND, 0,                0,  0,  0,  1,  0, VNONE, 1, "push the main generator's next draw") \
+    X(OP_UNIFORM0,    224, "uniform0",    HAND, 0,                0,  0,  0,  1,  0, VNONE, 0, "push the old generator's next draw") \
+    X(OP_CLS,         225, "cls",         HAND, 0,                0,  0,  1,  1,  0, VNONE, 0, "a class value by its name, as a number") \
+    X(OP_SCLS,        226, "scls",        HAND, 0,                0,  0,  1,  0,  1, VNONE, 0, "a class value by its name, as a string") \
+    X(OP_NORMAL,      227, "normal",      UN,   stnormal,         0,  1,  0,  1,  0, VNONE, 1, "normal()") \
+    X(OP_LNNORMAL,    228, "lnnormal",    UN,   stlnnormal,       0,  1,  0,  1,  0, VNONE, 1, "lnnormal()") \
+    X(OP_INVNORMAL,   229, "invnormal",   UN,   inormal,          0,  1,  0,  1,  0, VNONE, 1, "invnormal()") \
+    X(OP_TPROB,       230, "tprob",       FN2,  f_tprob,          0,  2,  0,  1,  0, VNONE, 1, "tprob(n, t)") \
+    X(OP_FTAIL,       231, "Ftail",       FN3,  ftail,            0,  3,  0,  1,  0, VNONE, 1, "Ftail(n1, n2, f)") \
+    X(OP_FCUMM,       232, "F",           FN3,  fcumm,            0,  3,  0,  1,  0, VNONE, 1, "F(n1, n2, f)") \
+    X(OP_INVFTAIL,    233, "invFtail",    FN3,  invftail,         0,  3,  0,  1,  0, VNONE, 1, "invFtail(n1, n2, p)") \
+    X(OP_INVFCUMM,    234, "invF",        FN3,  invfcumm,         0,  3,  0,  1,  0, VNONE, 1, "invF(n1, n2, p)") \
+    X(OP_CHI2,        235, "chi2",        FN2,  chi2cumm,         0,  2,  0,  1,  0, VNONE, 1, "chi2(n, x)") \
+    X(OP_CHI2TAIL,    236, "chi2tail",    FN2,  chi2tail,         0,  2,  0,  1,  0, VNONE, 1, "chi2tail(n, x)") \
+    X(OP_INVCHI2,     237, "invchi2",     FN2,  invchi2cumm,      0,  2,  0,  1,  0, VNONE, 1, "invchi2(n, p)") \
+    X(OP_INVCHI2TAIL, 238, "invchi2tail", FN2,  invchi2tail,      0,  2,  0,  1,  0, VNONE, 1, "invchi2tail(n, p)") \
+    X(OP_BINOMIAL,    239, "binomial",    FN3,  biprob,           0,  3,  0,  1,  0, VNONE, 1, "Binomial(n, k, p)") \
+    X(OP_INVBINOMIAL, 240, "invbinomial", FN3,  invbiprob,        0,  3,  0,  1,  0, VNONE, 1, "invbinomial(n, k, P)") \
+    X(OP_GAMMAP,      241, "gammap",      FN2,  gammap,           0,  2,  0,  1,  0, VNONE, 1, "gammap(a, x)") \
+    X(OP_DGAMMAPDA,   242, "dgammapda",   FN2,  gammap_da,        0,  2,  0,  1,  0, VNONE, 1, "dgammapda(a, x)") \
+    X(OP_DGAMMAPDX,   243, "dgammapdx",   FN2,  gammap_dx,        0,  2,  0,  1,  0, VNONE, 1, "dgammapdx(a, x)") \
+    X(OP_DGAMMAPDADA, 244, "dgammapdada", FN2,  gammap_dada,      0,  2,  0,  1,  0, VNONE, 1, "dgammapdada(a, x)") \
+    X(OP_DGAMMAPDADX, 245, "dgammapdadx", FN2,  gammap_dadx,      0,  2,  0,  1,  0, VNONE, 1, "dgammapdadx(a, x)") \
+    X(OP_DGAMMAPDXDX, 246, "dgammapdxdx", FN2,  gammap_dxdx,      0,  2,  0,  1,  0, VNONE, 1, "dgammapdxdx(a, x)") \
+    X(OP_INVGAMMAP,   247, "invgammap",   FN2,  invgammap,        0,  2,  0,  1,  0, VNONE, 1, "invgammap(a, p)") \
+    X(OP_IBETA,       248, "ibeta",       FN3,  ibeta,            0,  3,  0,  1,  0, VNONE, 1, "ibeta(a, b, x)") \
+    X(OP_INVIBETA,    249, "invibeta",    FN3,  invibeta,         0,  3,  0,  1,  0, VNONE, 1, "invibeta(a, b, p)") \
+    X(OP_TTAIL,       250, "ttail",       FN2,  ttail,            0,  2,  0,  1,  0, VNONE, 1, "ttail(n, t)") \
+    X(OP_INVTTAIL,    251, "invttail",    FN2,  invttail,         0,  2,  0,  1,  0, VNONE, 1, "invttail(n, p)") \
+    X(OP_TDEN,        252, "tden",        FN2,  tden,             0,  2,  0,  1,  0, VNONE, 1, "tden(n, t)") \
+    X(OP_FDEN,        253, "Fden",        FN3,  fden,             0,  3,  0,  1,  0, VNONE, 1, "Fden(n1, n2, f)") \
+    X(OP_BETADEN,     254, "betaden",     FN3,  betaden,          0,  3,  0,  1,  0, VNONE, 1, "betaden(a, b, x)") \
+    X(OP_GAMMADEN,    255, "gammaden",    FN4,  gammaden,         0,  4,  0,  1,  0, VNONE, 1, "gammaden(g, b, s, x)")
+// clang-format on
 
-// Binary numeric operations: opcode and helper (left, right).
-#define KV_BINARY_OPS(X)                                                                           \
-    X(OP_OR, n_or)                                                                                 \
-    X(OP_AND, n_and)                                                                               \
-    X(OP_EQ, n_eq)                                                                                 \
-    X(OP_NE, n_ne)                                                                                 \
-    X(OP_GE, n_ge)                                                                                 \
-    X(OP_LE, n_le)                                                                                 \
-    X(OP_LT, n_lt)                                                                                 \
-    X(OP_GT, n_gt)                                                                                 \
-    X(OP_ADD, n_add)                                                                               \
-    X(OP_SUB, n_sub)                                                                               \
-    X(OP_MUL, n_mul)                                                                               \
-    X(OP_POW, kvpow)                                                                               \
-    X(OP_DIV, n_div)
+enum : int16_t {
+#define KV_OP_ENUM(op, word, ...) op = word,
+    KV_OPCODE_TABLE(KV_OP_ENUM)
+#undef KV_OP_ENUM
+};
 
-// Two-argument functions (first argument, second argument).
-#define KV_BINFN_OPS(X)                                                                            \
-    X(OP_MOD, f_mod)                                                                               \
-    X(OP_ATAN2, f_atan2)                                                                           \
-    X(OP_RELDIF, f_reldif)                                                                         \
-    X(OP_CHOP, f_chop)                                                                             \
-    X(OP_COMB, f_comb)                                                                             \
-    X(OP_TPROB, f_tprob)                                                                           \
-    X(OP_CHI2, chi2cumm)                                                                           \
-    X(OP_CHI2TAIL, chi2tail)                                                                       \
-    X(OP_INVCHI2, invchi2cumm)                                                                     \
-    X(OP_INVCHI2TAIL, invchi2tail)                                                                 \
-    X(OP_GAMMAP, gammap)                                                                           \
-    X(OP_DGAMMAPDA, gammap_da)                                                                     \
-    X(OP_DGAMMAPDX, gammap_dx)                                                                     \
-    X(OP_DGAMMAPDADA, gammap_dada)                                                                 \
-    X(OP_DGAMMAPDADX, gammap_dadx)                                                                 \
-    X(OP_DGAMMAPDXDX, gammap_dxdx)                                                                 \
-    X(OP_INVGAMMAP, invgammap)                                                                     \
-    X(OP_TTAIL, ttail)                                                                             \
-    X(OP_INVTTAIL, invttail)                                                                       \
-    X(OP_TDEN, tden)                                                                               \
-    X(OP_YW, datefn::yw)                                                                           \
-    X(OP_YM, datefn::ym)                                                                           \
-    X(OP_YQ, datefn::yq)                                                                           \
-    X(OP_YH, datefn::yh)
+enum OpKind : uint8_t { UN, BIN, CMP, FN2, FN3, FN4, HAND };
+enum OpVary : uint8_t { VNONE, VNUMS, VSTRS, VDATE };
 
-// Three-argument numeric functions (first, second, third argument).
-#define KV_TERNARY_OPS(X)                                                                          \
-    X(OP_MDY, datefn::mdy)                                                                         \
-    X(OP_CLIP, f_clip)                                                                             \
-    X(OP_COND, f_cond)                                                                             \
-    X(OP_INRANGE, f_inrange)                                                                       \
-    X(OP_TWITHIN, f_twithin)                                                                       \
-    X(OP_FTAIL, ftail)                                                                             \
-    X(OP_FCUMM, fcumm)                                                                             \
-    X(OP_INVFTAIL, invftail)                                                                       \
-    X(OP_INVFCUMM, invfcumm)                                                                       \
-    X(OP_BINOMIAL, biprob)                                                                         \
-    X(OP_INVBINOMIAL, invbiprob)                                                                   \
-    X(OP_IBETA, ibeta)                                                                             \
-    X(OP_INVIBETA, invibeta)                                                                       \
-    X(OP_FDEN, fden)                                                                               \
-    X(OP_BETADEN, betaden)
+struct OpInfo {
+    const char* name; // null for a word that is no opcode (it does nothing)
+    uint8_t kind;
+    uint8_t operands;     // words of operand after the opcode
+    uint8_t npop, spop;   // numbers and strings taken
+    uint8_t npush, spush; // numbers and strings left
+    uint8_t vary;
+    bool block; // runs by blocks of observations
+    const char* what;
+};
 
-// Four-argument numeric functions.
-#define KV_QUATERNARY_OPS(X)                                                                       \
-    X(OP_AUTOCODE, f_autocode)                                                                     \
-    X(OP_COND4, f_cond4)                                                                           \
-    X(OP_GAMMADEN, gammaden)
+// Words above the last are tested against and do nothing.
+inline constexpr int OP_WORDS = 302;
+
+constexpr int op_arity(int kind) {
+    return kind == UN                                  ? 1
+           : kind == BIN || kind == CMP || kind == FN2 ? 2
+           : kind == FN3                               ? 3
+           : kind == FN4                               ? 4
+                                                       : -1;
+}
+
+constexpr std::array<OpInfo, OP_WORDS> make_optab() {
+    std::array<OpInfo, OP_WORDS> t{};
+#define KV_OP_ROW(op, word, nm, knd, F, opd, np_, sp_, nu_, su_, vry, blk, wht)                    \
+    if (t[word].name) throw "two rows for one opcode";                                             \
+    if (op_arity(knd) > 0 && (np_ != op_arity(knd) || nu_ != 1 || sp_ || su_ || opd))              \
+        throw "a helper row takes its arguments and leaves one number";                            \
+    t[word] = OpInfo{nm, knd, opd, np_, sp_, nu_, su_, vry, blk != 0, wht};
+    KV_OPCODE_TABLE(KV_OP_ROW)
+#undef KV_OP_ROW
+    return t;
+}
+inline constexpr std::array<OpInfo, OP_WORDS> optab = make_optab();
+
+inline const OpInfo& opinfo(int op) {
+    static constexpr OpInfo none{};
+    return op >= 0 && op < OP_WORDS ? optab[op] : none;
+}
 
 // Words of operand that follow an opcode.
-int exp_operands(int op);
+inline int exp_operands(int op) {
+    return opinfo(op).operands;
+}
+
+// What opcode op with operand word arg (0 when it has none) does to the two
+// stacks: *dn numbers and *ds strings, net.
+inline void op_effect(int op, int arg, int* dn, int* ds) {
+    const OpInfo& d = opinfo(op);
+    int np = d.npop, sp = d.spop;
+    if (d.vary == VNUMS)
+        np += arg;
+    else if (d.vary == VSTRS)
+        sp += arg;
+    else if (d.vary == VDATE)
+        np += arg & 1;
+    *dn = d.npush - np;
+    *ds = d.spush - sp;
+}
 
 } // namespace korvu

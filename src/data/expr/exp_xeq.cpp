@@ -77,41 +77,51 @@ void run(ExpObj* o, int i, double* num, char* str) {
         for (int k = 0; k <= o->n_sums; k++) o->accumulators[k] = 0;
     const int16_t* code = o->code;
     const int end = o->code_end;
+    const bool modern = mvmodern;
     for (int w = 0; w <= end; w++) {
         int op = code[w];
         switch (op) {
-#define UN(OP, F)                                                                                  \
-    case OP: ns[np] = F(ns[np]); break;
-            KV_UNARY_OPS(UN)
-#undef UN
-#define BIN(OP, F)                                                                                 \
+            // the rows with a helper: the kind says how many numbers it takes
+#define XEQ_UN(OP, F)                                                                              \
+    case OP:                                                                                       \
+        ns[np] = F(ns[np]);                                                                        \
+        break;
+#define XEQ_BIN(OP, F)                                                                             \
     case OP:                                                                                       \
         np--;                                                                                      \
         ns[np] = F(ns[np], ns[np + 1]);                                                            \
         break;
-            KV_BINARY_OPS(BIN)
-#undef BIN
-#define BFN(OP, F)                                                                                 \
+#define XEQ_CMP(OP, F)                                                                             \
+    case OP:                                                                                       \
+        np--;                                                                                      \
+        ns[np] = F(ns[np], ns[np + 1], modern);                                                    \
+        break;
+#define XEQ_FN2(OP, F)                                                                             \
     case OP:                                                                                       \
         np--;                                                                                      \
         ns[np] = F(ns[np + 1], ns[np]);                                                            \
         break;
-            KV_BINFN_OPS(BFN)
-#undef BFN
-#define TFN(OP, F)                                                                                 \
+#define XEQ_FN3(OP, F)                                                                             \
     case OP:                                                                                       \
         np -= 2;                                                                                   \
         ns[np] = F(ns[np + 2], ns[np + 1], ns[np]);                                                \
         break;
-            KV_TERNARY_OPS(TFN)
-#undef TFN
-#define QFN(OP, F)                                                                                 \
+#define XEQ_FN4(OP, F)                                                                             \
     case OP:                                                                                       \
         np -= 3;                                                                                   \
         ns[np] = F(ns[np + 3], ns[np + 2], ns[np + 1], ns[np]);                                    \
         break;
-            KV_QUATERNARY_OPS(QFN)
-#undef QFN
+#define XEQ_HAND(OP, F)
+#define XEQ_ROW(op, word, name, kind, F, ...) XEQ_##kind(op, F)
+            KV_OPCODE_TABLE(XEQ_ROW)
+#undef XEQ_ROW
+#undef XEQ_UN
+#undef XEQ_BIN
+#undef XEQ_CMP
+#undef XEQ_FN2
+#undef XEQ_FN3
+#undef XEQ_FN4
+#undef XEQ_HAND
         case OP_CONST: ns[++np] = systak[code[++w] - 1]; break;
         case OP_VAR: ns[++np] = cell(code[++w], i); break;
         case OP_VARSUB: ns[np] = subcell(o, code[++w], ns[np]); break;
@@ -442,57 +452,23 @@ namespace {
 constexpr int BLOCK = 256;
 std::vector<double> block_scratch;
 
-// Numeric-only programs run by blocks; the deepest stack in *depth.
+// Programs whose every opcode runs by blocks (the table says which); the
+// deepest number stack in *depth, from the table's stack effects.
 bool blockable(const ExpObj* o, int* depth) {
     if (o->result_kind != 0) return false;
     int np = 0, maxd = 1, draws = 0;
     for (int w = 0; w <= o->code_end; w++) {
         int op = o->code[w];
-        switch (op) {
-        case OP_UNIFORM:
-            // one draw per observation in order: only a single draw per run
-            // keeps that order when a block is filled column by column
-            if (++draws > 1) return false;
-            np++;
-            break;
-#define UN(OP, F) case OP:
-            KV_UNARY_OPS(UN)
-#undef UN
-        case OP_VARSUB:
-        case OP_GROUP:
-        case OP_SUM: break;
-#define BIN(OP, F) case OP:
-            KV_BINARY_OPS(BIN)
-            KV_BINFN_OPS(BIN)
-#undef BIN
-            np--;
-            break;
-#define TFN(OP, F) case OP:
-            KV_TERNARY_OPS(TFN)
-#undef TFN
-            np -= 2;
-            break;
-#define QFN(OP, F) case OP:
-            KV_QUATERNARY_OPS(QFN)
-#undef QFN
-            np -= 3;
-            break;
-        case OP_CONST:
-        case OP_VAR:
-        case OP_OBSN:
-        case OP_OBSNN:
-        case OP_RC:
-        case OP_SCALAR: np++; break;
-        case OP_MIN:
-        case OP_MAX:
-        case OP_INLIST: np -= o->code[w + 1] - 1; break;
-        case OP_ROUND:
-            if (o->code[w + 1] == 2) np--;
-            break;
-        default: return false; // strings, matrices, hooks: one at a time
-        }
+        const OpInfo& d = opinfo(op);
+        if (!d.name || !d.block) return false; // strings, matrices, hooks: one at a time
+        // one draw per observation in order: only a single draw per run
+        // keeps that order when a block is filled column by column
+        if (op == OP_UNIFORM && ++draws > 1) return false;
+        int dn, ds;
+        op_effect(op, d.operands ? o->code[w + 1] : 0, &dn, &ds);
+        np += dn;
         maxd = std::max(maxd, np);
-        w += exp_operands(op);
+        w += d.operands;
     }
     *depth = maxd;
     return true;
@@ -535,104 +511,179 @@ void gather_any(double* c, int v, int i0, int m) {
     }
 }
 
+// The values of variable v for observations i0..i0+m-1: a double column in
+// observation order is read where it lies; anything else is decoded into c.
+const double* varcells(double* c, int v, int i0, int m) {
+    if (typlist[v - 1] == KV_DOUBLE && !mapjperm && i0 >= 1 && i0 + m - 1 <= nobs)
+        return reinterpret_cast<const double*>(colptr(v)) + (i0 - 1);
+    gather_any(c, v, i0, m);
+    return c;
+}
+
+// Stack slot k of a block: in[k] points at its values, either its own scratch
+// column cols + k * BLOCK or a double column of the data read in place; a
+// null in[k] is a value the same for every observation of the block, cv[k]
+// (a constant, _N, _rc, a scalar), which the helpers take as a scalar and
+// which is spread into the scratch column only where an opcode needs one.
+struct Slots {
+    const double* in[EXP_TYPESTACK + 2];
+    double cv[EXP_TYPESTACK + 2];
+    double* cols;
+    int m;
+    double* col(int k) const { return cols + static_cast<ptrdiff_t>(k) * BLOCK; }
+    // slot k's values as an array
+    const double* rd(int k) {
+        if (!in[k]) {
+            double* a = col(k);
+            const double x = cv[k];
+            for (int j = 0; j < m; j++) a[j] = x;
+            in[k] = a;
+        }
+        return in[k];
+    }
+    // slot k's values in its own column, for the opcodes that work in place
+    double* own(int k) {
+        double* a = col(k);
+        if (!in[k]) {
+            const double x = cv[k];
+            for (int j = 0; j < m; j++) a[j] = x;
+        } else if (in[k] != a) {
+            std::memcpy(a, in[k], static_cast<size_t>(m) * sizeof(double));
+        }
+        in[k] = a;
+        return a;
+    }
+    // a one-argument helper on slot k
+    template <class F> void un(int k, F f) {
+        const double* x = in[k];
+        if (!x) {
+            cv[k] = f(cv[k]);
+            return;
+        }
+        double* a = col(k);
+        for (int j = 0; j < m; j++) a[j] = f(x[j]);
+        in[k] = a;
+    }
+    // a two-argument helper on slots k (left) and k + 1 (right), into k
+    template <class F> void bin(int k, F f) {
+        const double *x = in[k], *y = in[k + 1];
+        if (!x && !y) {
+            cv[k] = f(cv[k], cv[k + 1]);
+            return;
+        }
+        double* a = col(k);
+        if (!y) {
+            const double c = cv[k + 1];
+            for (int j = 0; j < m; j++) a[j] = f(x[j], c);
+        } else if (!x) {
+            const double c = cv[k];
+            for (int j = 0; j < m; j++) a[j] = f(c, y[j]);
+        } else {
+            for (int j = 0; j < m; j++) a[j] = f(x[j], y[j]);
+        }
+        in[k] = a;
+    }
+};
+
 void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
     const int16_t* code = o->code;
+    Slots S;
+    S.cols = cols;
+    S.m = m;
     int np = 0;
-    auto col = [&](int k) { return cols + static_cast<ptrdiff_t>(k) * BLOCK; };
+    auto konst = [&](double x) {
+        np++;
+        S.in[np] = nullptr;
+        S.cv[np] = x;
+    };
+    auto push = [&]() {
+        np++;
+        S.in[np] = S.col(np);
+        return S.col(np);
+    };
     for (int w = 0; w <= o->code_end; w++) {
         int op = code[w];
         switch (op) {
-#define UN(OP, F)                                                                                  \
-    case OP: {                                                                                     \
-        double* a = col(np);                                                                       \
-        for (int j = 0; j < m; j++) a[j] = F(a[j]);                                                \
-        break;                                                                                     \
-    }
-            KV_UNARY_OPS(UN)
-#undef UN
-#define BIN(OP, F)                                                                                 \
-    case OP: {                                                                                     \
+#define BLK_UN(OP, F)                                                                              \
+    case OP:                                                                                       \
+        S.un(np, [](double x) { return F(x); });                                                   \
+        break;
+#define BLK_BIN(OP, F)                                                                             \
+    case OP:                                                                                       \
         np--;                                                                                      \
-        double* a = col(np);                                                                       \
-        const double* b = col(np + 1);                                                             \
-        for (int j = 0; j < m; j++) a[j] = F(a[j], b[j]);                                          \
-        break;                                                                                     \
-    }
-            KV_BINARY_OPS(BIN)
-#undef BIN
-#define BFN(OP, F)                                                                                 \
-    case OP: {                                                                                     \
+        S.bin(np, [](double x, double y) { return F(x, y); });                                     \
+        break;
+#define BLK_CMP(OP, F)                                                                             \
+    case OP:                                                                                       \
         np--;                                                                                      \
-        double* a = col(np);                                                                       \
-        const double* b = col(np + 1);                                                             \
-        for (int j = 0; j < m; j++) a[j] = F(b[j], a[j]);                                          \
-        break;                                                                                     \
-    }
-            KV_BINFN_OPS(BFN)
-#undef BFN
-#define TFN(OP, F)                                                                                 \
+        if (mvmodern)                                                                              \
+            S.bin(np, [](double x, double y) { return F(x, y, true); });                           \
+        else                                                                                       \
+            S.bin(np, [](double x, double y) { return F(x, y, false); });                          \
+        break;
+#define BLK_FN2(OP, F)                                                                             \
+    case OP:                                                                                       \
+        np--;                                                                                      \
+        S.bin(np, [](double x, double y) { return F(y, x); });                                     \
+        break;
+#define BLK_FN3(OP, F)                                                                             \
     case OP: {                                                                                     \
         np -= 2;                                                                                   \
-        double* a = col(np);                                                                       \
-        const double* b = col(np + 1);                                                             \
-        const double* c = col(np + 2);                                                             \
-        for (int j = 0; j < m; j++) a[j] = F(c[j], b[j], a[j]);                                    \
+        const double *x = S.rd(np), *y = S.rd(np + 1), *z = S.rd(np + 2);                          \
+        double* a = S.col(np);                                                                     \
+        for (int j = 0; j < m; j++) a[j] = F(z[j], y[j], x[j]);                                    \
+        S.in[np] = a;                                                                              \
         break;                                                                                     \
     }
-            KV_TERNARY_OPS(TFN)
-#undef TFN
-#define QFN(OP, F)                                                                                 \
+#define BLK_FN4(OP, F)                                                                             \
     case OP: {                                                                                     \
         np -= 3;                                                                                   \
-        double* a = col(np);                                                                       \
-        const double* b = col(np + 1);                                                             \
-        const double* c = col(np + 2);                                                             \
-        const double* d = col(np + 3);                                                             \
-        for (int j = 0; j < m; j++) a[j] = F(d[j], c[j], b[j], a[j]);                              \
+        const double *x = S.rd(np), *y = S.rd(np + 1), *z = S.rd(np + 2), *t = S.rd(np + 3);       \
+        double* a = S.col(np);                                                                     \
+        for (int j = 0; j < m; j++) a[j] = F(t[j], z[j], y[j], x[j]);                              \
+        S.in[np] = a;                                                                              \
         break;                                                                                     \
     }
-            KV_QUATERNARY_OPS(QFN)
-#undef QFN
-        case OP_CONST: {
-            double x = systak[code[++w] - 1];
-            double* a = col(++np);
-            for (int j = 0; j < m; j++) a[j] = x;
+#define BLK_HAND(OP, F)
+#define BLK_ROW(op, word, name, kind, F, ...) BLK_##kind(op, F)
+            KV_OPCODE_TABLE(BLK_ROW)
+#undef BLK_ROW
+#undef BLK_UN
+#undef BLK_BIN
+#undef BLK_CMP
+#undef BLK_FN2
+#undef BLK_FN3
+#undef BLK_FN4
+#undef BLK_HAND
+        case OP_CONST: konst(systak[code[++w] - 1]); break;
+        case OP_VAR: {
+            int v = code[++w];
+            np++;
+            S.in[np] = varcells(S.col(np), v, i0, m);
             break;
         }
-        case OP_VAR: gather_any(col(++np), code[++w], i0, m); break;
         case OP_VARSUB: {
             int v = code[++w];
-            double* a = col(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) a[j] = subcell(o, v, a[j]);
             break;
         }
         case OP_OBSN: {
-            double* a = col(++np);
+            double* a = push();
             for (int j = 0; j < m; j++) a[j] = i0 + j - o->nobss1 + 1;
             break;
         }
-        case OP_OBSNN: {
-            double x = o->nobss2 - o->nobss1 + 1;
-            double* a = col(++np);
-            for (int j = 0; j < m; j++) a[j] = x;
-            break;
-        }
-        case OP_RC: {
-            double* a = col(++np);
-            for (int j = 0; j < m; j++) a[j] = captrc;
-            break;
-        }
-        case OP_UNIFORM: urnfill(col(++np), m); break;
+        case OP_OBSNN: konst(o->nobss2 - o->nobss1 + 1); break;
+        case OP_RC: konst(captrc); break;
+        case OP_UNIFORM: urnfill(push(), m); break;
         case OP_SCALAR: {
             int id = code[++w];
-            double* a = col(++np);
-            for (int j = 0; j < m; j++)
-                a[j] = exphooks.scalar_value ? exphooks.scalar_value(id) : misval;
+            konst(exphooks.scalar_value ? exphooks.scalar_value(id) : misval);
             break;
         }
         case OP_SUM: {
             int k = code[++w];
-            double* a = col(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) {
                 if (i0 + j == o->nobs1) o->accumulators[k] = 0;
                 o->accumulators[k] += xmis(a[j]) ? 0 : a[j];
@@ -641,7 +692,7 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
             break;
         }
         case OP_GROUP: {
-            double* a = col(np);
+            double* a = S.own(np);
             for (int j = 0; j < m; j++) a[j] = f_group(a[j], i0 + j, o->nobs1, o->nobs2);
             break;
         }
@@ -650,10 +701,12 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
         case OP_INLIST: {
             int n = code[++w];
             int base = np - n + 1;
+            const double* arg[EXP_TYPESTACK + 2];
+            for (int k = 0; k < n; k++) arg[k] = S.rd(base + k);
             double tmp[EXP_TYPESTACK + 2];
-            double* r = col(base);
+            double* r = S.col(base);
             for (int j = 0; j < m; j++) {
-                for (int k = 0; k < n; k++) tmp[k] = col(base + k)[j];
+                for (int k = 0; k < n; k++) tmp[k] = arg[k][j];
                 const double* top = tmp + n - 1;
                 if (op == OP_MIN)
                     r[j] = f_min(top, n);
@@ -667,23 +720,26 @@ void run_block(ExpObj* o, int i0, int m, double* cols, double* out) {
                 }
             }
             np = base;
+            S.in[np] = r;
             break;
         }
         case OP_ROUND:
             if (code[++w] == 2) {
                 np--;
-                double* a = col(np);
-                const double* b = col(np + 1);
-                for (int j = 0; j < m; j++) a[j] = f_round2(b[j], a[j]);
+                S.bin(np, [](double x, double u) { return f_round2(u, x); });
             } else {
-                double* a = col(np);
-                for (int j = 0; j < m; j++) a[j] = f_round1(a[j]);
+                S.un(np, [](double x) { return f_round1(x); });
             }
             break;
         default: break;
         }
     }
-    const double* r = col(1);
+    if (!S.in[1]) {
+        const double r = cleanres(S.cv[1]);
+        for (int j = 0; j < m; j++) out[j] = r;
+        return;
+    }
+    const double* r = S.in[1];
     for (int j = 0; j < m; j++) out[j] = cleanres(r[j]);
 }
 

@@ -240,12 +240,18 @@ int countcmd(int) {
     initialize_xeq();
     int64_t count = 0;
     std::vector<double> buf(CHUNK);
-    std::vector<uint8_t> sel(CHUNK);
     for (int i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
         int i1 = std::min(nobs2, i0 + CHUNK - 1);
         if (kvpollstd()) return 1;
-        select_chunk(i0, i1, buf, sel);
-        for (int j = 0; j <= i1 - i0; j++) count += sel[j];
+        if (!ifclause) {
+            count += i1 - i0 + 1;
+            continue;
+        }
+        // a missing condition is true: only exactly 0 leaves one out
+        xeqblock(&ifpgm, i0, i1, buf.data());
+        int64_t n = 0;
+        for (int j = 0; j <= i1 - i0; j++) n += buf[j] != 0;
+        count += n;
     }
     char num[40];
     c_outlev = 0;

@@ -1,5 +1,6 @@
 #include "data/select/generate.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -110,16 +111,80 @@ template <class Fn> static int overblocks(Fn fn) {
     return 0;
 }
 
+// Sets the cells from..to of numeric variable v to `.`: on a column in
+// observation order one fill of the missing cell's bytes.
+static void fillmissing(int v, int from, int to) {
+    if (from < 1) from = 1;
+    if (to > nobs) to = nobs;
+    if (from > to) return;
+    const int type = typlist[v - 1];
+    if (mapjperm) {
+        for (int i = from; i <= to; i++) store(v, i, misval);
+        return;
+    }
+    const int w = bytlenc(type);
+    uint8_t pat[8];
+    encode_cell(pat, type, misval);
+    uint8_t* col = colptr(v) + static_cast<int64_t>(from - 1) * w;
+    const size_t n = static_cast<size_t>(to - from + 1);
+    switch (w) {
+    case 8: {
+        uint64_t x;
+        std::memcpy(&x, pat, 8);
+        std::fill_n(reinterpret_cast<uint64_t*>(col), n, x);
+        return;
+    }
+    case 4: {
+        uint32_t x;
+        std::memcpy(&x, pat, 4);
+        std::fill_n(reinterpret_cast<uint32_t*>(col), n, x);
+        return;
+    }
+    case 2: {
+        uint16_t x;
+        std::memcpy(&x, pat, 2);
+        std::fill_n(reinterpret_cast<uint16_t*>(col), n, x);
+        return;
+    }
+    default: std::memset(col, pat[0], n); return;
+    }
+}
+
 // The numeric loop of generate; with Count the missing results are counted
-// into *missing.
+// into *missing. The cells of the range not reached by a break are set to
+// `.` (the caller set those outside the range).
 template <bool Count> static int genblocks(int v, int64_t* missing) {
-    return overblocks([&](int from, int to, double* out) {
+    if (typlist[v - 1] == KV_DOUBLE && !ifclause) {
+        // the results go straight into the column
+        constexpr int B = 1024;
+        colsync();
+        for (int from = nobs1; from <= nobs2; from += B) {
+            if (kvpollstd()) {
+                fillmissing(v, from, nobs2);
+                return 1;
+            }
+            int to = from + B - 1 < nobs2 ? from + B - 1 : nobs2;
+            double* col = reinterpret_cast<double*>(colptr(v)) + (from - 1);
+            xeqblock(&wepgm, from, to, col);
+            if (Count) {
+                int64_t n = 0;
+                for (int k = 0; k <= to - from; k++) n += col[k] >= misval;
+                *missing += n;
+            }
+        }
+        return 0;
+    }
+    int reached = nobs1;
+    int rc = overblocks([&](int from, int to, double* out) {
         if (ifclause)
             for (int i = from; i <= to; i++)
                 if (!selobs(i)) out[i - from] = misval;
         *missing += storeblock_any(v, from, to, out, Count);
+        reached = to + 1;
         return 0;
     });
+    if (rc) fillmissing(v, reached, nobs2);
+    return rc;
 }
 
 int gen(int) {
@@ -184,11 +249,15 @@ int gen(int) {
         // every cell of the new variable starts missing (or empty), so that
         // a break, an error or a later by-group never leaves a cell unset;
         // without by the cells outside the range count as missing now
-        for (int i = 1; i <= nobs; i++) {
-            if (isstr)
-                storestr(v, i, "");
-            else
-                store(v, i, misval);
+        if (isstr) {
+            for (int i = 1; i <= nobs; i++) storestr(v, i, "");
+        } else if (byvar || nobs2 < nobs1) {
+            fillmissing(v, 1, nobs);
+        } else {
+            // the numeric loop writes every cell of the range, or on a
+            // break sets those it did not reach
+            fillmissing(v, 1, nobs1 - 1);
+            fillmissing(v, nobs2 + 1, nobs);
         }
         if (!byvar) missing = nobs - (nobs2 >= nobs1 ? nobs2 - nobs1 + 1 : 0);
     }
