@@ -183,7 +183,12 @@ static int readelems(MoReader& r, MObj* o) {
             } else {
                 std::string nm;
                 if (int rc = readobj(r, &t, &nm)) return rc;
-                if (r.objs.find(num) == r.objs.end() || r.objs[num] != t) return 5;
+                auto at = r.objs.find(num);
+                if (at == r.objs.end() || at->second != t) {
+                    // the object came under another number than announced
+                    if (t->count <= 0) mo_freemat(t);
+                    return 5;
+                }
             }
             mo_hold(t);
             m_pel(o)[i] = t;
