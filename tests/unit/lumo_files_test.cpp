@@ -561,3 +561,50 @@ TEST_F(LumoFiles, MutatedFilesNeverBreakTheReaders) {
 }
 
 } // namespace
+
+namespace {
+
+// Unlinked temporaries and rings of pointers are released; what a name or
+// an outside count reaches is kept.
+TEST_F(LumoFiles, UnreachableRingsAndTemporariesAreReleased) {
+    m_curdepth = 0;
+    MObj* keep = m_mkmat("kept", MT_POINTER, 1, 1); // named: count 1
+    MObj* t = m_mkmat("", MT_REAL, 1, 1);           // reached through keep
+    MObj* lost = m_mkmat("", MT_REAL, 2, 2);        // count 0, unlinked
+    MObj* r1 = m_mkmat("", MT_POINTER, 1, 1);       // r1 and r2 point at each other
+    MObj* r2 = m_mkmat("", MT_POINTER, 1, 2);
+    ASSERT_TRUE(keep && t && lost && r1 && r2);
+    EXPECT_EQ(keep->count, 1);
+    mo_hold(t);
+    m_pel(keep)[0] = t;
+    mo_hold(r2);
+    m_pel(r1)[0] = r2;
+    mo_hold(r1);
+    m_pel(r2)[0] = r1;
+    mo_hold(t); // the ring also points at a kept object
+    m_pel(r2)[1] = t;
+    EXPECT_EQ(mo_counts.live, 5);
+    EXPECT_EQ(m_freeunlinkedmats(), 3);
+    EXPECT_EQ(mo_counts.live, 2);
+    EXPECT_EQ(t->count, 1);
+    EXPECT_EQ(m_pel(keep)[0], t);
+    // held from outside the store: kept, with what it reaches
+    MObj* held = m_mkmat("", MT_POINTER, 1, 1);
+    MObj* u = m_mkmat("", MT_STRING, 1, 1);
+    mo_hold(held);
+    mo_hold(u);
+    m_pel(held)[0] = u;
+    EXPECT_EQ(m_freeunlinkedmats(), 0);
+    mo_release(held);
+    EXPECT_EQ(mo_counts.live, 2);
+    // deeper than the interactive level nothing is touched
+    MObj* deep = m_mkmat("", MT_REAL, 1, 1);
+    m_curdepth = 2;
+    EXPECT_EQ(m_freeunlinkedmats(), 0);
+    m_curdepth = 0;
+    EXPECT_EQ(m_freeunlinkedmats(), 1);
+    (void)deep;
+    EXPECT_EQ(mo_counts.live, 2);
+}
+
+} // namespace

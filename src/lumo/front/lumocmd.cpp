@@ -120,6 +120,7 @@ static int blockcmd(const char* line) {
         if (*p) return error(198);
         lumo_clearmats();
         m_dropallfcns();
+        if (lumo_xeq_depth <= 1) m_freeunlinkedmats();
         if (++m_sysclock >= 2147483645) m_resetclock();
         return 0;
     }
@@ -136,6 +137,7 @@ static int blockcmd(const char* line) {
                 return errorf(111, fcn ? "%s() not found\n" : "%s not found\n", name.c_str());
             p = skipbl(p);
         }
+        if (lumo_xeq_depth <= 1) m_freeunlinkedmats();
         return 0;
     }
     if (word == "describe") return lumo_describe(p);
@@ -183,6 +185,7 @@ static int doline(const std::string& line) {
         const LumoFcn* f = cc_lastfcn();
         if (f && !strcmp(dmname(f), mwrd_istmt)) {
             rc = m_runhook ? m_runhook(const_cast<LumoFcn*>(f)) : norun(nullptr);
+            if (lumo_xeq_depth == 1) m_freeunlinkedmats();
             if (rc) return rc;
         }
         m_dropoldfcns();

@@ -870,6 +870,21 @@ void mx_opref() {
     mo_release(o);
 }
 
+// A struct array seen as an array of pointers to its instances: the same
+// elements under the pointer type.
+void mx_opcastp() {
+    MObj* a = *m_stak;
+    if (a->fcn) return m_xeqerr(3102);
+    if (a->eltype == MT_POINTER) return;
+    if (a->eltype != MT_STRUCT) return m_xeqerr(3257);
+    MObj* p = m_mkmat("", MT_POINTER, a->rows, a->cols);
+    if (!p) return m_xeqerr(3900);
+    const int64_t n = m_nel(a);
+    for (int64_t i = 0; i < n; i++)
+        if ((m_pel(p)[i] = m_pel(a)[i])) mo_hold(m_pel(p)[i]);
+    ppp1(p);
+}
+
 // The target of the pointer p, or null with the code set.
 static MObj* target(MObj* p) {
     if (p->fcn || p->eltype != MT_POINTER) {
