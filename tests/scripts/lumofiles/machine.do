@@ -19,4 +19,33 @@ lumo: rows(**(*c))
 * now nothing does: all three go
 lumo drop c
 lumo memory
+* arrays of structures: S(n) is 1 x n, S(r, c) is r x c, one instance each
+lumo:
+struct lf_pt {
+    real scalar x, y
+}
+function lf_arr(real scalar n) {
+    struct lf_pt rowvector a
+    a = lf_pt(n)
+    return(a)
+}
+function lf_el() {
+    struct lf_pt rowvector a
+    struct lf_pt scalar b
+    a = lf_pt(3)
+    b = a[2]
+    b.x = 7
+    return(b.x + rows(a) * 10 + cols(a) * 100)
+}
+end
+lumo: cols(lf_arr(3))
+lumo: s = lf_pt(2, 3)
+lumo: (rows(s), cols(s))
+lumo: rows(lf_pt(0, 2))
+* 7 + 10 + 300
+lumo: lf_el()
+cap noi lumo: lf_pt(-1)
+cap noi lumo: lf_pt("a")
+lumo drop s
+lumo memory
 display "test completed"
