@@ -56,6 +56,7 @@ struct Opts {
     double level = 95;
     double dof = -1;
     std::string eform, depname, cluster;
+    std::string wexp; // the weight's expression as typed
 };
 
 // Compensated dot product.
@@ -195,6 +196,18 @@ void reg3_table(const Fit& f, const Opts& o) {
         oo_close();
 }
 
+// Below the table of an instrumental-variables fit: the regressors that were
+// instrumented and the instruments, from e().
+void iv_footer() {
+    char il[2048], zl[2048];
+    estuseshort("instd", il, sizeof il);
+    estuseshort("insts", zl, sizeof zl);
+    c_outlev = 1;
+    spoutf("Instrumented:%s%s\n", il[0] ? " " : "", il);
+    spoutf("Instruments:  %s\n", zl);
+    spoutptl("{hline 78}\n");
+}
+
 // Redisplay options and the stored fit.
 int load_fit(Fit* f) {
     if (!lastest) return error(301), 301;
@@ -246,8 +259,9 @@ int redisplay(const Opts& o) {
     estuseshort("model", model, sizeof model);
     iv_title = !std::strcmp(model, "iv");
     if (o.header) reg3_header(f, f.vcetype.empty());
-    iv_title = false;
     reg3_table(f, o);
+    if (iv_title) iv_footer();
+    iv_title = false;
     return 0;
 }
 
@@ -528,6 +542,7 @@ int regresscmd(int) {
     if (int rc = parse()) return rc;
     std::vector<int> mainvars(varlist_vr, varlist_vr + lnvar);
     Opts o;
+    o.wexp = wgtexptext;
     if (int rc = parse_opts(&o)) return rc;
     std::vector<int> zvars;
     if (iv) {
@@ -852,34 +867,27 @@ int regresscmd(int) {
     estval_reset_local("estat_cmd", "regress_estat");
     estval_reset_local("predict", iv ? "regriv_p" : "regres_p");
     if (iv) {
-        std::string zl;
+        std::string zl, il;
         for (int v : zvars) zl += (zl.empty() ? "" : " ") + std::string(varname(v));
+        for (int j = 1; j < static_cast<int>(vars.size()); ++j)
+            if (std::find(zvars.begin(), zvars.end(), vars[j]) == zvars.end())
+                il += (il.empty() ? "" : " ") + std::string(varname(vars[j]));
         estval_reset_local("insts", zl.c_str());
+        estval_reset_local("instd", il.c_str());
     }
     estval_reset_local("properties", "b V");
     if (rb.on) estval_resave_vcetype(f.vcetype.c_str());
     if (weclause) {
         static const char* wn[] = {"", "aweight", "fweight", "", "pweight", "", "", "", "iweight"};
         estval_reset_local("wtype", wn[wgttype]);
+        estval_reset_local("wexp", ("= " + o.wexp).c_str());
     }
     if (s_outlev > 2) return 0;
     iv_title = iv;
     if (o.header) reg3_header(f, !rb.on);
     iv_title = false;
     reg3_table(f, o);
-    if (iv && s_outlev <= 2) {
-        std::string il, xl;
-        for (int j = 1; j < static_cast<int>(vars.size()); ++j) {
-            bool isz = std::find(zvars.begin(), zvars.end(), vars[j]) != zvars.end();
-            (isz ? xl : il) += std::string(" ") + varname(vars[j]);
-        }
-        c_outlev = 1;
-        spoutf("Instrumented:%s\n", il.c_str());
-        std::string zl;
-        for (int v : zvars) zl += std::string(" ") + varname(v);
-        spoutf("Instruments: %s\n", zl.c_str());
-        spoutptl("{hline 78}\n");
-    }
+    if (iv) iv_footer();
     return 0;
 }
 
