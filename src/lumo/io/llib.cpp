@@ -261,7 +261,9 @@ int llib_load1(const LlibCtx* c, uint32_t offset, LlibMember* m) {
     m->orgtype = static_cast<int16_t>(get16(h + 12, o));
     m->dttype = static_cast<int16_t>(get16(h + 14, o));
     m->format = static_cast<int16_t>(get16(h + 16, o));
-    if (m->nwords < 3 || m->bytes != 4 * m->nwords || m->dttype != 2) return 5;
+    if (m->nwords < 3 || m->nwords > (1 << 28) ||
+        static_cast<int64_t>(m->bytes) != 4 * static_cast<int64_t>(m->nwords) || m->dttype != 2)
+        return 5;
     if (m->format < LLIB_FMT_OLDEST) return 1;
     if (m->format > LLIB_FMT_NEWEST) return 2;
     return 0;
