@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Reference values of the non-central distributions and the bivariate normal.
 
-Writes tests/reference/noncentral_ref.inc for tests/unit/noncentral_test.cpp:
+Writes tests/reference/noncentral_ref.inc for tests/unit/distrib_test.cpp:
 { "name", {args...}, value, tolerance }.  Run: /usr/bin/python3 tests/reference/noncentral_ref.py
 Every value comes from a closed-form density integrated numerically with
 mpmath at 40 digits (the Bessel form of the non-central chi-squared density,

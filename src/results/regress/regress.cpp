@@ -56,7 +56,8 @@ struct Opts {
     double level = 95;
     double dof = -1;
     std::string eform, depname, cluster;
-    std::string wexp; // the weight's expression as typed
+    std::string wexp;  // the weight's expression as typed
+    std::string score; // a new variable for the equation's score
 };
 
 // Compensated dot product.
@@ -525,7 +526,13 @@ int parse_opts(Opts* o) {
     o->hc3 = findopt("hc3", 3, 0);
     if (o->tsscons) o->rssmat = true;
     if (int rc = chkopt()) return rc;
-    if (score[0]) return errtext(198, "option score() not allowed");
+    if (score[0]) {
+        std::string_view sv(score);
+        if (sv.find(' ') != std::string_view::npos) return error(103);
+        if (chkname(score, 1)) return 198;
+        if (sysfindvar(score)) return errorf(110, "%s already defined", score);
+        o->score = score;
+    }
     if (o->hc2 && o->hc3) return errtext(198, "options hc2 and hc3 may not be combined");
     return 0;
 }
@@ -845,6 +852,24 @@ int regresscmd(int) {
         if (int rc = marker_new(&mark)) return ab_est(1), rc;
     }
     for (int i = 1; i <= nobs; ++i) bstore(mark, i, used[i - 1]);
+    // the score of each observation's equation, d lnL / d xb = e / s^2: what
+    // _robust takes to rebuild a sandwich over the model-based variance
+    if (!o.score.empty()) {
+        if (int rc = addvar(o.score.c_str(), KV_DOUBLE)) return rc;
+        int sv = nvar;
+        i_nvar = nvar; // a variable of the user's, kept after the command
+        double* out = reinterpret_cast<double*>(colbase_w(sv, nullptr));
+        for (int i = 1; i <= nobs; ++i) {
+            double v = misval;
+            if (used[i - 1] && mse > 0) {
+                double xb = 0, xe = 0;
+                for (int j = 0; j < k; ++j) accumerr(&xb, &xe, b[j] * korvu_data(vars[j + 1], i));
+                if (cons) accumerr(&xb, &xe, b[p - 1]);
+                v = (korvu_data(vars[0], i) - (xb + xe)) / mse;
+            }
+            out[i - 1] = v;
+        }
+    }
     lastest = 18;
     lastest_op = 0;
     estval_reset_scalar("N", N);
@@ -866,6 +891,7 @@ int regresscmd(int) {
     estval_reset_local("model", iv ? "iv" : "ols");
     estval_reset_local("estat_cmd", "regress_estat");
     estval_reset_local("predict", iv ? "regriv_p" : "regres_p");
+    if (!o.score.empty()) estval_reset_local("scorevars", o.score.c_str());
     if (iv) {
         std::string zl, il;
         for (int v : zvars) zl += (zl.empty() ? "" : " ") + std::string(varname(v));
