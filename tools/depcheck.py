@@ -56,6 +56,8 @@ RULES = {
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,
+    # object files, libraries and matrix files of the matrix language
+    "lumo/io": LOWER + ["results", "lumo"] + DATA_PUBLIC,
     "class": LOWER + ["results", "lumo", "class"] + DATA_PUBLIC,
     "graphics": LOWER + ["results", "class", "graphics"] + DATA_PUBLIC,
     "ui": LOWER + ["results", "lumo", "class", "graphics", "ui"] + DATA_PUBLIC,

@@ -180,7 +180,7 @@ const MopInfo mop_table[MOP_COUNT] = {
     /* 151 */ OP("predec", ML_NONE, 0, 0, "subtract 1 from the real scalar on top", mx_predec),
     /* 152 */ OP("postinc", ML_NONE, 1, 1, "add 1 in place, leave the old value", mx_postinc),
     /* 153 */ OP("postdec", ML_NONE, 1, 1, "subtract 1 in place, leave the old value", mx_postdec),
-    /* 154 */ OP("opcastp", ML_NONE, 1, 1, "struct pointer to plain", mx_opstruct), NOOP,
+    /* 154 */ OP("opcastp", ML_NONE, 1, 1, "struct pointer to plain", mx_opcastp), NOOP,
     NOOP, // 155, 156
 };
 

@@ -16,6 +16,7 @@
 #include "kernel/parse/gettok.h"
 #include "kernel/program/program.h"
 #include "lumo/front/lexer.h"
+#include "lumo/io/lumofile.h"
 #include "lumo/lumo.h"
 #include "lumo/objects/mobj.h"
 #include "lumo/vm/vm.h"
@@ -119,6 +120,8 @@ static int blockcmd(const char* line) {
         if (*p) return error(198);
         lumo_clearmats();
         m_dropallfcns();
+        if (lumo_xeq_depth <= 1) m_freeunlinkedmats();
+        if (++m_sysclock >= 2147483645) m_resetclock();
         return 0;
     }
     if (word == "drop") {
@@ -129,19 +132,23 @@ static int blockcmd(const char* line) {
             const bool fcn = !strncmp(p, "()", 2);
             if (fcn) p += 2;
             if (name.empty() || (*p && *p != ' ')) return error(198);
+            if (fcn && ++m_sysclock >= 2147483645) m_resetclock();
             if (fcn ? m_dropfcn(name.c_str()) : lumo_dropmat(name.c_str()))
                 return errorf(111, fcn ? "%s() not found\n" : "%s not found\n", name.c_str());
             p = skipbl(p);
         }
+        if (lumo_xeq_depth <= 1) m_freeunlinkedmats();
         return 0;
     }
     if (word == "describe") return lumo_describe(p);
     if (word == "memory") return lumo_memory(p);
     if (word == "rename") return lumo_rename(p);
-    static const char* const others[] = {"mosave",  "which",  "llib",
-                                         "matsave", "matuse", "matdescribe"};
-    for (const char* o : others)
-        if (word == o) return notyet((std::string("lumo ") + o).c_str());
+    if (word == "mosave") return lumo_mosave(p);
+    if (word == "llib") return lumo_llib(p);
+    if (word == "which") return lumo_which(p);
+    if (word == "matsave") return lumo_matsave(p);
+    if (word == "matuse") return lumo_matuse(p);
+    if (word == "matdescribe") return lumo_matdescribe(p);
     return errorf(198, "lumo %s:  invalid subcommand\n", word.c_str());
 }
 
@@ -158,6 +165,8 @@ static bool issubcmd(const char* p) {
         if (p[n] == 0) return true;
         if (p[n] != ' ' && p[n] != '\t') continue;
         if (isalpha(static_cast<unsigned char>(*q)) || *q == '_' || *q == '*') return true;
+        // file names of the file subcommands
+        if (w[0] == 'm' && w[1] == 'a' && (*q == '"' || *q == '/' || *q == '~')) return true;
     }
     return false;
 }
@@ -176,6 +185,7 @@ static int doline(const std::string& line) {
         const LumoFcn* f = cc_lastfcn();
         if (f && !strcmp(dmname(f), mwrd_istmt)) {
             rc = m_runhook ? m_runhook(const_cast<LumoFcn*>(f)) : norun(nullptr);
+            if (lumo_xeq_depth == 1) m_freeunlinkedmats();
             if (rc) return rc;
         }
         m_dropoldfcns();

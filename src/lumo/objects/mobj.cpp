@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <sys/mman.h>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
@@ -340,6 +342,63 @@ int cpymat(MObj* target, MObj* source, bool steal) {
     copyelems(target, source);
     target->isvoid = source->isvoid;
     return 0;
+}
+
+// Objects no longer reachable: temporaries left at a count of 0 or below,
+// and rings of pointers that keep each other alive with nothing outside
+// pointing in. A reference from outside the store (a name, a frame, the
+// stack, a pinned constant) shows as a count above the references made by
+// elements; what such objects reach is kept, the rest is released. Only
+// between statements of the interactive level, where no code runs.
+int m_freeunlinkedmats() {
+    if (m_curdepth > 1) return 0;
+    std::vector<MObj*> all;
+    for (void* it = dmnext(nullptr, nullptr, DM_LUMOMAT, nullptr); it;
+         it = dmnext(it, nullptr, DM_LUMOMAT, nullptr)) {
+        auto* o = static_cast<MObj*>(it);
+        if (o->live) all.push_back(o);
+    }
+    if (all.empty()) return 0;
+    std::unordered_map<MObj*, int64_t> refs; // count less the references of elements
+    auto holds = [](const MObj* o) {
+        return !o->view && (o->eltype == MT_POINTER || o->eltype == MT_STRUCT);
+    };
+    for (MObj* o : all) refs[o] += o->count;
+    for (MObj* o : all)
+        if (holds(o))
+            for (int64_t i = 0; i < m_nel(o); i++)
+                if (MObj* t = m_pel(o)[i]; t && refs.count(t)) refs[t]--;
+    std::unordered_map<MObj*, bool> kept;
+    std::vector<MObj*> todo;
+    for (MObj* o : all)
+        if (refs[o] > 0) {
+            kept[o] = true;
+            todo.push_back(o);
+        }
+    while (!todo.empty()) {
+        MObj* o = todo.back();
+        todo.pop_back();
+        if (!holds(o)) continue;
+        for (int64_t i = 0; i < m_nel(o); i++)
+            if (MObj* t = m_pel(o)[i]; t && refs.count(t) && !kept[t]) {
+                kept[t] = true;
+                todo.push_back(t);
+            }
+    }
+    std::vector<MObj*> gone;
+    for (MObj* o : all)
+        if (!kept[o]) gone.push_back(o);
+    // first cut the links, so that no release runs into the ring
+    for (MObj* o : gone) {
+        if (!holds(o)) continue;
+        for (int64_t i = 0; i < m_nel(o); i++) {
+            MObj* t = m_pel(o)[i];
+            m_pel(o)[i] = nullptr;
+            if (t && (!refs.count(t) || kept[t])) mo_release(t);
+        }
+    }
+    for (MObj* o : gone) mo_freemat(o);
+    return static_cast<int>(gone.size());
 }
 
 // Named matrices.

@@ -85,6 +85,10 @@ MObj* m_dupmat(const MObj* o);
 int m_remkmat(MObj* o, int eltype, int view, int rows, int cols);
 void m_swapmat(MObj* a, MObj* b);
 int64_t m_objsize(const MObj* o);
+// Releases what nothing outside the store reaches any more: unlinked
+// temporaries and rings of pointers. Only at depth 1 or less; returns the
+// number of objects released.
+int m_freeunlinkedmats();
 // Copies source into target (resizing it); steal: a temporary source
 // referenced once gives its data instead. Returns 0 or 3900.
 int cpymat(MObj* target, MObj* source, bool steal);

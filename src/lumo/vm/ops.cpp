@@ -571,6 +571,8 @@ void mx_opmult() {
 void mx_opdmult() {
     MObj* a = m_stak[-1];
     MObj* b = m_stak[0];
+    if (!a->fcn && !b->fcn && (a->eltype == MT_COMPLEX || b->eltype == MT_COMPLEX))
+        return m_cxkron();
     const int el = family(a, b);
     if (el == -100) return;
     if (el != MT_REAL) return m_xeqerr(3251);

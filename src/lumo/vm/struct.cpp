@@ -97,11 +97,35 @@ static MObj* newvalue(int sdef) {
     return v;
 }
 
-// Called from opcall for a structure definition.
+// Called from opcall for a structure definition: S() is one instance,
+// S(n) a 1 x n array and S(r, c) an r x c array, each element its own
+// instance. The arguments are popped.
 void m_xeqstruct(MObj* def, int nargs) {
-    if (nargs) return m_custom_xeqerr(3997, "structure arrays not yet available");
-    MObj* v = newvalue(def->sdef);
+    if (nargs > 2) return m_xeqerr(3001);
+    int dim[2] = {1, 1};
+    for (int k = 0; k < nargs; k++) {
+        const MObj* a = m_stak[k - nargs + 1];
+        if (a->fcn || a->eltype != MT_REAL) return m_xeqerr(3253);
+        if (a->rows != 1 || a->cols != 1) return m_xeqerr(3204);
+        const double x = m_rel(a)[0];
+        if (!(x >= 0 && x < 2147483647.0)) return m_xeqerr(3300);
+        dim[nargs == 1 ? 1 : k] = static_cast<int>(x);
+    }
+    MObj* v = nargs ? m_mkmat("", MT_STRUCT, dim[0], dim[1]) : newvalue(def->sdef);
     if (!v) return m_xeqerr(3900);
+    if (nargs) {
+        v->sdef = def->sdef;
+        for (int64_t i = 0; i < m_nel(v); i++) {
+            MObj* inst = m_mkinstance(def->sdef);
+            if (!inst) {
+                mo_freemat(v);
+                return m_xeqerr(3900);
+            }
+            mo_hold(inst);
+            m_pel(v)[i] = inst;
+        }
+    }
+    for (int k = 0; k < nargs; k++) m_pop();
     m_push(v);
 }
 

@@ -11,6 +11,8 @@
 #include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "lumo/codegen/opcodes.h"
+#include "lumo/front/cc.h"
+#include "lumo/io/lumofile.h"
 #include "lumo/vm/vmops.h"
 #include "lumo/vm/xeqops.h"
 
@@ -649,10 +651,44 @@ void mx_opextern() {
     findext(true);
 }
 
+// The cache of opfindf: the instruction keeps in its own words the clock at
+// which it found its function and the number of an entry here, which holds
+// the function and the instruction that owns the entry. Entries are reused
+// in turn; an instruction whose entry was taken looks its name up again.
+struct FindfCache {
+    const uint32_t* owner;
+    LumoFcn* fcn;
+};
+static constexpr uint32_t FINDF_CACHE = 4096;
+static FindfCache findf_cache[FINDF_CACHE];
+static uint32_t findf_next = 0;
+
+static LumoFcn* findf_cached(const uint32_t* pc) {
+    const uint32_t k = pc[2];
+    if (pc[1] != static_cast<uint32_t>(m_sysclock) || k == 0 || k > FINDF_CACHE) return nullptr;
+    const FindfCache& e = findf_cache[k - 1];
+    if (e.owner != pc || !e.fcn || e.fcn->replaced) return nullptr;
+    return e.fcn;
+}
+
+static void findf_keep(const uint32_t* pc, LumoFcn* f) {
+    uint32_t* w = const_cast<uint32_t*>(pc);
+    const uint32_t k = findf_next++ % FINDF_CACHE;
+    findf_cache[k] = {pc, f};
+    w[1] = static_cast<uint32_t>(m_sysclock);
+    w[2] = k + 1;
+}
+
 void mx_opfindf() {
     const uint32_t words = m_rt.pc[4];
     const char* name = optext(m_rt.pc + 4);
-    LumoFcn* f = m_findfcn(name);
+    LumoFcn* f = findf_cached(m_rt.pc);
+    if (!f) {
+        f = m_findfcn(name);
+        if (f && f->replaced) f = nullptr;
+        if (!f && !m_findstruct(name)) f = m_autoload(name);
+        if (f) findf_keep(m_rt.pc, f);
+    }
     MObj* o;
     if (!f || f->replaced) {
         // a structure's name calls its constructor
@@ -832,6 +868,21 @@ void mx_opref() {
     p->count++;
     *m_stak = p;
     mo_release(o);
+}
+
+// A struct array seen as an array of pointers to its instances: the same
+// elements under the pointer type.
+void mx_opcastp() {
+    MObj* a = *m_stak;
+    if (a->fcn) return m_xeqerr(3102);
+    if (a->eltype == MT_POINTER) return;
+    if (a->eltype != MT_STRUCT) return m_xeqerr(3257);
+    MObj* p = m_mkmat("", MT_POINTER, a->rows, a->cols);
+    if (!p) return m_xeqerr(3900);
+    const int64_t n = m_nel(a);
+    for (int64_t i = 0; i < n; i++)
+        if ((m_pel(p)[i] = m_pel(a)[i])) mo_hold(m_pel(p)[i]);
+    ppp1(p);
 }
 
 // The target of the pointer p, or null with the code set.

@@ -18,6 +18,8 @@ extern MObj* const m_kmiss;
 bool m_shape(const MObj* a, const MObj* b, bool colon, int* R, int* C);
 void m_cxbin(int kind, bool colon);
 void m_cxmult();
+void m_cxkron(); // the Kronecker product
+
 void m_cxneg();
 void m_cxtrans();
 bool m_cxequal(const MObj* a, const MObj* b);

@@ -22,7 +22,8 @@ using MopXeq = void (*)();
     X(oplstosmat2) X(oplsubscr1) X(oplstosmat1) X(oplstosmat2p) X(oplstosmat1p) X(opderef) \
     X(opref) X(opldnull) X(oplsstosmat1) X(oplsstosmat2) X(oprsstosmat) X(opsstomat) \
     X(opcallind) X(opextern) X(version) X(opolc) X(opfindf) X(preinc) X(predec) X(postinc) \
-    X(postdec) X(opcomplex) X(opstruct) X(opdrill) X(opldmatd) X(opldmatdd) X(opalcstruct)
+    X(postdec) X(opcomplex) X(opstruct) X(opdrill) X(opldmatd) X(opldmatdd) X(opalcstruct) \
+    X(opcastp)
 // clang-format on
 KORVU_MX_LIST(KORVU_MX)
 #undef KORVU_MX
