@@ -11,6 +11,7 @@
 #include "kernel/errors/errors.h"
 #include "kernel/loop/brk.h"
 #include "lumo/codegen/opcodes.h"
+#include "lumo/objects/mview.h"
 #include "lumo/vm/vmops.h"
 #include "lumo/vm/xeqops.h"
 
@@ -197,6 +198,42 @@ static void xeqreport(const LumoFcn* f) {
     snprintf(lastcaller, sizeof lastcaller, "%s", nm);
 }
 
+// Views among the operands an instruction reads become plain temporaries
+// of their values, except for the instructions that read or write views
+// themselves (subscripts, stores through an expression, calls).
+static bool viewaware(uint32_t op) {
+    static int8_t aware[MOP_COUNT];
+    static bool init = false;
+    if (!init) {
+        static const char* const names[] = {
+            "opbiltin",  "opcall",       "opcallind",    "oplsubscr",   "oplsubscr1",
+            "oprsubscr", "oplsstosmat1", "oplsstosmat2", "oprsstosmat", "opisfcn"};
+        for (uint32_t k = 0; k < MOP_COUNT; k++) {
+            aware[k] = 0;
+            if (!mop_table[k].name) continue;
+            for (const char* n : names)
+                if (!strcmp(mop_table[k].name, n)) aware[k] = 1;
+        }
+        init = true;
+    }
+    return aware[op];
+}
+
+void m_unviewops(uint32_t op) {
+    if (viewaware(op)) return;
+    int k = mop_table[op].pops;
+    if (!strcmp(mop_table[op].name ? mop_table[op].name : "", "oplist2")) k = 1;
+    for (int d = 0; d < k && m_stak - d >= m_stakbase; d++) {
+        MObj* o = m_stak[-d];
+        if (!o->view) continue;
+        MObj* t = m_unview(o);
+        if (!t) return m_xeqerr(3900);
+        t->count++;
+        m_stak[-d] = t;
+        mo_release(o);
+    }
+}
+
 // The loop.
 
 static inline void jump(uint32_t addr) {
@@ -250,9 +287,10 @@ void m_xeq(LumoFcn* f, int nargs) {
                 m_rt.pc++;
             break;
         default:
-            if (op < MOP_COUNT)
+            if (op < MOP_COUNT) {
+                if (m_nviews > 0) m_unviewops(op);
                 mop_table[op].xeq();
-            else
+            } else
                 m_xeqerr(3997);
         }
         m_rt.pc++;
@@ -740,7 +778,9 @@ void mx_opbiltin() {
         m_custom_xeqerr(3996, "%s() not yet available", m_builtinname(idx));
         return;
     }
+    m_xeqerrid = m_biid(idx);
     fn(n);
+    if (!m_xrc) m_xeqerrid = nullptr;
     m_rt.pc += 2;
 }
 

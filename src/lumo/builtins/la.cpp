@@ -1,0 +1,8 @@
+// placeholder
+#include "lumo/builtins/bi.h"
+
+namespace korvu {
+
+void bi_link_la(MBiFn*) {}
+
+} // namespace korvu
