@@ -64,6 +64,11 @@ inline double bi_fin(double x) {
     return x == x && x < misval && x > -1.79769313486231570815e308 ? x : misval;
 }
 
+// Renders the format text of argument fmtarg with the arguments after it,
+// through the display formats ("%9.2f", "%-12s", "%td"); false with the
+// code set.
+bool bi_format(int n, int fmtarg, std::string* out);
+
 // Families.
 void bi_link_shape(MBiFn* t);
 void bi_link_elem(MBiFn* t);

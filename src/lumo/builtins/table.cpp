@@ -146,7 +146,7 @@ static const MBuiltin m_bitab[] = {
     {"ginvr", 140, ET_REAL, OT_MATRIX, 1, 2},
     {"_cholesky", 141, ET_TM, OT_MATRIX, 1, 1},
     {"_lud2_la", 142, ET_TM, OT_MATRIX, 3, 3},
-    {"_luinv_la", 143, ET_REAL, OT_SCALAR, 2, 2},
+    {"_luinv_la", 143, ET_REAL, OT_SCALAR, 1, 2},
     {"_lusolve_la", 144, ET_REAL, OT_SCALAR, 2, 3},
     {"_hqrdp_la", 145, ET_REAL, OT_SCALAR, 4, 4},
     {"_hqrdmult", 146, ET_TM, OT_MATRIX, 4, 4},
