@@ -287,8 +287,7 @@ static void bi_usvd_2(int n) {
     }
     lapack_int info = 0;
     if (K > 0) {
-        info = LAPACKE_dgesdd(LAPACK_ROW_MAJOR, 'N', R, C, m_rel(c), C, m_rel(w), nullptr, 1,
-                              nullptr, 1);
+        info = LAPACKE_dgesdd(LAPACK_ROW_MAJOR, 'N', R, C, m_rel(c), C, m_rel(w), nullptr, R, nullptr, C);
         if (info < 0) {
             mo_freemat(c);
             mo_freemat(w);
