@@ -69,6 +69,10 @@ inline double bi_fin(double x) {
 // code set.
 bool bi_format(int n, int fmtarg, std::string* out);
 
+// Runs a command line through the command loop (quietly when asked) and
+// gives its return code; the running line and command state are kept.
+int bi_runline(const std::string& cmd, bool quiet);
+
 // Families.
 void bi_link_shape(MBiFn* t);
 void bi_link_elem(MBiFn* t);

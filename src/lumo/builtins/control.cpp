@@ -46,7 +46,7 @@ static void bi_korvuversion(int n) {
 // Runs one command line through the command loop, with everything the
 // running line holds (the line, the tokenizer, the command state) put back
 // afterwards. The machine's own state is saved by its entry points.
-static int runline(const std::string& cmd, bool quiet) {
+int bi_runline(const std::string& cmd, bool quiet) {
     std::string text = quiet ? "quietly " + cmd : cmd;
     if (static_cast<int64_t>(text.size()) >= conslen) return errtext(1004, "input too long\n");
     std::vector<char> buf(static_cast<size_t>(conslen) + 1, 0);
@@ -91,7 +91,7 @@ static void bi_korvu(int n) {
     std::string cmd;
     bool quiet;
     if (!cmdargs(n, &cmd, &quiet)) return;
-    const int rc = runline(cmd, quiet);
+    const int rc = bi_runline(cmd, quiet);
     if (rc == 1 || stopflag) return m_xeqerr(1);
     if (rc) return m_xeqerr(3598);
     bi_voidres(n);
@@ -101,7 +101,7 @@ static void bi_ukorvu(int n) {
     std::string cmd;
     bool quiet;
     if (!cmdargs(n, &cmd, &quiet)) return;
-    const int rc = runline(cmd, quiet);
+    const int rc = bi_runline(cmd, quiet);
     bi_realres(n, rc);
 }
 

@@ -14,7 +14,11 @@
 
 #include "data/area/dataarea.h"
 #include "data/area/storage.h"
+#include "data/formats/formats.h"
+#include "data/labels/label.h"
+#include "data/vars/varcmds.h"
 #include "data/vars/vartab.h"
+#include "kernel/macro/macro.h"
 #include "lumo/builtins/bi.h"
 
 namespace korvu {
@@ -564,7 +568,228 @@ static void bi_ukv_addvar(int n) {
     addvars(n, true);
 }
 
+// Changes of the dataset's shape go through the commands that make them,
+// so that every rule of theirs holds; a failing command aborts with 3598.
+static void bycommand(int n, const std::string& cmd, bool status) {
+    const int rc = bi_runline(cmd, true);
+    if (status) return void(bi_realres(n, rc));
+    if (rc) return m_xeqerr(rc == 1 ? 1 : 3598);
+    bi_voidres(n);
+}
+static void addobs(int n, bool status) {
+    int64_t k;
+    if (!bi_getint(n, 0, 0, 2147483647, &k)) return;
+    bycommand(n, "set obs " + std::to_string(nobs + k), status);
+}
+static void bi_kv_addobs(int n) {
+    addobs(n, false);
+}
+static void bi_ukv_addobs(int n) {
+    addobs(n, true);
+}
+static std::string namelist(const std::vector<int>& vars) {
+    std::string s;
+    for (int v : vars) {
+        if (!s.empty()) s += ' ';
+        s += varname(v);
+    }
+    return s;
+}
+static void dropkeepvar(int n, bool drop) {
+    std::vector<int> vars;
+    if (!getvars(n, 0, &vars)) return;
+    if (vars.empty()) return void(bi_voidres(n));
+    bycommand(n, (drop ? "drop " : "keep ") + namelist(vars), false);
+}
+static void bi_kv_dropvar(int n) {
+    dropkeepvar(n, true);
+}
+static void bi_kv_keepvar(int n) {
+    dropkeepvar(n, false);
+}
+// Drops the observations marked, by runs from the last, so that numbers
+// ahead of a run stay valid.
+static void dropmarked(int n, const std::vector<char>& mark) {
+    int i = nobs;
+    while (i >= 1) {
+        if (!mark[static_cast<size_t>(i)]) {
+            i--;
+            continue;
+        }
+        int a = i;
+        while (a > 1 && mark[static_cast<size_t>(a - 1)]) a--;
+        const int rc = bi_runline("drop in " + std::to_string(a) + "/" + std::to_string(i), true);
+        if (rc) return m_xeqerr(rc == 1 ? 1 : 3598);
+        i = a - 1;
+    }
+    bi_voidres(n);
+}
+static void obsin(int n, bool drop) {
+    std::vector<int> obs;
+    bool run;
+    if (!getobs(n, 0, -1, &obs, &run)) return;
+    std::vector<char> mark(static_cast<size_t>(nobs) + 1, drop ? 0 : 1);
+    mark[0] = 0;
+    for (int i : obs) mark[static_cast<size_t>(i)] = drop ? 1 : 0;
+    dropmarked(n, mark);
+}
+static void obsif(int n, bool drop) {
+    MObj* a = bi_mat(n, 0);
+    if (!a || !bi_real(a)) return;
+    if (m_nel(a) != nobs || (a->cols != 1 && nobs > 1)) return m_xeqerr(3200);
+    std::vector<char> mark(static_cast<size_t>(nobs) + 1, 0);
+    for (int i = 1; i <= nobs; i++) mark[static_cast<size_t>(i)] = (m_rel(a)[i - 1] != 0) == drop;
+    dropmarked(n, mark);
+}
+static void bi_kv_dropobsin(int n) {
+    obsin(n, true);
+}
+static void bi_kv_keepobsin(int n) {
+    obsin(n, false);
+}
+static void bi_kv_dropobsif(int n) {
+    obsif(n, true);
+}
+static void bi_kv_keepobsif(int n) {
+    obsif(n, false);
+}
+static void bi_kv_varrename(int n) {
+    const int v = onevar(n, 0);
+    std::string to;
+    if (!v || !bi_getstr(n, 1, &to)) return;
+    bycommand(n, std::string("rename ") + varname(v) + " " + to, false);
+}
+// kv_varlabel(j[, text]), kv_varvaluelabel(j[, name]).
+static void bi_kv_varlabel(int n) {
+    const int v = onevar(n, 0);
+    if (!v) return;
+    if (n == 1) {
+        const char* l = varlabel_hook ? varlabel_hook(v) : nullptr;
+        return void(bi_strres(n, l ? l : ""));
+    }
+    std::string text;
+    if (!bi_getstr(n, 1, &text)) return;
+    bycommand(n, std::string("label variable ") + varname(v) + " `\"" + text + "\"'", false);
+}
+static void bi_kv_varvaluelabel(int n) {
+    const int v = onevar(n, 0);
+    if (!v) return;
+    if (n == 1) return void(bi_strres(n, lblname(v)));
+    std::string name;
+    if (!bi_getstr(n, 1, &name)) return;
+    if (name.size() > 32) return m_xeqerr(3300);
+    snprintf(lblname(v), NAMELEN1, "%s", name.c_str());
+    updata = 1;
+    bi_voidres(n);
+}
+static void isfmt(int n, int kind) {
+    std::string f;
+    if (!bi_getstr(n, 0, &f)) return;
+    FmtDesc d;
+    bool ok = chkfmt(f.c_str(), kind + 10, &d) == 0;
+    if (!ok && kind != 2) ok = chkdfmt(f.c_str(), &d) == 0 || chktfmt(f.c_str(), &d) == 0;
+    bi_realres(n, ok);
+}
+static void bi_kv_isfmt(int n) {
+    isfmt(n, 0);
+}
+static void bi_kv_isnumfmt(int n) {
+    isfmt(n, 1);
+}
+static void bi_kv_isstrfmt(int n) {
+    isfmt(n, 2);
+}
+// kv_tempname([k]), kv_tempfilename([k]): k new names, a column.
+static void tempnames(int n, bool file) {
+    int64_t k = 1;
+    if (n == 1 && !bi_getint(n, 0, 0, 1000000, &k)) return;
+    MObj* o = bi_new(MT_STRING, k, 1);
+    if (!o) return;
+    for (int64_t i = 0; i < k; i++) {
+        char buf[4096];
+        if (file) {
+            if (mktmpfn(buf, sizeof buf)) {
+                mo_freemat(o);
+                return m_xeqerr(3602);
+            }
+        } else {
+            mktmpvn(buf);
+        }
+        m_sel(o)[i] = bi_cell(buf);
+    }
+    bi_result(n, o);
+}
+static void bi_kv_tempname(int n) {
+    tempnames(n, false);
+}
+static void bi_kv_tempfilename(int n) {
+    tempnames(n, true);
+}
+// Value labels.
+static void bi_kv_vlexists(int n) {
+    std::string s;
+    if (bi_getstr(n, 0, &s)) bi_realres(n, vlfind(s.c_str()) != nullptr);
+}
+static void bi_kv_vldrop(int n) {
+    std::string s;
+    if (!bi_getstr(n, 0, &s)) return;
+    if (!vlfind(s.c_str())) return void(bi_voidres(n));
+    bycommand(n, "label drop " + s, false);
+}
+// kv_vlmap(name, values): the texts of the values ("" where none).
+static void bi_kv_vlmap(int n) {
+    std::string s;
+    MObj* x = bi_mat(n, 1);
+    if (!x || !bi_real(x) || !bi_getstr(n, 0, &s)) return;
+    x = bi_arg(n, 1);
+    const int32_t* t = vlfind(s.c_str());
+    MObj* o = bi_new(MT_STRING, x->rows, x->cols);
+    if (!o) return;
+    for (int64_t i = 0; i < m_nel(x); i++) {
+        char buf[4096] = "";
+        if (t && vlfindval(t, buf, sizeof buf - 1, m_rel(x)[i]) < 0) buf[0] = 0;
+        m_sel(o)[i] = bi_cell(buf);
+    }
+    bi_result(n, o);
+}
+// kv_vlsearch(name, texts): the values of the texts (missing where none).
+static void bi_kv_vlsearch(int n) {
+    std::string s;
+    MObj* x = bi_mat(n, 1);
+    if (!x || !bi_string(x) || !bi_getstr(n, 0, &s)) return;
+    x = bi_arg(n, 1);
+    const int32_t* t = vlfind(s.c_str());
+    MObj* o = bi_new(MT_REAL, x->rows, x->cols);
+    if (!o) return;
+    for (int64_t i = 0; i < m_nel(x); i++) {
+        double v = misval;
+        if (!t || !vlfindtxt(t, m_sel(x)[i]->s, &v)) v = misval;
+        m_rel(o)[i] = v;
+    }
+    bi_result(n, o);
+}
+
 void bi_link_dataset(MBiFn* t) {
+    t[bi_index("kv_addobs")] = bi_kv_addobs;
+    t[bi_index("_kv_addobs")] = bi_ukv_addobs;
+    t[bi_index("kv_dropvar")] = bi_kv_dropvar;
+    t[bi_index("kv_keepvar")] = bi_kv_keepvar;
+    t[bi_index("kv_dropobsin")] = bi_kv_dropobsin;
+    t[bi_index("kv_keepobsin")] = bi_kv_keepobsin;
+    t[bi_index("kv_dropobsif")] = bi_kv_dropobsif;
+    t[bi_index("kv_keepobsif")] = bi_kv_keepobsif;
+    t[bi_index("kv_varrename")] = bi_kv_varrename;
+    t[bi_index("kv_varlabel")] = bi_kv_varlabel;
+    t[bi_index("kv_varvaluelabel")] = bi_kv_varvaluelabel;
+    t[bi_index("kv_isfmt")] = bi_kv_isfmt;
+    t[bi_index("kv_isnumfmt")] = bi_kv_isnumfmt;
+    t[bi_index("kv_isstrfmt")] = bi_kv_isstrfmt;
+    t[bi_index("kv_tempname")] = bi_kv_tempname;
+    t[bi_index("kv_tempfilename")] = bi_kv_tempfilename;
+    t[bi_index("kv_vlexists")] = bi_kv_vlexists;
+    t[bi_index("kv_vldrop")] = bi_kv_vldrop;
+    t[bi_index("kv_vlmap")] = bi_kv_vlmap;
+    t[bi_index("kv_vlsearch")] = bi_kv_vlsearch;
     t[bi_index("kv_nvar")] = bi_kv_nvar;
     t[bi_index("kv_nobs")] = bi_kv_nobs;
     t[bi_index("kv_data")] = bi_kv_data;

@@ -61,7 +61,8 @@ static void invsymin(MObj* a) {
     // the lower triangle is read, as the sweeper works on the upper
     double* x = m_rel(a);
     for (int i = 0; i < N; i++)
-        for (int j = 0; j < i; j++) x[static_cast<int64_t>(j) * N + i] = x[static_cast<int64_t>(i) * N + j];
+        for (int j = 0; j < i; j++)
+            x[static_cast<int64_t>(j) * N + i] = x[static_cast<int64_t>(i) * N + j];
     if (matrinfs(x, N, 0, N - 1, nullptr, -1)) m_xeqerr(1);
 }
 // invsym(A[, order]): the order (a row of positions to sweep first) is not
@@ -133,11 +134,13 @@ static void bi_ulud2_la(int n) {
     const double* x = m_rel(a);
     for (int i = 0; i < R; i++)
         for (int j = 0; j < K; j++)
-            m_rel(l)[static_cast<int64_t>(i) * K + j] =
-                i == j ? 1 : i > j ? x[static_cast<int64_t>(i) * C + j] : 0;
+            m_rel(l)[static_cast<int64_t>(i) * K + j] = i == j  ? 1
+                                                        : i > j ? x[static_cast<int64_t>(i) * C + j]
+                                                                : 0;
     for (int i = 0; i < K; i++)
         for (int j = 0; j < C; j++)
-            m_rel(u)[static_cast<int64_t>(i) * C + j] = j >= i ? x[static_cast<int64_t>(i) * C + j] : 0;
+            m_rel(u)[static_cast<int64_t>(i) * C + j] =
+                j >= i ? x[static_cast<int64_t>(i) * C + j] : 0;
     std::vector<int> perm(static_cast<size_t>(R));
     for (int i = 0; i < R; i++) perm[i] = i;
     for (int i = 0; i < K; i++) std::swap(perm[i], perm[ipiv[i] - 1]);
@@ -162,7 +165,8 @@ static double norm1(const MObj* a) {
     double m = 0;
     for (int j = 0; j < a->cols; j++) {
         double s = 0;
-        for (int i = 0; i < a->rows; i++) s += std::fabs(m_rel(a)[static_cast<int64_t>(i) * a->cols + j]);
+        for (int i = 0; i < a->rows; i++)
+            s += std::fabs(m_rel(a)[static_cast<int64_t>(i) * a->cols + j]);
         if (s > m) m = s;
     }
     return m;
@@ -287,7 +291,8 @@ static void bi_usvd_2(int n) {
     }
     lapack_int info = 0;
     if (K > 0) {
-        info = LAPACKE_dgesdd(LAPACK_ROW_MAJOR, 'N', R, C, m_rel(c), C, m_rel(w), nullptr, R, nullptr, C);
+        info = LAPACKE_dgesdd(LAPACK_ROW_MAJOR, 'N', R, C, m_rel(c), C, m_rel(w), nullptr, R,
+                              nullptr, C);
         if (info < 0) {
             mo_freemat(c);
             mo_freemat(w);
@@ -326,7 +331,8 @@ static void bi_usymeigen_la(int n) {
             double* x = m_rel(a);
             for (int i = 0; i < N; i++)
                 for (int j = 0; j < N / 2; j++)
-                    std::swap(x[static_cast<int64_t>(i) * N + j], x[static_cast<int64_t>(i) * N + N - 1 - j]);
+                    std::swap(x[static_cast<int64_t>(i) * N + j],
+                              x[static_cast<int64_t>(i) * N + N - 1 - j]);
             for (int j = 0; j < N; j++) m_rel(w)[j] = vals[static_cast<size_t>(N - 1 - j)];
         }
     }

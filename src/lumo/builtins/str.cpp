@@ -192,10 +192,9 @@ static std::string subin(const std::string& s, const std::string& from, const st
     size_t i = 0;
     double done = 0;
     while (i < s.size()) {
-        const bool ok =
-            !s.compare(i, from.size(), from) && (cnt >= misval || done < cnt) &&
-            (!words || ((i == 0 || s[i - 1] == ' ') &&
-                        (i + from.size() == s.size() || s[i + from.size()] == ' ')));
+        const bool ok = !s.compare(i, from.size(), from) && (cnt >= misval || done < cnt) &&
+                        (!words || ((i == 0 || s[i - 1] == ' ') &&
+                                    (i + from.size() == s.size() || s[i + from.size()] == ' ')));
         if (ok) {
             r += to;
             i += from.size();
@@ -289,7 +288,8 @@ static void bi_ustrtoreal(int n) {
     if (!o) return;
     double first = 0;
     for (int64_t i = 0; i < m_nel(a); i++)
-        if (!tonum(cellstr(m_sel(a)[i]), &m_rel(o)[i]) && first == 0) first = static_cast<double>(i + 1);
+        if (!tonum(cellstr(m_sel(a)[i]), &m_rel(o)[i]) && first == 0)
+            first = static_cast<double>(i + 1);
     m_swapmat(t, o);
     mo_freemat(o);
     bi_realres(n, first);
@@ -481,8 +481,7 @@ bool bi_format(int n, int fmtarg, std::string* out) {
             const int width = atoi(dir.c_str() + 1 + (dir[1] == '-' || dir[1] == '~'));
             if (width > 0) {
                 std::vector<char> buf(s.size() + static_cast<size_t>(width) + 2);
-                strfmt(buf.data(), s.c_str(), width,
-                       dir[1] == '-' ? -1 : dir[1] == '~' ? 0 : 1);
+                strfmt(buf.data(), s.c_str(), width, dir[1] == '-' ? -1 : dir[1] == '~' ? 0 : 1);
                 *out += buf.data();
             } else {
                 *out += s;
