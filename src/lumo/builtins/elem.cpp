@@ -39,7 +39,7 @@ static void bi_atanr(int n) {
     bi_map1(n, [](double x) { return std::atan(x); });
 }
 static void bi_atan2(int n) {
-    bi_mapn(n, 2, [](const double* v) { return std::atan2(v[1], v[0]); });
+    bi_mapn(n, 2, [](const double* v) { return std::atan2(v[0], v[1]); });
 }
 static void bi_lngamma(int n) {
     bi_map1(n, [](double x) { return x <= 0 && x == std::floor(x) ? misval : stlgma(x); });
