@@ -67,6 +67,19 @@ BI_D3(invbinomial, v[0] >= 0 && v[1] >= 0 && v[1] <= v[0] && v[2] > 0 && v[2] < 
                        ? invbiprob(v[0], v[1], v[2])
                        : misval)
 
+// Non-central and bivariate forms; the library gives missing outside the
+// domain.
+BI_D3(nchi2, nchi2(v[0], v[1], v[2]))
+BI_D3(invnchi2, invnchi2(v[0], v[1], v[2]))
+BI_D3(npnchi2, npnchi2(v[0], v[1], v[2]))
+BI_D4(nibeta, nibeta(v[0], v[1], v[2], v[3]))
+BI_D4(invnibeta, invnibeta(v[0], v[1], v[2], v[3]))
+BI_D4(nbetaden, nbetaden(v[0], v[1], v[2], v[3]))
+BI_D4(nFden, nFden(v[0], v[1], v[2], v[3]))
+BI_D4(nFtail, nFtail(v[0], v[1], v[2], v[3]))
+BI_D4(invnFtail, invnFtail(v[0], v[1], v[2], v[3]))
+BI_D3(binormal, binormal(v[0], v[1], v[2]))
+
 // normalden(z), normalden(x, s) = density of N(0, s^2), normalden(x, m, s).
 static double nden(const double* v, int k) {
     const double x = v[0], m = k == 3 ? v[1] : 0, s = k == 1 ? 1 : v[k - 1];
@@ -120,6 +133,16 @@ void bi_link_dist(MBiFn* t) {
     t[bi_index("gammaden")] = bi_gammaden;
     t[bi_index("Binomial")] = bi_Binomial;
     t[bi_index("invbinomial")] = bi_invbinomial;
+    t[bi_index("nchi2")] = bi_nchi2;
+    t[bi_index("invnchi2")] = bi_invnchi2;
+    t[bi_index("npnchi2")] = bi_npnchi2;
+    t[bi_index("nibeta")] = bi_nibeta;
+    t[bi_index("invnibeta")] = bi_invnibeta;
+    t[bi_index("nbetaden")] = bi_nbetaden;
+    t[bi_index("nFden")] = bi_nFden;
+    t[bi_index("nFtail")] = bi_nFtail;
+    t[bi_index("invnFtail")] = bi_invnFtail;
+    t[bi_index("binormal")] = bi_binormal;
 }
 
 } // namespace korvu

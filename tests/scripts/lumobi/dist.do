@@ -35,6 +35,11 @@ check(comb(30, 12), 86493225.0, "comb(30, 12)")
 check(factorial(10), 3628800.0, "factorial(10)")
 check(atan2(1, -1), 2.356194490192345, "atan2(1, -1)")
 check(exp(1), 2.718281828459045, "exp(1)")
+// non-central chi-squared as a Poisson mixture, the bivariate normal by
+// quadrature of phi(t) Phi((k - rt) / sqrt(1 - r^2)) up to h
+check(nchi2(3, 2, 4), 0.4838813583880744, "nchi2(3, 2, 4)")
+check(binormal(0.5, -0.3, 0.4), 0.3171269282861651, "binormal")
+check(invnchi2(3, 2, nchi2(3, 2, 4)), 4, "invnchi2")
 // inverses give back their arguments
 check(invchi2tail(3, chi2tail(3, 2.5)), 2.5, "invchi2tail")
 check(invchi2(3, chi2(3, 2.5)), 2.5, "invchi2")
