@@ -22,9 +22,13 @@ MObj* bi_mat(int n, int k) {
         m_xeqerr(3900);
         return nullptr;
     }
-    t->count++;
-    m_stak[k - n + 1] = t;
-    mo_release(o);
+    // every argument that is this view takes the one copy
+    for (int j = 0; j < n; j++) {
+        if (m_stak[j - n + 1] != o) continue;
+        t->count++;
+        m_stak[j - n + 1] = t;
+        mo_release(o);
+    }
     return t;
 }
 

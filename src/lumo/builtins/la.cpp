@@ -158,14 +158,15 @@ static bool singular(const double* lu, int N, double anorm, double tol) {
     for (int i = 0; i < N; i++)
         if (lu[static_cast<int64_t>(i) * N + i] == 0) return true;
     double rcond = 0;
-    if (LAPACKE_dgecon(LAPACK_ROW_MAJOR, '1', N, lu, N, anorm, &rcond) != 0) return true;
+    if (LAPACKE_dgecon(LAPACK_COL_MAJOR, '1', N, lu, N, anorm, &rcond) != 0) return true;
     return rcond < tol;
 }
-static double norm1(const MObj* a) {
+// The largest row sum: the 1-norm of the transpose the routines see.
+static double norminf(const MObj* a) {
     double m = 0;
-    for (int j = 0; j < a->cols; j++) {
+    for (int i = 0; i < a->rows; i++) {
         double s = 0;
-        for (int i = 0; i < a->rows; i++)
+        for (int j = 0; j < a->cols; j++)
             s += std::fabs(m_rel(a)[static_cast<int64_t>(i) * a->cols + j]);
         if (s > m) m = s;
     }
@@ -192,21 +193,23 @@ static void bi_uluinv_la(int n) {
         return void(bi_realres(n, misval));
     }
     if (N == 0) return void(bi_realres(n, 0));
+    // The rows of A read by columns are A': its inverse, read back by rows,
+    // is the inverse of A, with no copy either way.
     std::vector<lapack_int> ipiv(static_cast<size_t>(N));
-    const double anorm = norm1(a);
-    lapack_int info = LAPACKE_dgetrf(LAPACK_ROW_MAJOR, N, N, m_rel(a), N, ipiv.data());
+    const double anorm = norminf(a);
+    lapack_int info = LAPACKE_dgetrf(LAPACK_COL_MAJOR, N, N, m_rel(a), N, ipiv.data());
     if (!lapackok(info)) return;
     if (info > 0 || singular(m_rel(a), N, anorm, tol)) {
         fillmiss(a);
         return void(bi_realres(n, info > 0 ? info : 1));
     }
-    info = LAPACKE_dgetri(LAPACK_ROW_MAJOR, N, m_rel(a), N, ipiv.data());
+    info = LAPACKE_dgetri(LAPACK_COL_MAJOR, N, m_rel(a), N, ipiv.data());
     if (!lapackok(info)) return;
     bi_realres(n, 0);
 }
 
-// _lusolve_la(A, B[, tol]): B becomes the solution X of AX = B and A its LU
-// factors; returns 0, or non-zero when A is singular (B then all missing).
+// _lusolve_la(A, B[, tol]): B becomes the solution X of AX = B and A is
+// overwritten by factors; returns 0, or non-zero when A is singular (B then all missing).
 static void bi_ulusolve_la(int n) {
     MObj* a = inplace(n, 0);
     MObj* b = inplace(n, 1);
@@ -220,15 +223,28 @@ static void bi_ulusolve_la(int n) {
         return void(bi_realres(n, misval));
     }
     if (N == 0 || K == 0) return void(bi_realres(n, 0));
+    // A by rows is A' by columns: factor that in place and solve with the
+    // transpose; B goes by columns (a copy only when it has several).
     std::vector<lapack_int> ipiv(static_cast<size_t>(N));
-    const double anorm = norm1(a);
-    lapack_int info = LAPACKE_dgetrf(LAPACK_ROW_MAJOR, N, N, m_rel(a), N, ipiv.data());
+    const double anorm = norminf(a);
+    lapack_int info = LAPACKE_dgetrf(LAPACK_COL_MAJOR, N, N, m_rel(a), N, ipiv.data());
     if (!lapackok(info)) return;
     if (info > 0 || singular(m_rel(a), N, anorm, tol)) {
         fillmiss(b);
         return void(bi_realres(n, info > 0 ? info : 1));
     }
-    info = LAPACKE_dgetrs(LAPACK_ROW_MAJOR, 'N', N, K, m_rel(a), N, ipiv.data(), m_rel(b), K);
+    if (K == 1) {
+        info = LAPACKE_dgetrs(LAPACK_COL_MAJOR, 'T', N, 1, m_rel(a), N, ipiv.data(), m_rel(b), N);
+    } else {
+        std::vector<double> bc(static_cast<size_t>(N) * K);
+        for (int i = 0; i < N; i++)
+            for (int j = 0; j < K; j++)
+                bc[static_cast<size_t>(j) * N + i] = m_rel(b)[static_cast<int64_t>(i) * K + j];
+        info = LAPACKE_dgetrs(LAPACK_COL_MAJOR, 'T', N, K, m_rel(a), N, ipiv.data(), bc.data(), N);
+        for (int i = 0; i < N; i++)
+            for (int j = 0; j < K; j++)
+                m_rel(b)[static_cast<int64_t>(i) * K + j] = bc[static_cast<size_t>(j) * N + i];
+    }
     if (!lapackok(info)) return;
     bi_realres(n, 0);
 }
