@@ -171,8 +171,8 @@ void m_xeqerr(int code) {
 // The line of a function in the traceback: its name with "()", or <istmt>.
 static void fname(char* buf, size_t n, const LumoFcn* f) {
     const char* nm = dmname(f);
-    if (!strcmp(nm, mwrd_istmt))
-        snprintf(buf, n, "%s", nm);
+    if (!strncmp(nm, mwrd_istmt, 6)) // "<istmt", also one set aside while running
+        snprintf(buf, n, "%s", mwrd_istmt);
     else
         snprintf(buf, n, "%s()", nm);
 }
