@@ -79,6 +79,18 @@ if (kv_sdata(1, "make") != "first") fail("string view write")
 if (SV[2] != "zz") fail("string view read")
 // a view of a string variable as numbers is refused
 if (_kv_varindex("make") != 4) fail("make index")
+// a view assigned to itself becomes a matrix of its values
+U = .
+kv_view(U, (1, 2), "small")
+U = U
+if (isview(U) | U != (1 \ 2)) fail("a = a materialises")
+U[1] = 50
+if (kv_data(1, "small") != 1) fail("materialised view writes through")
+// swap exchanges the view kind with the contents
+kv_view(U, (1, 2), "small")
+P = (7 \ 8)
+swap(U, P)
+if (isview(U) | !isview(P) | U != (7 \ 8) | P != (1 \ 2)) fail("swap")
 // views are released with their names
 V = W = S = SV = .
 if (isview(V)) fail("view replaced")
