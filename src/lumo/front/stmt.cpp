@@ -643,10 +643,19 @@ LumoFcn* m_findfcn(const char* name) {
     return static_cast<LumoFcn*>(dmfind0(name, DM_LUMOFCN));
 }
 
+// The immediate statement goes before the next compilation; one that is
+// running (a command run from it compiles another) is set aside under
+// another name and dropped when it ends.
 static void cc_freeistmt() {
     if (void* f = dmfind0(mwrd_istmt, DM_LUMOFCN)) {
         if (lastfcn == f) lastfcn = nullptr;
-        dmrm(f);
+        auto* fn = static_cast<LumoFcn*>(f);
+        if (fn->count > 0) {
+            fn->replaced = 1;
+            dmrename(f, "<istmt:running>");
+        } else {
+            dmrm(f);
+        }
     }
 }
 

@@ -141,35 +141,4 @@ const MStructDef* m_findstruct(const char* name) {
     return nullptr;
 }
 
-// The built-ins the compiler knows by name: index, return type, argument
-// counts. The machine's table of handlers is indexed by the same numbers.
-static const MBuiltin m_bitab[] = {
-    {"rows", 1, ET_REAL, OT_SCALAR, 1, 1},         {"cols", 2, ET_REAL, OT_SCALAR, 1, 1},
-    {"length", 3, ET_REAL, OT_SCALAR, 1, 1},       {"exit", 5, ET_TM, OT_MATRIX, 0, 1},
-    {"abs", 12, ET_REAL, OT_MATRIX, 1, 1},         {"ln", 14, ET_NUMERIC, OT_MATRIX, 1, 1},
-    {"log", 14, ET_NUMERIC, OT_MATRIX, 1, 1},      {"exp", 15, ET_NUMERIC, OT_MATRIX, 1, 1},
-    {"sqrt", 16, ET_NUMERIC, OT_MATRIX, 1, 1},     {"errprintf", 22, ET_TM, OT_MATRIX, 1, 200},
-    {"printf", 23, ET_TM, OT_MATRIX, 1, 200},      {"J", 24, ET_TM, OT_MATRIX, 3, 3},
-    {"I", 25, ET_REAL, OT_MATRIX, 1, 2},           {"sum", 26, ET_REAL, OT_SCALAR, 1, 2},
-    {"strlen", 27, ET_REAL, OT_MATRIX, 1, 1},      {"substr", 28, ET_STRING, OT_MATRIX, 2, 3},
-    {"strofreal", 29, ET_STRING, OT_MATRIX, 1, 2}, {"error", 30, ET_TM, OT_MATRIX, 1, 1},
-    {"_error", 31, ET_TM, OT_MATRIX, 1, 2},        {"args", 32, ET_REAL, OT_SCALAR, 0, 0},
-    {"korvu", 33, ET_TM, OT_MATRIX, 1, 2},         {"_korvu", 34, ET_REAL, OT_SCALAR, 1, 2},
-    {"display", 35, ET_TM, OT_MATRIX, 1, 2},       {"round", 36, ET_REAL, OT_MATRIX, 1, 2},
-    {"floor", 37, ET_REAL, OT_MATRIX, 1, 1},       {"ceil", 38, ET_REAL, OT_MATRIX, 1, 1},
-    {"mod", 39, ET_REAL, OT_MATRIX, 2, 2},         {"minindex", 360, ET_TM, OT_MATRIX, 4, 4},
-};
-
-const MBuiltin* m_findbuiltin(const char* name) {
-    for (const MBuiltin& b : m_bitab)
-        if (!strcmp(b.name, name)) return &b;
-    return nullptr;
-}
-
-const char* m_builtinname(int index) {
-    for (const MBuiltin& b : m_bitab)
-        if (b.index == index) return b.name;
-    return "?";
-}
-
 } // namespace korvu

@@ -1,6 +1,7 @@
 // The object store: headers as dictionary items of type 43, the header
 // pool, the 8-byte cell free list, counted string cells, and the copies.
 #include "lumo/objects/mobj.h"
+#include "lumo/objects/mview.h"
 
 #include <climits>
 #include <cstdlib>
@@ -142,6 +143,7 @@ MObj* mo_allocmat(const char* name, int level, size_t bytes) {
 
 // Releases what the elements hold: string cells, pointer targets.
 static void relelems(MObj* o) {
+    if (o->view) return; // index lists only
     const int64_t n = m_nel(o);
     if (o->eltype == MT_STRING) {
         SCell** s = m_sel(o);
@@ -157,6 +159,10 @@ void mo_freemat(MObj* o) {
     if (!o || !o->live) return;
     if (o->fcn) o->fcn->count--;
     relelems(o);
+    if (o->view) {
+        m_nviews--;
+        o->view = 0;
+    }
     datafree(o->data, static_cast<size_t>(o->size));
     o->data = nullptr;
     o->live = 0;
@@ -263,6 +269,10 @@ MObj* m_mkfcnref(LumoFcn* f) {
 static void copyelems(MObj* t, const MObj* s) {
     const int64_t n = m_nel(s);
     if (n == 0) return;
+    if (s->view) {
+        v_readall(t, s);
+        return;
+    }
     memcpy(t->data, s->data, static_cast<size_t>(n) * elsize(s->eltype));
     if (s->eltype == MT_STRING) {
         SCell** c = m_sel(t);
@@ -293,7 +303,12 @@ MObj* m_dupmat(const MObj* o) {
 }
 
 int m_remkmat(MObj* o, int eltype, int view, int rows, int cols) {
+    if (view) return m_mkview(o, eltype, view, rows, cols);
     relelems(o);
+    if (o->view) {
+        m_nviews--;
+        o->view = 0;
+    }
     const int64_t n = static_cast<int64_t>(rows) * cols;
     o->rows = o->cols = 0;
     if (mo_resize(o, static_cast<size_t>(n * static_cast<int64_t>(elsize(eltype))))) return 3998;
@@ -319,7 +334,7 @@ void m_swapmat(MObj* a, MObj* b) {
 
 int64_t m_objsize(const MObj* o) {
     int64_t n = o->size;
-    if (o->eltype == MT_STRING) {
+    if (o->eltype == MT_STRING && !o->view) {
         SCell** s = m_sel(o);
         for (int64_t i = 0; i < m_nel(o); i++)
             if (s[i]->len > 0) n += s[i]->len;
@@ -328,7 +343,15 @@ int64_t m_objsize(const MObj* o) {
 }
 
 int cpymat(MObj* target, MObj* source, bool steal) {
-    if (target == source) return 0;
+    if (target == source) {
+        if (!target->view) return 0;
+        // a view assigned to itself becomes a matrix of its values
+        MObj* t = m_unview(source);
+        if (!t) return 3900;
+        m_swapmat(target, t);
+        mo_freemat(t);
+        return 0;
+    }
     if (steal && !source->view && source->count == 1) {
         m_swapmat(target, source);
         return 0;

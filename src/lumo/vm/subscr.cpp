@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "data/area/missing.h"
+#include "lumo/objects/mview.h"
 #include "lumo/vm/vmops.h"
 #include "lumo/vm/xeqops.h"
 
@@ -89,6 +90,20 @@ static bool readable(const MObj* x) {
 
 // x[rows, cols] into a new object.
 static MObj* gather(const MObj* x, const Idx& r, const Idx& c) {
+    if (x->view) {
+        if (x->eltype == MT_REAL && r.n == 1 && c.n == 1)
+            return m_mktsmatsto(v_el(x, r.at(0), c.at(0)));
+        MObj* o = m_mkmat("", x->eltype, static_cast<int>(r.n), static_cast<int>(c.n));
+        if (!o) return nullptr;
+        for (int64_t i = 0; i < r.n; i++)
+            for (int64_t j = 0; j < c.n; j++) {
+                if (x->eltype == MT_STRING)
+                    m_sel(o)[i * c.n + j] = v_sel(x, r.at(i), c.at(j));
+                else
+                    m_rel(o)[i * c.n + j] = v_el(x, r.at(i), c.at(j));
+            }
+        return o;
+    }
     if (x->eltype == MT_REAL && r.n == 1 && c.n == 1)
         return m_mktsmatsto(m_rel(x)[r.at(0) * x->cols + c.at(0)]);
     MObj* o = m_mkmat("", x->eltype, static_cast<int>(r.n), static_cast<int>(c.n));
@@ -206,6 +221,33 @@ void mx_oprsubscr() {
     *++m_stak = o;
 }
 
+// A store into a view writes each element through to the dataset.
+static bool viewscatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
+    if (t->eltype != v->eltype) {
+        m_xeqerr(3250);
+        return false;
+    }
+    const int64_t n = r.n * c.n;
+    const bool one = m_nel(v) == 1;
+    if (!one) {
+        const bool ok = vector ? ((v->rows == 1 || v->cols == 1) && m_nel(v) == n)
+                               : (v->rows == r.n && v->cols == c.n);
+        if (!ok) {
+            m_xeqerr(3200);
+            return false;
+        }
+    }
+    for (int64_t i = 0; i < r.n; i++)
+        for (int64_t j = 0; j < c.n; j++) {
+            const int64_t from = one ? 0 : i * c.n + j;
+            if (t->eltype == MT_STRING)
+                v_sstore(t, r.at(i), c.at(j), m_sel(v)[from]);
+            else
+                v_store(t, r.at(i), c.at(j), m_rel(v)[from]);
+        }
+    return true;
+}
+
 // Stores. The value v goes into t at the positions; v is 1 x 1 (into every
 // position) or has the shape of the positions (for one subscript, as many
 // elements). Returns false with the code set.
@@ -213,6 +255,20 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
     if (t->fcn || v->fcn) {
         m_xeqerr(3102);
         return false;
+    }
+    MObj* plain = nullptr; // the values of a view stored elsewhere
+    if (v->view) {
+        plain = m_unview(v);
+        if (!plain) {
+            m_xeqerr(3900);
+            return false;
+        }
+        v = plain;
+    }
+    if (t->view) {
+        const bool ok = viewscatter(t, r, c, v, vector);
+        if (plain) mo_freemat(plain);
+        return ok;
     }
     MObj* cxv = nullptr; // a real value stored into a complex matrix
     if (t->eltype == MT_COMPLEX && v->eltype == MT_REAL) {
@@ -229,6 +285,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
         v = cxv;
     }
     if (t->eltype != v->eltype) {
+        if (plain) mo_freemat(plain);
         m_xeqerr(3250);
         return false;
     }
@@ -239,6 +296,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
                                : (v->rows == r.n && v->cols == c.n);
         if (!ok) {
             if (cxv) mo_freemat(cxv);
+            if (plain) mo_freemat(plain);
             m_xeqerr(3200);
             return false;
         }
@@ -282,6 +340,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
     }
     if (dup) mo_freemat(dup);
     if (cxv) mo_freemat(cxv);
+    if (plain) mo_freemat(plain);
     return true;
 }
 

@@ -13,6 +13,7 @@
 #include "lumo/codegen/opcodes.h"
 #include "lumo/front/cc.h"
 #include "lumo/io/lumofile.h"
+#include "lumo/objects/mview.h"
 #include "lumo/vm/vmops.h"
 #include "lumo/vm/xeqops.h"
 
@@ -172,8 +173,8 @@ void m_xeqerr(int code) {
 // The line of a function in the traceback: its name with "()", or <istmt>.
 static void fname(char* buf, size_t n, const LumoFcn* f) {
     const char* nm = dmname(f);
-    if (!strcmp(nm, mwrd_istmt))
-        snprintf(buf, n, "%s", nm);
+    if (!strncmp(nm, mwrd_istmt, 6)) // "<istmt", also one set aside while running
+        snprintf(buf, n, "%s", mwrd_istmt);
     else
         snprintf(buf, n, "%s()", nm);
 }
@@ -197,6 +198,42 @@ static void xeqreport(const LumoFcn* f) {
         errtext(m_xrc, line);
     }
     snprintf(lastcaller, sizeof lastcaller, "%s", nm);
+}
+
+// Views among the operands an instruction reads become plain temporaries
+// of their values, except for the instructions that read or write views
+// themselves (subscripts, stores through an expression, calls).
+static bool viewaware(uint32_t op) {
+    static int8_t aware[MOP_COUNT];
+    static bool init = false;
+    if (!init) {
+        static const char* const names[] = {
+            "opbiltin",  "opcall",       "opcallind",    "oplsubscr",   "oplsubscr1",
+            "oprsubscr", "oplsstosmat1", "oplsstosmat2", "oprsstosmat", "opisfcn"};
+        for (uint32_t k = 0; k < MOP_COUNT; k++) {
+            aware[k] = 0;
+            if (!mop_table[k].name) continue;
+            for (const char* n : names)
+                if (!strcmp(mop_table[k].name, n)) aware[k] = 1;
+        }
+        init = true;
+    }
+    return aware[op];
+}
+
+void m_unviewops(uint32_t op) {
+    if (viewaware(op)) return;
+    int k = mop_table[op].pops;
+    if (!strcmp(mop_table[op].name ? mop_table[op].name : "", "oplist2")) k = 1;
+    for (int d = 0; d < k && m_stak - d >= m_stakbase; d++) {
+        MObj* o = m_stak[-d];
+        if (!o->view) continue;
+        MObj* t = m_unview(o);
+        if (!t) return m_xeqerr(3900);
+        t->count++;
+        m_stak[-d] = t;
+        mo_release(o);
+    }
 }
 
 // The loop.
@@ -252,9 +289,10 @@ void m_xeq(LumoFcn* f, int nargs) {
                 m_rt.pc++;
             break;
         default:
-            if (op < MOP_COUNT)
+            if (op < MOP_COUNT) {
+                if (m_nviews > 0) m_unviewops(op);
                 mop_table[op].xeq();
-            else
+            } else
                 m_xeqerr(3997);
         }
         m_rt.pc++;
@@ -776,7 +814,9 @@ void mx_opbiltin() {
         m_custom_xeqerr(3996, "%s() not yet available", m_builtinname(idx));
         return;
     }
+    m_xeqerrid = m_biid(idx);
     fn(n);
+    if (!m_xrc) m_xeqerrid = nullptr;
     m_rt.pc += 2;
 }
 

@@ -50,6 +50,9 @@ inline void m_pop() {
     mo_release(o);
 }
 
+// Views among an instruction's operands become plain values.
+void m_unviewops(uint32_t op);
+
 // Display of a value at the block prompt.
 void m_list(const MObj* o);
 
@@ -58,6 +61,8 @@ void m_list(const MObj* o);
 // result, or sets m_xrc.
 using MBiFn = void (*)(int nargs);
 MBiFn m_bifn(int index);
+// "name()" of a built-in, for the traceback.
+const char* m_biid(int index);
 
 // Structures.
 void m_xeqstruct(MObj* def, int nargs);
