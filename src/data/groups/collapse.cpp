@@ -92,8 +92,8 @@ int grp_collapse() {
     if (nvar == 0) return error(2000);
     std::vector<Target> targets;
     if (int rc = readclist(targets)) return rc;
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     wgtable = 0;
     wgtallowt = WGT_AW | WGT_FW | WGT_IW | WGT_PW;
     if (int rc = parse_ifinopts()) return rc;

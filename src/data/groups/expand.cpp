@@ -33,8 +33,8 @@ int expandcmd(int) {
     wable = 3;
     opable = 0;
     vable = 3;
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     if (int rc = parse()) return rc;
     bool given = false;
     std::string gen = grp_optarg("generate", 1, &given);

@@ -35,9 +35,9 @@ void post_r(const char* name, double x) {
 
 // varlist (all variables when none) [if] [in] [, options] into the vector
 int readvarlist(std::vector<int32_t>& vars, bool ifin) {
-    vable = 2;
-    ifable = ifin ? 3 : 0;
-    oable = ifin ? 3 : 0;
+    vable = 0;
+    ifable = ifin ? 0 : 3;
+    oable = ifin ? 0 : 3;
     if (int rc = parse()) return rc;
     vars.assign(varlist_vr, varlist_vr + lnvar);
     if (vars.empty())
@@ -168,8 +168,8 @@ int grp_duplicates() {
 // idcheck varlist [, missok]
 int grp_idcheck() {
     vable = 1;
-    ifable = 0;
-    oable = 0;
+    ifable = 3;
+    oable = 3;
     if (int rc = parse()) return rc;
     std::vector<int32_t> vars(varlist_vr, varlist_vr + lnvar);
     bool missok = findopt("missok", 6, 0);
@@ -198,8 +198,8 @@ int grp_idcheck() {
 // levels varname [if] [in] [, local(name) missing separate(text) clean]
 int grp_levels() {
     vable = 1;
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     if (int rc = parse()) return rc;
     if (lnvar != 1) return error(103);
     int v = varlist_vr[0];
@@ -247,8 +247,8 @@ int grp_levels() {
 // absent, marked by the new byte variable _fillall
 int grp_fillall() {
     vable = 1;
-    ifable = 0;
-    oable = 0;
+    ifable = 3;
+    oable = 3;
     if (int rc = parse()) return rc;
     std::vector<int32_t> vars(varlist_vr, varlist_vr + lnvar);
     if (int rc = chkopt()) return rc;
@@ -317,8 +317,8 @@ int grp_fillall() {
 // freqdata varlist [weight] [if] [in] [, freq(name) percent(name) cfreq(name) cpercent(name)]
 int grp_freqdata() {
     vable = 1;
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     wgtable = 0;
     wgtallowt = WGT_FW;
     if (int rc = parse()) return rc;
@@ -412,8 +412,8 @@ int grp_dsort() {
     st.pos = end;
     st.last = end;
     resettok(&st);
-    ifable = 0;
-    oable = 0;
+    ifable = 3;
+    oable = 3;
     if (int rc = parse_ifinopts()) return rc;
     int stable = findopt("stable", 5, 0);
     if (int rc = chkopt()) return rc;
@@ -461,8 +461,8 @@ int grp_sample() {
     double x;
     if (!token[0] || tokisstr(token) || cnvstoz(token, &x) || x >= misval || x < 0)
         return errtext(198, "sample: a number of observations or a percentage expected\n");
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     if (int rc = parse_ifinopts()) return rc;
     bool count = findopt("count", 5, 0);
     if (int rc = chkopt()) return rc;

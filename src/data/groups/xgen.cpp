@@ -131,8 +131,8 @@ int grp_xgen() {
     std::string args;
     if (int rc = grp_paren(args)) return rc;
 
-    ifable = 3;
-    oable = 3;
+    ifable = 0;
+    oable = 0;
     if (int rc = parse_ifinopts()) return rc;
     std::vector<int32_t> keys = grp_byvars;
     bool byopt = false;
