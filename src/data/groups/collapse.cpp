@@ -89,7 +89,7 @@ int readclist(std::vector<Target>& out) {
 } // namespace
 
 int grp_collapse() {
-    if (nvar == 0) return error(2000);
+    if (nvar == 0) return errtext(2000, "no observations\n");
     std::vector<Target> targets;
     if (int rc = readclist(targets)) return rc;
     ifable = 0;
@@ -147,7 +147,7 @@ int grp_collapse() {
                              GRP_ORDER | (members ? GRP_MEMBERS : 0)))
         return rc;
     const int32_t G = g.ngroups;
-    if (G == 0) return error(2000);
+    if (G == 0) return errtext(2000, "no observations\n");
     std::vector<std::vector<double>> res(targets.size(), std::vector<double>(G));
     for (size_t a = 0; a < targets.size(); a++) {
         size_t s =

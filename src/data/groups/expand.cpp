@@ -28,8 +28,8 @@ int expandcmd(int) {
     gettok(prsestd);
     if (!token[0]) return errtext(198, "expand: an expression is required\n");
     if (!tokis(token, "=")) resettok(&at);
-    if (int rc = compexp(&wepgm, 0, 0, 0)) return rc;
-    weclause = 0;
+    static ExpObj count;
+    if (int rc = compexp(&count, 0, 0, 0)) return rc;
     wable = 3;
     opable = 0;
     vable = 3;
@@ -52,7 +52,7 @@ int expandcmd(int) {
     double extra = 0;
     for (int32_t i = n1; i <= n2; i++) {
         if (!take[i - n1]) continue;
-        double e = xeq(&wepgm, i);
+        double e = xeq(&count, i);
         if (e >= misval || e < 1) continue;
         copies[i - n1] = std::floor(e);
         extra += copies[i - n1] - 1;

@@ -73,7 +73,7 @@ int grp_duplicates() {
                : cmdcmp(token, "drop", 4) ? 3
                                           : -1;
     if (mode < 0) return errorf(198, "duplicates: report, list, tag or drop expected\n");
-    if (nvar == 0) return error(2000);
+    if (nvar == 0) return errtext(2000, "no observations\n");
     std::vector<int32_t> vars;
     if (int rc = readvarlist(vars, true)) return rc;
     bool given = false;
@@ -254,7 +254,7 @@ int grp_fillall() {
     if (int rc = chkopt()) return rc;
     if (vars.size() < 2) return errtext(102, "fillall needs two or more variables\n");
     if (sysfindvar("_fillall")) return errtext(110, "variable _fillall already defined\n");
-    if (nobs == 0) return error(2000);
+    if (nobs == 0) return errtext(2000, "no observations\n");
     size_t nv = vars.size();
     std::vector<Groups> gs(nv);
     double P = 1;
@@ -347,7 +347,7 @@ int grp_freqdata() {
     if (int rc = groups_make(&g, vars.data(), static_cast<int>(vars.size()), nobs1, nobs2,
                              take.data(), GRP_ORDER))
         return rc;
-    if (g.ngroups == 0) return error(2000);
+    if (g.ngroups == 0) return errtext(2000, "no observations\n");
     std::vector<double> f(static_cast<size_t>(g.ngroups), 0.0);
     for (size_t k = 0; k < g.gid.size(); k++)
         if (g.gid[k] >= 0) f[g.gid[k]] += weclause ? w[k] : 1.0;
