@@ -129,20 +129,26 @@ int grp_collapse() {
     std::vector<int32_t> srcs;
     for (const Target& t : targets)
         if (std::find(srcs.begin(), srcs.end(), t.src) == srcs.end()) srcs.push_back(t.src);
-    std::vector<std::vector<double>> cols(srcs.size());
+    std::vector<const double*> cols(srcs.size());
+    std::vector<std::vector<double>> more; // past the scratch buffers
     for (size_t s = 0; s < srcs.size(); s++) {
-        cols[s].resize(static_cast<size_t>(n));
-        groups_column(srcs[s], n1, n2, cols[s].data());
+        if (s < 5) {
+            cols[s] = groups_values(srcs[s], n1, n2, 3 + static_cast<int>(s));
+        } else {
+            more.emplace_back(static_cast<size_t>(n));
+            groups_column(srcs[s], n1, n2, more.back().data());
+            cols[s] = more.back().data();
+        }
     }
     if (cw)
         for (int64_t k = 0; k < n; k++)
-            for (const auto& c : cols)
+            for (const double* c : cols)
                 if (c[k] >= misval) take[k] = 0;
     bool members = false;
     for (const Target& t : targets)
         if (t.stat.stat == GS_PCTILE || t.stat.stat == GS_IQR || t.stat.stat == GS_MODE)
             members = true;
-    Groups g;
+    static Groups g;
     if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2, take.data(),
                              GRP_ORDER | (members ? GRP_MEMBERS : 0)))
         return rc;
@@ -152,8 +158,8 @@ int grp_collapse() {
     for (size_t a = 0; a < targets.size(); a++) {
         size_t s =
             static_cast<size_t>(std::find(srcs.begin(), srcs.end(), targets[a].src) - srcs.begin());
-        if (int rc = group_stat(g, targets[a].stat, cols[s].data(), weclause ? w.data() : nullptr,
-                                wgttype, res[a].data()))
+        if (int rc = group_stat(g, targets[a].stat, cols[s], weclause ? w.data() : nullptr, wgttype,
+                                res[a].data()))
             return rc;
     }
     std::vector<NewCol> newcols(targets.size());

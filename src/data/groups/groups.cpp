@@ -68,9 +68,8 @@ struct Table {
 
 // Numbers the groups by first appearance (gid), filling rep; returns the
 // count. Key of item k: bits[k] for one numeric key, else row k of rows.
-int32_t hash_numeric(const std::vector<double>& x, const uint8_t* take, std::vector<int32_t>& gid,
+int32_t hash_numeric(const double* x, int64_t n, const uint8_t* take, std::vector<int32_t>& gid,
                      std::vector<int32_t>& rep, int32_t n1, int nomiss) {
-    int64_t n = static_cast<int64_t>(x.size());
     Table t;
     t.init(1024);
     std::vector<uint64_t> repbits;
@@ -160,7 +159,93 @@ int32_t hash_rows(const std::vector<uint8_t>& rows, int w, const std::vector<uin
     return static_cast<int32_t>(rep.size());
 }
 
+// Integers of a modest range go through a direct table: -1 when the key's
+// values are not such, else 0 or 1 (break) with the groups numbered.
+template <class Get>
+int dense_groups(Get get, int64_t n, const uint8_t* take, int nomiss, int flags, int32_t n1,
+                 Groups* g, int32_t* ngout, bool* ordered) {
+    double lo = 0, hi = -1;
+    if (n <= 0) return -1;
+    for (int64_t k = 0; k < n; k++) {
+        if (take && !take[k]) continue;
+        double v = get(k);
+        if (v >= misval && nomiss) continue;
+        if (v >= misval || v != std::floor(v)) return -1;
+        if (hi < lo)
+            lo = hi = v;
+        else if (v < lo)
+            lo = v;
+        else if (v > hi)
+            hi = v;
+    }
+    double range = hi - lo + 1;
+    if (!(hi >= lo) || range > std::max<double>(2.0 * static_cast<double>(n), 65536.0) ||
+        range >= 1e9)
+        return -1;
+    size_t R = static_cast<size_t>(range);
+    std::vector<int32_t> slot(R, -1);
+    int32_t ng = 0;
+    int32_t* gid = g->gid.data();
+    if (flags & GRP_ORDER) {
+        for (int64_t k = 0; k < n; k++) {
+            if (take && !take[k]) continue;
+            double v = get(k);
+            if (v >= misval) continue;
+            size_t s = static_cast<size_t>(v - lo);
+            if (slot[s] < 0) slot[s] = static_cast<int32_t>(k) + n1;
+        }
+        for (size_t s = 0; s < R; s++)
+            if (slot[s] >= 0) {
+                g->rep.push_back(slot[s]);
+                slot[s] = ng++;
+            }
+        for (int64_t k = 0; k < n; k++) {
+            if ((k & (POLL - 1)) == 0 && kvpollstd()) return 1;
+            if (take && !take[k]) continue;
+            double v = get(k);
+            if (v >= misval) continue;
+            gid[k] = slot[static_cast<size_t>(v - lo)];
+        }
+        *ordered = true;
+    } else {
+        for (int64_t k = 0; k < n; k++) {
+            if ((k & (POLL - 1)) == 0 && kvpollstd()) return 1;
+            if (take && !take[k]) continue;
+            double v = get(k);
+            if (v >= misval) continue;
+            size_t s = static_cast<size_t>(v - lo);
+            if (slot[s] < 0) {
+                slot[s] = ng++;
+                g->rep.push_back(static_cast<int32_t>(k) + n1);
+            }
+            gid[k] = slot[s];
+        }
+    }
+    *ngout = ng;
+    return 0;
+}
+
 } // namespace
+
+double* grp_scratch(int k, size_t n) {
+    static std::vector<double> buf[8];
+    std::vector<double>& b = buf[k & 7];
+    if (b.size() < n) {
+        b.clear();
+        b.shrink_to_fit();
+        b.resize(n);
+    }
+    return b.data();
+}
+
+const double* groups_values(int v, int32_t n1, int32_t n2, int k) {
+    int t;
+    const uint8_t* base = static_cast<const uint8_t*>(colbase(v, &t));
+    if (t == KV_DOUBLE) return reinterpret_cast<const double*>(base) + (n1 - 1);
+    double* x = grp_scratch(k, static_cast<size_t>(std::max(0, n2 - n1 + 1)));
+    groups_column(v, n1, n2, x);
+    return x;
+}
 
 void groups_column(int v, int32_t n1, int32_t n2, double* out) {
     int t;
@@ -225,60 +310,26 @@ int groups_make(Groups* g, const int32_t* keys, int nk, int32_t n1, int32_t n2, 
         ng = g->rep.empty() ? 0 : 1;
         ordered = true;
     } else if (nk == 1 && !isstrtype(typlist[keys[0] - 1])) {
-        std::vector<double> x(static_cast<size_t>(n));
-        groups_column(keys[0], n1, n2, x.data());
-        // integers of a modest range go through a direct table
-        double lo = 0, hi = -1;
-        bool dense = n > 0;
-        for (int64_t k = 0; k < n && dense; k++) {
-            if (take && !take[k]) continue;
-            double v = x[k];
-            if (v >= misval || v != std::floor(v)) {
-                if (v >= misval && nomiss) continue;
-                dense = false;
-                break;
-            }
-            if (hi < lo)
-                lo = hi = v;
-            else
-                lo = std::min(lo, v), hi = std::max(hi, v);
-        }
-        double range = hi - lo + 1;
-        if (dense && hi >= lo && range <= std::max<double>(2.0 * static_cast<double>(n), 65536.0) &&
-            range < 1e9) {
-            size_t R = static_cast<size_t>(range);
-            std::vector<int32_t> slot(R, -1);
-            if (flags & GRP_ORDER) {
-                for (int64_t k = 0; k < n; k++) {
-                    if ((take && !take[k]) || x[k] >= misval) continue;
-                    size_t s = static_cast<size_t>(x[k] - lo);
-                    if (slot[s] < 0) slot[s] = static_cast<int32_t>(k) + n1;
-                }
-                for (size_t s = 0; s < R; s++)
-                    if (slot[s] >= 0) {
-                        g->rep.push_back(slot[s]);
-                        slot[s] = ng++;
-                    }
-                for (int64_t k = 0; k < n; k++) {
-                    if ((k & (POLL - 1)) == 0 && kvpollstd()) return 1;
-                    if ((take && !take[k]) || x[k] >= misval) continue;
-                    g->gid[k] = slot[static_cast<size_t>(x[k] - lo)];
-                }
-                ordered = true;
-            } else {
-                for (int64_t k = 0; k < n; k++) {
-                    if ((k & (POLL - 1)) == 0 && kvpollstd()) return 1;
-                    if ((take && !take[k]) || x[k] >= misval) continue;
-                    size_t s = static_cast<size_t>(x[k] - lo);
-                    if (slot[s] < 0) {
-                        slot[s] = ng++;
-                        g->rep.push_back(static_cast<int32_t>(k) + n1);
-                    }
-                    g->gid[k] = slot[s];
-                }
-            }
+        int t;
+        const uint8_t* base = static_cast<const uint8_t*>(colbase(keys[0], &t));
+        int rc = -1;
+        if (t == KV_LONG) {
+            const int32_t* c = reinterpret_cast<const int32_t*>(base) + (n1 - 1);
+            rc = dense_groups([c](int64_t k) { return kvdouble_of_kvlong(c[k]); }, n, take, nomiss,
+                              flags, n1, g, &ng, &ordered);
+        } else if (t == KV_DOUBLE) {
+            const double* c = reinterpret_cast<const double*>(base) + (n1 - 1);
+            rc = dense_groups([c](int64_t k) { return c[k]; }, n, take, nomiss, flags, n1, g, &ng,
+                              &ordered);
         } else {
-            ng = hash_numeric(x, take, g->gid, g->rep, n1, nomiss);
+            const double* c = groups_values(keys[0], n1, n2, 0);
+            rc = dense_groups([c](int64_t k) { return c[k]; }, n, take, nomiss, flags, n1, g, &ng,
+                              &ordered);
+        }
+        if (rc > 0) return rc;
+        if (rc < 0) {
+            const double* x = groups_values(keys[0], n1, n2, 0);
+            ng = hash_numeric(x, n, take, g->gid, g->rep, n1, nomiss);
             if (ng < 0) return 1;
         }
     } else {

@@ -5,6 +5,7 @@
 // groups (xgenerate, collapse, duplicates, idcheck, levels, fillall,
 // freqdata, dsort) are built on it.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -33,6 +34,13 @@ int groups_make(Groups* g, const int32_t* keys, int nk, int32_t n1, int32_t n2, 
 // -1, 0, 1: observation i against observation j on the keys, missing values
 // after numbers, strings by byte.
 int groups_cmpobs(const int32_t* keys, int nk, int32_t i, int32_t j);
+
+// Scratch buffer k (0 to 7) of at least n doubles, kept across commands so
+// that repeated work on large data does not pay again for fresh pages.
+double* grp_scratch(int k, size_t n);
+// Numeric variable v over n1..n2 as doubles: the column itself when it is
+// stored as doubles, else decoded into scratch buffer k.
+const double* groups_values(int v, int32_t n1, int32_t n2, int k);
 
 // Numeric variable v over n1..n2 decoded into out[0 .. n2 - n1].
 void groups_column(int v, int32_t n1, int32_t n2, double* out);

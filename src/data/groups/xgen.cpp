@@ -67,9 +67,8 @@ const Fn fns[] = {
 
 // The argument as numbers over nobs1..nobs2: a variable read straight from
 // its column, or an expression.
-int argvalues(const std::string& text, std::vector<double>& x) {
-    int64_t n = nobs2 - nobs1 + 1;
-    x.assign(static_cast<size_t>(std::max<int64_t>(n, 0)), misval);
+int argvalues(const std::string& text, const double** xp) {
+    int64_t n = std::max(nobs2 - nobs1 + 1, 0);
     std::string t = text;
     while (!t.empty() && t.back() == ' ') t.pop_back();
     while (!t.empty() && t.front() == ' ') t.erase(t.begin());
@@ -77,18 +76,20 @@ int argvalues(const std::string& text, std::vector<double>& x) {
     int v = 0;
     if (t.find_first_of(" +-*/^()[]<>=!~&|\"'") == std::string::npos) v = sysfindvar(t.c_str());
     if (v && !isstrtype(typlist[v - 1])) {
-        groups_column(v, nobs1, nobs2, x.data());
+        *xp = groups_values(v, nobs1, nobs2, 1);
         return 0;
     }
     static ExpObj obj;
     zapexp(&obj);
     if (int rc = compexp_text(&obj, t.data(), t.data() + t.size(), 0, 0)) return rc;
+    double* x = grp_scratch(1, static_cast<size_t>(n));
     constexpr int32_t CHUNK = 4096;
     for (int32_t i0 = nobs1; i0 <= nobs2; i0 += CHUNK) {
         if (kvpollstd()) return 1;
         int32_t i1 = std::min(nobs2, i0 + CHUNK - 1);
-        xeqblock(&obj, i0, i1, x.data() + (i0 - nobs1));
+        xeqblock(&obj, i0, i1, x + (i0 - nobs1));
     }
+    *xp = x;
     return 0;
 }
 
@@ -190,7 +191,8 @@ int grp_xgen() {
     if (int rc = grp_take(take, nullptr)) return rc;
     const int32_t n1 = nobs1, n2 = nobs2;
     const int64_t n = n2 >= n1 ? n2 - n1 + 1 : 0;
-    std::vector<double> out(static_cast<size_t>(n), misval);
+    double* out = grp_scratch(2, static_cast<size_t>(n));
+    std::fill(out, out + n, misval);
     std::vector<std::string> sout; // concat
     int deflt = deftype;
 
@@ -201,7 +203,7 @@ int grp_xgen() {
         if (fn->kind == K_GROUP || fn->kind == K_TAG) {
             std::vector<int32_t> k2 = grp_byvars;
             k2.insert(k2.end(), vars.begin(), vars.end());
-            Groups g;
+            static Groups g;
             if (int rc = groups_make(&g, k2.data(), static_cast<int>(k2.size()), n1, n2,
                                      take.data(), GRP_ORDER | (missingopt ? 0 : GRP_NOMISS)))
                 return rc;
@@ -282,12 +284,10 @@ int grp_xgen() {
                 deflt = nv <= maxbyte ? KV_BYTE : KV_INT;
         }
     } else {
-        std::vector<double> x;
-        if (fn->kind == K_SEQ)
-            x.assign(static_cast<size_t>(n), 0.0);
-        else if (int rc = argvalues(args, x))
-            return rc;
-        Groups g;
+        const double* x = nullptr;
+        if (fn->kind != K_SEQ)
+            if (int rc = argvalues(args, &x)) return rc;
+        static Groups g;
         bool members = fn->kind == K_RANK || fn->kind == K_SEQ ||
                        (fn->kind == K_STAT &&
                         (fn->arg == GS_PCTILE || fn->arg == GS_IQR || fn->arg == GS_MODE));
@@ -305,22 +305,21 @@ int grp_xgen() {
             if (icodes) deflt = cuts.size() <= 100 ? KV_BYTE : KV_INT;
         } else {
             if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
-                                     take.data(), members ? GRP_MEMBERS : 0))
+                                     ifclause ? take.data() : nullptr, members ? GRP_MEMBERS : 0))
                 return rc;
             const int32_t G = g.ngroups;
             std::vector<double> gv(static_cast<size_t>(G));
             if (fn->kind == K_STAT) {
                 GStatReq r{fn->arg, fn->arg == GS_MODE ? static_cast<double>(modeopt) : p};
-                if (int rc = group_stat(g, r, x.data(), nullptr, 0, gv.data())) return rc;
+                if (int rc = group_stat(g, r, x, nullptr, 0, gv.data())) return rc;
                 for (int64_t k = 0; k < n; k++)
                     if (g.gid[k] >= 0) out[k] = gv[g.gid[k]];
                 if (fn->arg == GS_COUNT) deflt = KV_LONG;
             } else if (fn->kind == K_STD) {
                 std::vector<double> sd(static_cast<size_t>(G));
-                if (int rc = group_stat(g, GStatReq{GS_MEAN, 0}, x.data(), nullptr, 0, gv.data()))
+                if (int rc = group_stat(g, GStatReq{GS_MEAN, 0}, x, nullptr, 0, gv.data()))
                     return rc;
-                if (int rc = group_stat(g, GStatReq{GS_SD, 0}, x.data(), nullptr, 0, sd.data()))
-                    return rc;
+                if (int rc = group_stat(g, GStatReq{GS_SD, 0}, x, nullptr, 0, sd.data())) return rc;
                 for (int64_t k = 0; k < n; k++) {
                     int32_t q = g.gid[k];
                     if (q < 0 || x[k] >= misval || sd[q] >= misval || sd[q] == 0) continue;
@@ -397,11 +396,12 @@ int grp_xgen() {
             sstore(v, i, s ? s->c_str() : "");
         }
     } else {
-        std::vector<double> all(static_cast<size_t>(nobs), misval);
-        for (int64_t k = 0; k < n; k++) all[n1 - 1 + k] = out[k];
-        grp_putcolumn(v, 1, nobs, all.data());
-        for (double y : all)
-            if (y >= misval) missing++;
+        if (n > 0) grp_putcolumn(v, n1, n2, out);
+        for (int32_t i = 1; i <= nobs; i++)
+            if (i < n1 || i > n2) store(v, i, misval);
+        missing = nobs - n;
+        for (int64_t k = 0; k < n; k++)
+            if (out[k] >= misval) missing++;
     }
     updata = 1;
     missmsg(missing, 1);
