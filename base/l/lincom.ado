@@ -13,7 +13,7 @@ program define lincom, rclass
     else {
         local 0
     }
-    syntax [, Level(cilevel)]
+    syntax [, Level(cilevel) EForm]
     if `"`expr'"' == "" {
         display as error "expression required"
         exit 198
@@ -22,6 +22,7 @@ program define lincom, rclass
     matrix `b' = e(b)
     matrix `V' = e(V)
     local names : colnames `b'
+    local full : colfullnames `b'
     local k = colsof(`b')
     * the expression read token by token: coefficient names are kept apart
     local rest `"`expr'"'
@@ -33,9 +34,15 @@ program define lincom, rclass
         local n = `n' + 1
         local tok`n' `"`t'"'
         local isc`n' 0
-        local isvar = regexm(`"`t'"', "^[A-Za-z_][A-Za-z_0-9]*$")
+        * a coefficient: name, or eq:name for one of another equation
+        local isvar = regexm(`"`t'"', "^[A-Za-z_][A-Za-z_0-9]*(:[A-Za-z_][A-Za-z_0-9]*)?$")
         if `isvar' {
-            local pos : list posof `"`t'"' in names
+            if strpos(`"`t'"', ":") {
+                local pos : list posof `"`t'"' in full
+            }
+            else {
+                local pos : list posof `"`t'"' in names
+            }
             if `pos' == 0 {
                 display as error "`t' not found"
                 exit 111
@@ -121,14 +128,28 @@ program define lincom, rclass
     }
     local lb = `est' - `crit' * `se'
     local ub = `est' + `crit' * `se'
+    * exponentiated: exp(b), its standard error by the delta method, and the
+    * limits carried through exp; the test stays that of b
+    local head "     Coef."
+    local shown = `est'
+    local sshown = `se'
+    local lshown = `lb'
+    local ushown = `ub'
+    if "`eform'" != "" {
+        local head "    exp(b)"
+        local shown = exp(`est')
+        local sshown = exp(`est') * `se'
+        local lshown = exp(`lb')
+        local ushown = exp(`ub')
+    }
     display
     display as text " ( 1)  `expr' = 0"
     display
     display as text "------------------------------------------------------------------------------"
     local dep = abbrev("`e(depvar)'", 12)
-    display as text %12s "`dep'" " |      Coef.   Std. Err.      `stat'    P>|`stat'|     [`level'% Conf. Interval]"
+    display as text %12s "`dep'" " | `head'   Std. Err.      `stat'    P>|`stat'|     [`level'% Conf. Interval]"
     display as text "-------------+----------------------------------------------------------------"
-    display as text %12s "(1)" " |  " as result %9.0g `est' "  " %9.0g `se' " " %8.2f `est' / `se' "   " %5.3f `p' "    " %9.0g `lb' "   " %9.0g `ub'
+    display as text %12s "(1)" " |  " as result %9.0g `shown' "  " %9.0g `sshown' " " %8.2f `est' / `se' "   " %5.3f `p' "    " %9.0g `lshown' "   " %9.0g `ushown'
     display as text "------------------------------------------------------------------------------"
     return scalar estimate = `est'
     return scalar se = `se'

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "data/expr/expr.h"
 #include "data/select/generate.h"
@@ -29,6 +30,7 @@ int32_t blist[5];
 int32_t nobs1 = 1, nobs2 = 0, nobss1 = 1, nobss2 = 0;
 uint8_t orange = 0, ifclause = 0, weclause = 0, wgtold = 0, vrange = 0;
 int32_t wgttype = 0, origwgttype = 0;
+std::string wgtexptext;
 char filesp[FNLEN];
 char esamplename[33] = "";
 
@@ -150,14 +152,22 @@ static int readweight() {
     wgttype = origwgttype = t > 0 ? t : 0;
     weclause = 1;
     if (gtokis('=')) return 198;
+    const char* from = wheretok();
     if (int rc = compexp(&wepgm, 0, 1, 0)) return rc;
     if (gtokis(']')) return error(198);
+    // the expression's text, for estimators that record it
+    std::string_view txt(from, static_cast<size_t>(wheretok() - from));
+    txt = txt.substr(0, txt.rfind(']'));
+    while (!txt.empty() && txt.front() == ' ') txt.remove_prefix(1);
+    while (!txt.empty() && txt.back() == ' ') txt.remove_suffix(1);
+    wgtexptext.assign(txt);
     if (t < 0) wgttype = 0; // kind left open until wgtdflt
     return 0;
 }
 
 int parse1() {
     wgtold = 0, wgttype = 0, origwgttype = 0;
+    wgtexptext.clear();
     uint8_t oldlev = c_outlev;
     c_outlev = 3;
     if (ifable == 2) ifable = 0;

@@ -2,7 +2,9 @@
 // `parse`, which reads varlist, if, in, using, =exp, weights and options in any
 // order and leaves the results in the globals that follow.
 #pragma once
+
 #include <cstdint>
+#include <string>
 
 #include "data/area/dataarea.h"
 #include "data/sort/bystate.h"
@@ -36,6 +38,7 @@ extern int32_t blist[5];
 extern int32_t nobs1, nobs2, nobss1, nobss2;
 extern uint8_t orange, ifclause, weclause, wgtold, vrange;
 extern int32_t wgttype, origwgttype;
+extern std::string wgtexptext; // the text of the weight's expression, as typed
 extern char filesp[FNLEN];
 extern char esamplename[33];
 

@@ -2,6 +2,7 @@
 // and beta functions, the normal, chi-squared, t and F distributions and
 // their inverses. Every function answers `.` for what it cannot compute.
 #include "results/distrib/distrib.h"
+#include "results/distrib/distrib_internal.h"
 
 #include <cmath>
 
@@ -226,6 +227,8 @@ double gamcf(double a, double x) {
     return misval;
 }
 
+} // namespace
+
 // P (upper false) or Q (upper true), with the normal approximation for very
 // large arguments.
 double gamboth(double a, double x, bool upper) {
@@ -248,6 +251,8 @@ double gamboth(double a, double x, bool upper) {
     }
     return r;
 }
+
+namespace {
 
 // d/da of P by the series: sum over n of x^(a+n) e^-x / gamma(a+n+1) times
 // (log x - digamma(a+n+1)); with second = true the second derivative.
@@ -369,14 +374,6 @@ double gammap_dxdx(double a, double x) {
 
 // ---- inverses by bisection -----------------------------------------------------
 
-namespace {
-
-struct Fwd {
-    double (*f)(const double* par, double x);
-    const double* par;
-    bool tail; // decreasing in x
-};
-
 // The shared bisection: bracket (unless fixed), a coarse phase to |F - p| <=
 // tol, then up to 59 halvings until the midpoint moves by no more than rel of
 // itself.
@@ -424,6 +421,8 @@ double bisect(const Fwd& F, double p, double lo, double hi, bool bracket, double
     }
     return mid;
 }
+
+namespace {
 
 double fw_gammap(const double* par, double x) {
     return gamboth(par[0], x, false);
@@ -611,6 +610,8 @@ double bcf2(double a, double b, double x, double xc, int* iters) {
     return misval;
 }
 
+} // namespace
+
 // I_x(a, b) with the complement xc = 1 - x known exactly.
 double ibeta2(double a, double b, double x, double xc) {
     if (b * x <= 1 && x <= 0.95) return bpser(a, b, x, xc);
@@ -635,8 +636,6 @@ double ibeta2(double a, double b, double x, double xc) {
     if (r >= misval) return misval;
     return flip ? 1 - r : r;
 }
-
-} // namespace
 
 double ibeta(double a, double b, double x) {
     if (bad(a) || bad(b) || bad(x) || std::isinf(a) || std::isinf(b) || std::isinf(x))

@@ -54,4 +54,17 @@ double fden(double n1, double n2, double f);
 double betaden(double a, double b, double x);
 double gammaden(double a, double b, double g, double x);
 
+// Non-central chi-squared, beta and F (nc the non-centrality), and the
+// bivariate normal distribution function.
+double nchi2(double df, double nc, double x);
+double invnchi2(double df, double nc, double p);
+double npnchi2(double df, double x, double p); // the nc at which nchi2 is p
+double nibeta(double a, double b, double nc, double x);
+double invnibeta(double a, double b, double nc, double p);
+double nbetaden(double a, double b, double nc, double x);
+double nFden(double n1, double n2, double nc, double f);
+double nFtail(double n1, double n2, double nc, double f);
+double invnFtail(double n1, double n2, double nc, double p);
+double binormal(double h, double k, double r);
+
 } // namespace korvu

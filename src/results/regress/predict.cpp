@@ -125,6 +125,36 @@ int predictcmd(int) {
     }
     initialize_xeq();
     int es = esample_var();
+    // Under weights the leverage is the weighted one, w x'(X'WX)^-1 x, with
+    // analytic and sampling weights scaled to a mean of 1 over the estimation
+    // sample as the fit scaled them; frequency weights count copies and leave
+    // it as it is.
+    static ExpObj wobj; // a compiled object is large: not on the stack
+    bool weighted = false;
+    double wmean = 1;
+    if (which >= 4) {
+        char wtype[16], wexp[2048];
+        estuseshort("wtype", wtype, sizeof wtype);
+        estuseshort("wexp", wexp, sizeof wexp);
+        const char* x = wexp;
+        while (*x == '=' || *x == ' ') ++x;
+        if (wtype[0] && std::strcmp(wtype, "fweight") && *x) {
+            if (int rc = compexp_text(&wobj, x, x + std::strlen(x), 0, 0)) return rc;
+            weighted = true;
+            if (std::strcmp(wtype, "iweight")) {
+                double sum = 0, c = 0;
+                int64_t n = 0;
+                for (int i = 1; i <= nobs; ++i) {
+                    if (es && korvu_data(es, i) == 0) continue;
+                    double w = xeq(&wobj, i);
+                    if (w >= misval) continue;
+                    accumerr(&sum, &c, w);
+                    ++n;
+                }
+                wmean = n && sum + c > 0 ? (sum + c) / static_cast<double>(n) : 1;
+            }
+        }
+    }
     // everything is checked: the variable is made now
     if (int rc = addvar(name.c_str(), type)) return rc;
     int nv = nvar;
@@ -155,7 +185,12 @@ int predictcmd(int) {
             for (int j = 0; j < p; ++j) accumerr(&xb, &xe, x[j] * e.b[j]);
             xb += xe;
             double r = y - xb;
-            double h = which >= 4 ? quad(e.V0, x, p) : 0;
+            double w = 1;
+            if (weighted) {
+                double raw = xeq(&wobj, i);
+                w = raw < misval ? raw / wmean : 0;
+            }
+            double h = which >= 4 ? w * quad(e.V0, x, p) : 0;
             switch (which) {
             case -1:
             case 0: out = xb; break;
@@ -163,9 +198,14 @@ int predictcmd(int) {
             case 2: out = std::sqrt(std::max(0.0, quad(e.V, x, p)) + e.s2); break;
             case 3: out = r; break;
             case 4: out = h; break;
-            case 6: out = h < 1 && e.s2 > 0 ? r / std::sqrt(e.s2 * (1 - h)) : misval; break;
+            case 6:
+                out = h < 1 && e.s2 > 0 && w > 0 ? r * std::sqrt(w) / std::sqrt(e.s2 * (1 - h))
+                                                 : misval;
+                break;
             case 7:
-                out = h < 1 && e.s2 > 0 ? r * r * h / (e.rank * e.s2 * (1 - h) * (1 - h)) : misval;
+                out = h < 1 && e.s2 > 0 && w > 0
+                          ? w * r * r * h / (e.rank * e.s2 * (1 - h) * (1 - h))
+                          : misval;
                 break;
             }
         }

@@ -56,6 +56,8 @@ struct Opts {
     double level = 95;
     double dof = -1;
     std::string eform, depname, cluster;
+    std::string wexp;  // the weight's expression as typed
+    std::string score; // a new variable for the equation's score
 };
 
 // Compensated dot product.
@@ -195,6 +197,18 @@ void reg3_table(const Fit& f, const Opts& o) {
         oo_close();
 }
 
+// Below the table of an instrumental-variables fit: the regressors that were
+// instrumented and the instruments, from e().
+void iv_footer() {
+    char il[2048], zl[2048];
+    estuseshort("instd", il, sizeof il);
+    estuseshort("insts", zl, sizeof zl);
+    c_outlev = 1;
+    spoutf("Instrumented:%s%s\n", il[0] ? " " : "", il);
+    spoutf("Instruments:  %s\n", zl);
+    spoutptl("{hline 78}\n");
+}
+
 // Redisplay options and the stored fit.
 int load_fit(Fit* f) {
     if (!lastest) return error(301), 301;
@@ -246,8 +260,9 @@ int redisplay(const Opts& o) {
     estuseshort("model", model, sizeof model);
     iv_title = !std::strcmp(model, "iv");
     if (o.header) reg3_header(f, f.vcetype.empty());
-    iv_title = false;
     reg3_table(f, o);
+    if (iv_title) iv_footer();
+    iv_title = false;
     return 0;
 }
 
@@ -511,7 +526,13 @@ int parse_opts(Opts* o) {
     o->hc3 = findopt("hc3", 3, 0);
     if (o->tsscons) o->rssmat = true;
     if (int rc = chkopt()) return rc;
-    if (score[0]) return errtext(198, "option score() not allowed");
+    if (score[0]) {
+        std::string_view sv(score);
+        if (sv.find(' ') != std::string_view::npos) return error(103);
+        if (chkname(score, 1)) return 198;
+        if (sysfindvar(score)) return errorf(110, "%s already defined", score);
+        o->score = score;
+    }
     if (o->hc2 && o->hc3) return errtext(198, "options hc2 and hc3 may not be combined");
     return 0;
 }
@@ -528,6 +549,7 @@ int regresscmd(int) {
     if (int rc = parse()) return rc;
     std::vector<int> mainvars(varlist_vr, varlist_vr + lnvar);
     Opts o;
+    o.wexp = wgtexptext;
     if (int rc = parse_opts(&o)) return rc;
     std::vector<int> zvars;
     if (iv) {
@@ -830,6 +852,24 @@ int regresscmd(int) {
         if (int rc = marker_new(&mark)) return ab_est(1), rc;
     }
     for (int i = 1; i <= nobs; ++i) bstore(mark, i, used[i - 1]);
+    // the score of each observation's equation, d lnL / d xb = e / s^2: what
+    // _robust takes to rebuild a sandwich over the model-based variance
+    if (!o.score.empty()) {
+        if (int rc = addvar(o.score.c_str(), KV_DOUBLE)) return rc;
+        int sv = nvar;
+        i_nvar = nvar; // a variable of the user's, kept after the command
+        double* out = reinterpret_cast<double*>(colbase_w(sv, nullptr));
+        for (int i = 1; i <= nobs; ++i) {
+            double v = misval;
+            if (used[i - 1] && mse > 0) {
+                double xb = 0, xe = 0;
+                for (int j = 0; j < k; ++j) accumerr(&xb, &xe, b[j] * korvu_data(vars[j + 1], i));
+                if (cons) accumerr(&xb, &xe, b[p - 1]);
+                v = (korvu_data(vars[0], i) - (xb + xe)) / mse;
+            }
+            out[i - 1] = v;
+        }
+    }
     lastest = 18;
     lastest_op = 0;
     estval_reset_scalar("N", N);
@@ -851,35 +891,29 @@ int regresscmd(int) {
     estval_reset_local("model", iv ? "iv" : "ols");
     estval_reset_local("estat_cmd", "regress_estat");
     estval_reset_local("predict", iv ? "regriv_p" : "regres_p");
+    if (!o.score.empty()) estval_reset_local("scorevars", o.score.c_str());
     if (iv) {
-        std::string zl;
+        std::string zl, il;
         for (int v : zvars) zl += (zl.empty() ? "" : " ") + std::string(varname(v));
+        for (int j = 1; j < static_cast<int>(vars.size()); ++j)
+            if (std::find(zvars.begin(), zvars.end(), vars[j]) == zvars.end())
+                il += (il.empty() ? "" : " ") + std::string(varname(vars[j]));
         estval_reset_local("insts", zl.c_str());
+        estval_reset_local("instd", il.c_str());
     }
     estval_reset_local("properties", "b V");
     if (rb.on) estval_resave_vcetype(f.vcetype.c_str());
     if (weclause) {
         static const char* wn[] = {"", "aweight", "fweight", "", "pweight", "", "", "", "iweight"};
         estval_reset_local("wtype", wn[wgttype]);
+        estval_reset_local("wexp", ("= " + o.wexp).c_str());
     }
     if (s_outlev > 2) return 0;
     iv_title = iv;
     if (o.header) reg3_header(f, !rb.on);
     iv_title = false;
     reg3_table(f, o);
-    if (iv && s_outlev <= 2) {
-        std::string il, xl;
-        for (int j = 1; j < static_cast<int>(vars.size()); ++j) {
-            bool isz = std::find(zvars.begin(), zvars.end(), vars[j]) != zvars.end();
-            (isz ? xl : il) += std::string(" ") + varname(vars[j]);
-        }
-        c_outlev = 1;
-        spoutf("Instrumented:%s\n", il.c_str());
-        std::string zl;
-        for (int v : zvars) zl += std::string(" ") + varname(v);
-        spoutf("Instruments: %s\n", zl.c_str());
-        spoutptl("{hline 78}\n");
-    }
+    if (iv) iv_footer();
     return 0;
 }
 

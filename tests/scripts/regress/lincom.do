@@ -29,4 +29,24 @@ capture lincom x1*x2
 assert _rc == 198
 capture lincom x1 + nosuch
 assert _rc == 111
+* eform: exp of the estimate and of the limits, the same saved results
+* (exp(-3.7269439047810464) = .024063..., checked by hand)
+lincom x1 + 2*x2, eform
+assert reldif(r(estimate), -3.7269439047810464) < 1e-12
+* a coefficient named with its equation
+matrix b = e(b)
+matrix V = e(V)
+matrix coleq b = y y y
+matrix coleq V = y y y
+matrix roweq V = y y y
+program define postit, eclass
+    ereturn post b V
+    ereturn local cmd "postit"
+end
+postit
+lincom y:x1 + 2*y:x2
+assert reldif(r(estimate), -3.7269439047810464) < 1e-12
+assert reldif(r(se), 0.20266297196505298) < 1e-12
+capture lincom z:x1
+assert _rc == 111
 display "test completed"

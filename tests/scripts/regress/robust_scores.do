@@ -79,4 +79,21 @@ capture _robust s, v(Z)
 assert _rc == 505
 capture _robust s, strata(x1)
 assert _rc == 460
+* regress's own score variable: _robust over the model-based variance
+* gives the robust standard errors worked in R, as regress, robust does
+quietly regress y x1 x2, score(sc)
+assert "`e(scorevars)'" == "sc"
+_robust sc, minus(3)
+chk 0.034474138633476953 0.093588731258588256 0.80694417130549001
+quietly regress y x1 x2, robust score(sc2)
+chk 0.034474138633476953 0.093588731258588256 0.80694417130549001
+assert "`e(scorevars)'" == "sc2" & sc2 == sc
+* outside the sample the score is missing; a name in use is refused first
+quietly regress y x1 x2 if _n > 5, score(sc3)
+assert sc3 == . if _n <= 5
+assert sc3 != . if _n > 5
+capture regress y x1 x2, score(sc3)
+assert _rc == 110
+capture regress y x1 x2, score(a b)
+assert _rc == 103
 display "test completed"

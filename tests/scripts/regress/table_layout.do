@@ -31,4 +31,7 @@ regress y x1, level(99.5) plus noheader
 set dp period
 * instruments: the title and the lists under the table
 regress y x1 (x2)
+* redisplayed, with the lists again
+regress, noheader
+assert "`e(instd)'" == "x1" & "`e(insts)'" == "x2"
 display "test completed"
