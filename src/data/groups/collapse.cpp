@@ -149,8 +149,9 @@ int grp_collapse() {
         if (t.stat.stat == GS_PCTILE || t.stat.stat == GS_IQR || t.stat.stat == GS_MODE)
             members = true;
     static Groups g;
-    if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2, take.data(),
-                             GRP_ORDER | (members ? GRP_MEMBERS : 0)))
+    const bool all = !ifclause && !weclause && !cw;
+    if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
+                             all ? nullptr : take.data(), GRP_ORDER | (members ? GRP_MEMBERS : 0)))
         return rc;
     const int32_t G = g.ngroups;
     if (G == 0) return errtext(2000, "no observations\n");
@@ -227,8 +228,8 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
     for (size_t a = 0; a < cols.size(); a++) drop[oldnvar + a] = 0;
     std::vector<std::string> keynames;
     for (int32_t k : keys) keynames.push_back(varname(k));
-    if (int rc = grp_dropvars(drop)) return error(rc);
     grp_truncobs(G);
+    if (int rc = grp_dropvars(drop)) return error(rc);
     // keys in the order given, then the results
     int nk = static_cast<int>(keys.size());
     for (int q = 0; q < nk; q++) {

@@ -130,10 +130,11 @@ int grp_dropvars(const std::vector<uint8_t>& drop) {
 
 void grp_truncobs(int32_t n) {
     if (n >= nobs) return;
-    std::vector<char> gone(static_cast<size_t>(nobs) + 1, 0);
-    for (int32_t i = n + 1; i <= nobs; i++) gone[i] = 1;
-    lclcmprs(gone.data());
+    // with the columns in observation order the last observations go by
+    // lowering the count: their slots are behind the kept ones already
     colsync();
+    nobs = n;
+    updata = 1;
 }
 
 // _groups subcommand [byvars] : rest
