@@ -90,29 +90,33 @@ int group_stat(const Groups& g, const GStatReq& r, const double* x, const double
     case GS_SUM:
     case GS_RAWSUM:
     case GS_COUNT: {
-        std::vector<double> s(G, 0.0), e(G, 0.0), c(G, 0.0), cw(G, 0.0);
+        // one record per group, so that a group's sums share a cache line
+        struct Acc {
+            double s, e, c, cw;
+        };
+        std::vector<Acc> acc(static_cast<size_t>(G), Acc{0, 0, 0, 0});
         const bool wt = w && r.stat != GS_RAWSUM;
         for (int64_t k = 0; k < n; k++) {
             if (poll(k)) return 1;
             int32_t q = gid[k];
             if (q < 0 || x[k] >= misval) continue;
             double wk = wt ? w[k] : 1.0;
-            double t = s[q] + wk * x[k];
+            Acc& a = acc[q];
+            double v = wk * x[k];
+            double t = a.s + v;
             // compensated: the part lost from the larger operand
-            e[q] += std::fabs(s[q]) >= std::fabs(wk * x[k]) ? (s[q] - t) + wk * x[k]
-                                                            : (wk * x[k] - t) + s[q];
-            s[q] = t;
-            c[q] += 1;
-            cw[q] += wk;
+            a.e += std::fabs(a.s) >= std::fabs(v) ? (a.s - t) + v : (v - t) + a.s;
+            a.s = t;
+            a.c += 1;
+            a.cw += wk;
         }
         for (int32_t q = 0; q < G; q++) {
-            double sum = s[q] + e[q];
+            const Acc& a = acc[q];
+            double sum = a.s + a.e;
             switch (r.stat) {
-            case GS_MEAN: out[q] = c[q] > 0 ? sum / cw[q] : misval; break;
-            case GS_COUNT: out[q] = wt && wkind == WGT_FW ? cw[q] : c[q]; break;
-            case GS_SUM:
-                out[q] = wt && wkind == WGT_AW && cw[q] > 0 ? sum * c[q] / cw[q] : sum;
-                break;
+            case GS_MEAN: out[q] = a.c > 0 ? sum / a.cw : misval; break;
+            case GS_COUNT: out[q] = wt && wkind == WGT_FW ? a.cw : a.c; break;
+            case GS_SUM: out[q] = wt && wkind == WGT_AW && a.cw > 0 ? sum * a.c / a.cw : sum; break;
             default: out[q] = sum;
             }
         }
