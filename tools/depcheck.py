@@ -48,6 +48,10 @@ RULES = {
     # the distribution functions are numeric helpers of the evaluator, like
     # the one-line ones beside them
     "data/expr/exp_ops.h": ["kernel", "data", "output", "results/distrib/distrib.h"],
+    # clear all reaches the stores, the matrix language and the dictionary
+    "data/io/clear_cmd.cpp": ["kernel", "data", "output", "results/stores.h", "lumo/lumo.h",
+                              "lumo/objects/mobj.h"],
+    "data/io": ["kernel", "data", "output"],
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,

@@ -8,6 +8,7 @@
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
 #include "data/groups/groups.h"
+#include "data/io/io.h"
 #include "data/labels/label.h"
 #include "data/select/generate.h"
 #include "data/sort/sort.h"
@@ -126,6 +127,7 @@ static constexpr Builtin builtin_table[] = {
     {"checksum", 8, 'c', 0, 0, 0, nullptr, 0},
     {"chelp", 2, 'c', 0, 0, 0, helpcmd, 0},
     {"class", 5, 'c', 0, 0, 0, stclass, 0},
+    {"clear", 5, 'c', 0, 0, 0, clearcmd, 0},
     {"c_local", 7, 'c', 0, 0, 0, macgen, 7},
     {"compress", 8, 'c', 0, 0, 0, compresscmd, 0},
     {"confirm", 4, 'c', 0, 0, 0, confirm, 0},
@@ -161,6 +163,8 @@ static constexpr Builtin builtin_table[] = {
     {"ereturn", 4, 'e', 800, 0, 0, ereturncmd, 0},
     {"exit", 1, 'e', 0, 0, 0, goexit, 0},
     {"expand", 6, 'e', 0, 0, 0, expandcmd, 0},
+    {"example", 7, 'e', 0, 0, 0, examplecmd, 0},
+    {"export", 6, 'e', 0, 0, 0, exportcmd, 0},
     {"forvalues", 4, 'f', 0, 0, 0, forvals, 0},
     {"foreach", 7, 'f', 0, 0, 0, foreach, 0},
     {"factor_cmd8", 11, 'f', 0, 0, 1, nullptr, 0},
@@ -188,7 +192,8 @@ static constexpr Builtin builtin_table[] = {
     {"infile", 3, 'i', 0, 0, 0, nullptr, 0},
     {"infix", 5, 'i', 0, 0, 0, nullptr, 0},
     {"input", 3, 'i', 0, 0, 0, inputcmd, 0},
-    {"insheet", 4, 'i', 0, 0, 0, nullptr, 0},
+    {"insheet", 4, 'i', 0, 0, 0, insheetcmd, 0},
+    {"import", 6, 'i', 0, 0, 0, importcmd, 0},
     {"inspect", 3, 'i', 0, 0, 1, nullptr, 0},
     {"keep", 4, 'k', 0, 0, 1, drop, 1},
     {"local", 3, 'l', 0, 0, 0, macgen, 1},
@@ -241,7 +246,7 @@ static constexpr Builtin builtin_table[] = {
     {"oneway", 2, 'o', 0, 0, 1, nullptr, 0},
     {"order", 5, 'o', 0, 0, 0, ordercmd, 0},
     {"outfile", 2, 'o', 0, 0, 0, nullptr, 0},
-    {"outsheet", 4, 'o', 0, 0, 0, nullptr, 0},
+    {"outsheet", 4, 'o', 0, 0, 0, outsheetcmd, 0},
     {"pref", 4, 'p', 0, 0, 0, nullptr, 0},
     {"parse", 3, 'p', 0, 0, 0, kvparse, 0},
     {"plot", 2, 'p', 0, 0, 1, nullptr, 0},
