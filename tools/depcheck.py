@@ -52,6 +52,8 @@ RULES = {
     "data/io/clear_cmd.cpp": ["kernel", "data", "output", "results/stores.h", "lumo/lumo.h",
                               "lumo/objects/mobj.h"],
     "data/io": ["kernel", "data", "output"],
+    # data-management commands: reshaping, recoding, conversions
+    "data/manage": ["kernel", "data", "output"],
     "data": ["kernel", "data", "output"],
     "results": LOWER + ["results", "lumo/lumo.h"] + DATA_PUBLIC,
     "lumo": LOWER + ["results", "lumo"] + DATA_PUBLIC,

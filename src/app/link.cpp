@@ -1,6 +1,7 @@
 #include "app/link.h"
 
 #include "class/clslang.h"
+#include "data/combine/combine.h"
 #include "kernel/macro/macro.h"
 #include "lumo/lumo.h"
 #include "results/matrix/matrix.h"
@@ -26,6 +27,7 @@ void link_all() {
     link_regress();              // results/regress/regress.h
     link_class();                // class/clslang.h
     link_lumo();                 // lumo/lumo.h
+    link_combine();              // data/combine/combine.h
 }
 
 } // namespace korvu

@@ -99,6 +99,25 @@ int findhelpfile(const std::string& topic, std::string* path) {
 // The topic a name resolves to, or empty: an alias, the file itself, or the
 // full word of a built-in command the name abbreviates.
 static std::string resolve(const std::string& name, std::string* path) {
+    // a topic of several words: the file of the words joined by
+    // underscores (help matrix accum), else the topic of the first word
+    if (name.find(' ') != std::string::npos) {
+        std::string joined, first;
+        size_t i = 0;
+        while (i < name.size()) {
+            while (i < name.size() && name[i] == ' ') i++;
+            size_t j = name.find(' ', i);
+            if (j == std::string::npos) j = name.size();
+            if (j > i) {
+                std::string w = name.substr(i, j - i);
+                if (first.empty()) first = w;
+                joined += (joined.empty() ? "" : "_") + w;
+            }
+            i = j;
+        }
+        if (findhelpfile(joined, path)) return joined;
+        return first.empty() ? "" : resolve(first, path);
+    }
     std::string alias = helpalias(name);
     if (!alias.empty() && findhelpfile(alias, path)) return alias;
     if (findhelpfile(name, path)) return name;

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace korvu {
 
@@ -58,10 +60,44 @@ struct UseOpts {
     int nkeep = 0;
     int32_t obs1 = 1, obs2 = 2147483646; // `in`
     bool useif = false;                  // test `ifpgm` per observation
+    bool orphans = false;                // load every value label, used or not
 };
 // Loads fname into memory (replacing the dataset). Validates the whole file
 // before the dataset is touched; 0 or the code, after the message.
 int dta_use(const char* fname, const UseOpts& o);
+
+// A dataset file read whole into columns without touching memory, for the
+// commands that combine it with the data in memory. Cells are in the native
+// byte order and the present storage codes (old formats converted as `use`
+// converts them).
+struct DtaImageVar {
+    char name[33] = {};
+    uint8_t code = 0;
+    char fmt[13] = {};
+    char lbl[33] = {};
+    char vlab[82] = {};
+    std::vector<uint8_t> col; // nobs cells of bytlenc(code) bytes
+};
+struct DtaImageChar {
+    std::string obj, name, text;
+};
+struct DtaImageLab {
+    std::string name;
+    std::vector<int32_t> tbl; // the value-label object
+};
+struct DtaImage {
+    DtaHeader h;
+    int64_t nobs = 0;
+    std::vector<DtaImageVar> v;
+    std::vector<int16_t> srt; // 1-based, no terminator
+    std::vector<DtaImageChar> chars;
+    std::vector<DtaImageLab> labs;
+    int notloaded = 0; // value labels too long to load
+    std::vector<std::pair<std::string, std::string>> renamed;
+};
+// Reads fname whole; with labels, every value label of the file. Prints the
+// message of a failure; 0, 1 (break) or the code.
+int dta_readimage(const char* fname, DtaImage& out, bool labels);
 
 // The e(sample) marker left out of `save` unless `all`: its variable number,
 // or 0. The estimation layer may replace this hook.

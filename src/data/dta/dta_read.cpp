@@ -232,7 +232,7 @@ int parse_front(int fd, Parsed& P) {
 
 // The value-label section behind the data: tables used by the kept variables.
 // A short read or a length of 0 or less ends it. 0 or a code.
-int parse_labels(int fd, Parsed& P, const std::set<std::string>& wanted) {
+int parse_labels(int fd, Parsed& P, const std::set<std::string>& wanted, bool all = false) {
     Reader R{fd};
     if (!R.seek(P.dataoff + P.width * static_cast<int64_t>(P.h.nobs))) return 692;
     const auto left = [&](int64_t n) { return P.fsize < 0 || R.pos + n <= P.fsize; };
@@ -248,7 +248,7 @@ int parse_labels(int fd, Parsed& P, const std::set<std::string>& wanted) {
             if (!left(len) || (P.fsize < 0 && len > (int64_t{1} << 26))) break;
             bool have = std::any_of(P.labs.begin(), P.labs.end(),
                                     [&](const FLab& l) { return l.name == name; });
-            if (!wanted.count(name) || have) {
+            if ((!all && !wanted.count(name)) || have) {
                 if (!R.skip(len)) break;
                 continue;
             }
@@ -289,7 +289,7 @@ int parse_labels(int fd, Parsed& P, const std::set<std::string>& wanted) {
             if (!R.get(vals.data(), 2 * n) || !R.get(txt.data(), 8 * n)) break;
             bool have = std::any_of(P.labs.begin(), P.labs.end(),
                                     [&](const FLab& l) { return l.name == name; });
-            if (!wanted.count(name) || have) continue;
+            if ((!all && !wanted.count(name)) || have) continue;
             if (P.swap)
                 for (auto& x : vals)
                     x = static_cast<int16_t>(__builtin_bswap16(static_cast<uint16_t>(x)));
@@ -457,7 +457,7 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
     if (o.label)
         for (int32_t k : keep)
             if (P.v[k - 1].lbl[0] && isnumtype(P.v[k - 1].code)) wanted.insert(P.v[k - 1].lbl);
-    if (int rc = parse_labels(fd, P, wanted)) return rc;
+    if (int rc = parse_labels(fd, P, wanted, o.label && o.orphans)) return rc;
     if (P.fmt <= 106) rename_dots(P);
 
     // observations wanted
@@ -655,6 +655,118 @@ int dta_use(const char* fname, const UseOpts& o) {
     if (!rc) rc = load(fd, P, o, fname);
     close(fd);
     return rc ? report(rc, fname) : 0;
+}
+
+// The cells of an old-format numeric column in the present coding, promoted
+// as `use` promotes them.
+static void modernize_column(DtaImageVar& iv, int oldcode, int fmt, int64_t n) {
+    int target = oldcode + 5;
+    double lim = oldcode == KV_OLDBYTE   ? maxbyte
+                 : oldcode == KV_OLDINT  ? maxint
+                 : oldcode == KV_OLDLONG ? maxlong
+                                         : 0;
+    const int ow = bytlenc(oldcode);
+    uint8_t* p = iv.col.data();
+    if (lim != 0)
+        for (int64_t i = 0; i < n; ++i) {
+            double x = decode_cell(p + i * ow, oldcode);
+            if (x > lim && x < misval) {
+                target = oldcode == KV_OLDLONG ? KV_DOUBLE : oldcode + 6;
+                break;
+            }
+        }
+    const int nw = bytlenc(target);
+    std::vector<uint8_t> out(static_cast<size_t>(n * nw));
+    for (int64_t i = 0; i < n; ++i) {
+        double x;
+        if (oldcode == KV_OLDDOUBLE && fmt <= 107) {
+            std::memcpy(&x, p + i * ow, 8);
+            if (x == misval_107)
+                x = misval;
+            else
+                x = decode_cell(p + i * ow, oldcode);
+        } else {
+            x = decode_cell(p + i * ow, oldcode);
+        }
+        encode_cell(out.data() + i * nw, target, x);
+    }
+    iv.col.swap(out);
+    iv.code = static_cast<uint8_t>(target);
+}
+
+int dta_readimage(const char* fname, DtaImage& out, bool labels) {
+    int fd;
+    if (int rc = openfile(fname, &fd)) return report(rc, fname);
+    Parsed P;
+    int rc = parse_front(fd, P);
+    if (!rc && labels) rc = parse_labels(fd, P, {}, true);
+    if (rc) {
+        close(fd);
+        return report(rc, fname);
+    }
+    if (P.fmt <= 106) rename_dots(P);
+    const int nv = P.h.nvar;
+    const int64_t n = P.h.nobs;
+    out.h = P.h;
+    out.nobs = n;
+    out.v.assign(static_cast<size_t>(nv), DtaImageVar{});
+    std::vector<uint8_t> codes;
+    for (auto& f : P.v) codes.push_back(static_cast<uint8_t>(f.code));
+    if (P.fmt < 112) map_vartypes_to_old(codes.data(), nv);
+    for (int j = 0; j < nv; ++j) {
+        const FVar& f = P.v[j];
+        DtaImageVar& iv = out.v[j];
+        std::memcpy(iv.name, f.name, 33);
+        iv.code = static_cast<uint8_t>(f.code);
+        if (setvarfmt(iv.fmt, f.fmt, f.code)) default_format(f.code, iv.fmt);
+        if (isnumtype(f.code)) std::memcpy(iv.lbl, f.lbl, 33);
+        std::memcpy(iv.vlab, f.vlab, 82);
+        iv.col.resize(static_cast<size_t>(n * f.width));
+    }
+    out.srt = P.srt;
+    for (auto& c : P.chars) out.chars.push_back({c.obj, c.name, c.text});
+    for (auto& l : P.labs) out.labs.push_back({l.name, std::move(l.tbl)});
+    out.notloaded = P.notloaded;
+    out.renamed = P.renamed;
+    const int64_t W = P.width;
+    if (W > 0 && n > 0) {
+        const int64_t per = std::max<int64_t>(2, (int64_t{1} << 20) / W);
+        std::vector<uint8_t> buf(static_cast<size_t>(per * W));
+        if (lseek(fd, P.dataoff, SEEK_SET) < 0) rc = 692;
+        for (int64_t done = 0; !rc && done < n;) {
+            const int64_t k = std::min(per, n - done);
+            int64_t r = korvu_read(fd, buf.data(), k * W);
+            if (r != k * W) {
+                rc = r < 0 ? 692 : 688;
+                break;
+            }
+            for (int j = 0; j < nv; ++j) {
+                const FVar& f = P.v[j];
+                const int w = f.width;
+                uint8_t* col = out.v[j].col.data() + done * w;
+                cells_from_records(col, w, buf.data() + f.off, W, k);
+                if (P.swap && isnumtype(f.code) && w > 1)
+                    for (int64_t i = 0; i < k; ++i) swapcell(col + i * w, w);
+                if (isstrtype(f.code))
+                    for (int64_t i = 0; i < k; ++i) {
+                        uint8_t* c = col + i * w;
+                        if (auto* z = static_cast<uint8_t*>(std::memchr(c, 0, w)))
+                            std::memset(z, 0, w - (z - c));
+                    }
+            }
+            done += k;
+            if (kvpollstd()) rc = 1;
+        }
+    }
+    close(fd);
+    if (rc) {
+        out.v.clear();
+        return report(rc, fname);
+    }
+    if (P.fmt < 112)
+        for (int j = 0; j < nv; ++j)
+            if (isnumtype(codes[j])) modernize_column(out.v[j], codes[j], P.fmt, n);
+    return 0;
 }
 
 int dta_readnames(const char* fname, DtaNames& out) {

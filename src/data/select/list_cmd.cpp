@@ -1,5 +1,6 @@
-// list [varlist] [if] [in] [, separator(#) clean noobs abbreviate(#) table
-// display nolabel]
+// list [varlist] [if] [in] [, separator(#) sepby(varlist) clean noobs
+// noheader abbreviate(#) string(#) divider mean sum table display nolabel]
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -33,12 +34,13 @@ struct Col {
 };
 
 // The cell of column c at observation i, trimmed, into buf; returns its length.
-int cell(const Col& c, int i, char* buf) {
+int cell(const Col& c, int i, char* buf, int strw = 0) {
     char raw[kFmtBufSize];
     int n;
     if (c.isstr) {
         skorvu_data(c.var, i, raw);
         n = static_cast<int>(strlen(raw));
+        if (strw > 0 && n > strw) n = strw, raw[n] = 0;
         memcpy(buf, raw, n + 1);
         return n;
     }
@@ -75,6 +77,13 @@ void put(std::string& line, const char* s, int w, int justify) {
     line.append(pad - before, ' ');
 }
 
+// A word in the space of the observation numbers.
+std::string ljust_lead(const char* w, int lead) {
+    std::string s = std::string(w);
+    if (static_cast<int>(s.size()) + 1 > lead) return std::string(lead, ' ');
+    return std::string(lead - 1 - s.size(), ' ') + s + " ";
+}
+
 void emit(std::string& line) {
     while (!line.empty() && line.back() == ' ') line.pop_back();
     line += '\n';
@@ -97,7 +106,15 @@ int listcmd(int) {
     int table = findopt("table", 3, 0);
     int display = findopt("display", 4, 0);
     int label = findopt("label", 3, 1);
+    int header = findopt("header", 4, 1);
+    int strw = findopta("string", 3, 0);
+    int divider = findopt("divider", 3, 0);
+    int meanrow = findopt("mean", 4, 0);
+    int sumrow = findopt("sum", 3, 0);
+    std::vector<int> sepby(nvar + 1);
+    int nsepby = findvlist("sepby", 4, sepby.data(), nvar);
     if (int rc = chkopt()) return rc;
+    if (strw < 0) strw = 0;
     if (table && display) {
         return errtext(198, "options table and display may not be combined\n");
     }
@@ -130,7 +147,7 @@ int listcmd(int) {
         }
         nsel++;
         for (Col& c : cols) {
-            int n = cell(c, i, buf);
+            int n = cell(c, i, buf, strw);
             if (n > c.width) c.width = n;
         }
     }
@@ -153,7 +170,8 @@ int listcmd(int) {
     const int first = byvar ? nobss1 : 1;
     int ndig = 1;
     for (int n = nobs2 - first + 1; n >= 10; n /= 10) ndig++;
-    const int lead = obs ? ndig + 4 : 0;
+    const int lead =
+        obs || meanrow || sumrow ? std::max(obs ? ndig + 4 : 0, meanrow || sumrow ? 6 : 0) : 0;
     int inner = 2;
     for (const Col& c : cols) inner += c.width;
     inner += 3 * (lnvar - 1);
@@ -200,6 +218,36 @@ int listcmd(int) {
         return 0;
     }
 
+    // the mean and sum rows: over the observations shown, numeric columns only
+    std::vector<std::string> foot(lnvar), foot2(lnvar);
+    if (meanrow || sumrow) {
+        for (int k = 0; k < lnvar; k++) {
+            const Col& c = cols[k];
+            if (c.isstr) continue;
+            double sum = 0, n = 0;
+            for (int i = nobs1; i <= nobs2; i++) {
+                if (!sel[i - nobs1]) continue;
+                double x = c.rcp ? rcpxeq(c.rcp, c.var, i) : korvu_data(c.var, i);
+                if (x >= misval) continue;
+                sum += x, n++;
+            }
+            auto txt = [](double x) {
+                char b[kFmtBufSize];
+                fmtnum(b, "%9.0g", x);
+                const char* p = b;
+                while (*p == ' ') p++;
+                return std::string(p);
+            };
+            foot[k] = n ? txt(sum / n) : ".";
+            foot2[k] = txt(sum);
+            int w = static_cast<int>(
+                std::max(meanrow ? foot[k].size() : 0, sumrow ? foot2[k].size() : 0));
+            if (w > cols[k].width) {
+                inner += w - cols[k].width;
+                cols[k].width = w;
+            }
+        }
+    }
     const std::string hl = "{hline " + std::to_string(inner) + "}";
     auto rule = [&](const char* l, const char* r) {
         if (clean) return;
@@ -214,11 +262,13 @@ int listcmd(int) {
         line += ' ';
         for (int k = 0; k < lnvar; k++) {
             const Col& c = cols[k];
-            if (k) line += "   ";
+            if (k) line += divider ? " {c |} " : "   ";
             if (header) {
                 put(line, c.head.c_str(), c.width, c.d.justify);
+            } else if (i < 0) {
+                put(line, foot[k].c_str(), c.width, 1);
             } else {
-                cell(c, i, buf);
+                cell(c, i, buf, strw);
                 put(line, buf, c.width, c.d.justify);
             }
         }
@@ -226,23 +276,52 @@ int listcmd(int) {
         if (!clean) line += "{c |}";
         emit(line);
     };
-    rule("{c TLC}", "{c TRC}");
-    line.append(lead, ' ');
-    c_outlev = 1;
-    row(true, 0);
-    c_outlev = 0;
-    rule("{c LT}", "{c RT}");
-    int shown = 0;
+    if (header) {
+        rule("{c TLC}", "{c TRC}");
+        line.append(lead, ' ');
+        c_outlev = 1;
+        row(true, 0);
+        c_outlev = 0;
+        rule("{c LT}", "{c RT}");
+    } else {
+        rule("{c TLC}", "{c TRC}");
+    }
+    int shown = 0, prev = 0;
+    auto groupchange = [&](int a, int b) {
+        for (int k = 0; k < nsepby; k++) {
+            int v = sepby[k];
+            if (isstrtype(typlist[v - 1])) {
+                char x1[KV_STRMAX + 2], x2[KV_STRMAX + 2];
+                if (strcmp(skorvu_data(v, a, x1), skorvu_data(v, b, x2))) return true;
+            } else if (korvu_data(v, a) != korvu_data(v, b)) {
+                return true;
+            }
+        }
+        return false;
+    };
     for (int i = nobs1; i <= nobs2; i++) {
         if (!sel[i - nobs1]) continue;
         if (stopflag) return 1;
-        if (shown && sep && shown % sep == 0) rule("{c LT}", "{c RT}");
+        bool cut = nsepby ? (shown && groupchange(prev, i)) : (shown && sep && shown % sep == 0);
+        if (cut) rule("{c LT}", "{c RT}");
+        prev = i;
         if (obs) {
             snprintf(obslab, sizeof obslab, "%*d. ", ndig < 10 ? ndig + 2 : 12, i - first + 1);
+            line.append(std::max(0, lead - static_cast<int>(strlen(obslab))), ' ');
             line += obslab;
+        } else {
+            line.append(lead, ' ');
         }
         row(false, i);
         shown++;
+    }
+    for (int m = 0; m < 2; m++) {
+        if (!(m == 0 ? meanrow : sumrow)) continue;
+        rule("{c LT}", "{c RT}");
+        line += ljust_lead(m == 0 ? "mean" : "sum", lead);
+        if (m == 1) foot.swap(foot2);
+        row(false, -1);
+        if (m == 1) foot.swap(foot2);
     }
     rule("{c BLC}", "{c BRC}");
     return 0;

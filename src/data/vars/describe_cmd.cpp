@@ -1,4 +1,5 @@
-// describe [varlist] [, short]
+// describe [varlist] [, short detail fullnames numbers varlist]
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -71,11 +72,14 @@ static void descheader(int32_t width) {
     descnum("size:", descsiz(width), nullptr);
 }
 
-static void descline(int v) {
-    char line[400];
+static void descline(int v, int namew, bool numbers) {
+    char line[500];
     const char* lab = varlabel_hook ? orempty(varlabel_hook(v)) : "";
-    snprintf(line, sizeof line, "%-15s %-7s %-10s %-10s %s", abvar(varname(v), 15),
-             typename_of(typlist[v - 1]), fmtname(v), lblname(v), lab);
+    char num[16] = "";
+    if (numbers) snprintf(num, sizeof num, "%4d. ", v);
+    snprintf(line, sizeof line, "%s%-*s %-7s %-10s %-10s %s", num, namew,
+             namew == 15 ? abvar(varname(v), 15) : varname(v), typename_of(typlist[v - 1]),
+             fmtname(v), lblname(v), lab);
     size_t n = strlen(line); // no trailing blanks
     while (n && line[n - 1] == ' ') n--;
     line[n] = 0;
@@ -106,26 +110,52 @@ int describecmd(int) {
     opable = 0;
     if (int rc = parse()) return rc;
     int shrt = findopt("short", 1, 0);
+    int detail = findopt("detail", 1, 0);
+    int fullnames = findopt("fullnames", 4, 0);
+    int numbers = findopt("numbers", 3, 0);
+    int vlonly = findopt("varlist", 7, 0);
     if (int rc = chkopt()) return rc;
+    if (vlonly) shrt = 1;
     const int32_t width = usedwidth();
     std::vector<int32_t> list(varlist_vr, varlist_vr + lnvar);
     if (list.empty())
         for (int v = 1; v <= nvar; v++)
             if (!ispatexempt(v)) list.push_back(v); // not the estimation-sample marker
     descheader(width);
+    if (detail) {
+        char t[200];
+        snprintf(t, sizeof t, "(room for %d observations and %d variables at this width)\n", maxobs,
+                 maxvar);
+        c_outlev = 1;
+        spout21(t);
+    }
     if (!shrt && !list.empty()) {
+        int namew = 15;
+        if (fullnames)
+            for (int32_t v : list) namew = std::max(namew, static_cast<int>(strlen(varname(v))));
+        std::string pad(numbers ? 6 : 0, ' ');
+        std::string gap(namew - 15, ' ');
         c_outlev = 1;
         hlinefull();
-        spout21("                storage display    value\n");
-        spout21("variable name   type    format     label      variable label\n");
+        spout21((pad + "              " + gap + "  storage display    value\n").c_str());
+        spout21((pad + "variable name " + gap + "  type    format     label      variable label\n")
+                    .c_str());
         hlinefull();
-        for (int32_t v : list) descline(v);
+        for (int32_t v : list) descline(v, namew, numbers);
     }
     descfooter();
     if (dahooks.post_r) {
         dahooks.post_r("N", nobs);
         dahooks.post_r("k", nvar);
         dahooks.post_r("width", width);
+    }
+    if (vlonly && post_rmacro) {
+        std::string names, sorted;
+        for (int32_t v : list) names += (names.empty() ? "" : " ") + std::string(varname(v));
+        for (int k = 0; srtlist && srtlist[k]; k++)
+            sorted += (sorted.empty() ? "" : " ") + std::string(varname(srtlist[k]));
+        post_rmacro("varlist", names.c_str());
+        if (!sorted.empty()) post_rmacro("sortlist", sorted.c_str());
     }
     return 0;
 }

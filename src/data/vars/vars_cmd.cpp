@@ -1,6 +1,8 @@
 // drop, keep, rename, order, move, format, set obs, set varabbrev.
 #include "data/vars/varcmds.h"
 
+#include <algorithm>
+
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -94,20 +96,56 @@ int renamecmd(int) {
 }
 
 // ---------------------------------------------------------------------------
-// order varlist: the listed variables first, in the order given
+// order varlist [, first last before(var) after(var) alphabetic]: the listed
+// variables first (or last, or before or after another), in the order given
+// or in alphabetical order
 // ---------------------------------------------------------------------------
 int ordercmd(int) {
     vable = 1;
     ifable = 3;
     oable = 3;
+    opable = 0;
     if (int rc = parse()) return rc;
     std::vector<std::string> names;
-    for (int k = 0; k < lnvar; k++) names.emplace_back(varname(varlist_vr[k]));
-    int pos = 0;
-    for (const auto& n : names) {
-        int v = sysfindvar(n.c_str());
-        if (v <= pos) continue; // named twice
-        movevar(v, ++pos);
+    for (int k = 0; k < lnvar; k++) {
+        std::string n = varname(varlist_vr[k]);
+        if (std::find(names.begin(), names.end(), n) == names.end()) names.push_back(n);
+    }
+    int last = findopt("last", 4, 0);
+    int first = findopt("first", 5, 0);
+    int alpha = findopt("alphabetic", 5, 0);
+    int bv[2], av[2];
+    int nb = findvlist("before", 3, bv, 2);
+    int na = findvlist("after", 3, av, 2);
+    if (int rc = chkopt()) return rc;
+    if (first + last + (nb > 0) + (na > 0) > 1)
+        return errtext(198, "only one of first, last, before() and after() may be given\n");
+    if (nb > 1 || na > 1) return errtext(103, "before() and after() take one variable\n");
+    std::string anchor = nb ? varname(bv[0]) : (na ? varname(av[0]) : "");
+    if (!anchor.empty() && std::find(names.begin(), names.end(), anchor) != names.end())
+        return errorf(198, "%s is in the varlist; it cannot be the place they go to\n",
+                      anchor.c_str());
+    if (alpha) std::sort(names.begin(), names.end());
+    std::vector<std::string> rest, target;
+    for (int v = 1; v <= nvar; v++)
+        if (std::find(names.begin(), names.end(), varname(v)) == names.end())
+            rest.emplace_back(varname(v));
+    if (last) {
+        target = rest;
+        target.insert(target.end(), names.begin(), names.end());
+    } else if (!anchor.empty()) {
+        for (const auto& r : rest) {
+            if (r == anchor && nb) target.insert(target.end(), names.begin(), names.end());
+            target.push_back(r);
+            if (r == anchor && na) target.insert(target.end(), names.begin(), names.end());
+        }
+    } else {
+        target = names;
+        target.insert(target.end(), rest.begin(), rest.end());
+    }
+    for (size_t k = 0; k < target.size(); k++) {
+        int v = sysfindvar(target[k].c_str());
+        if (v != static_cast<int>(k) + 1) movevar(v, static_cast<int>(k) + 1);
     }
     updata = 1;
     return 0;

@@ -5,11 +5,13 @@
 #include "class/clslang.h"
 #include "data/area/areacmds.h"
 #include "data/area/dataarea.h"
+#include "data/combine/combine.h"
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
 #include "data/groups/groups.h"
 #include "data/io/io.h"
 #include "data/labels/label.h"
+#include "data/manage/manage.h"
 #include "data/select/generate.h"
 #include "data/sort/sort.h"
 #include "data/vars/char.h"
@@ -66,7 +68,7 @@ static constexpr Builtin builtin_table[] = {
     {"_huber", 3, '_', 0, 0, 0, hubercmd, 0},
     {"_ktau", 5, '_', 0, 0, 0, nullptr, 0},
     {"_logit", 6, '_', 0, 0, 1, nullptr, 0},
-    {"_merge", 4, '_', 0, 0, 0, nullptr, 0},
+    {"_merge", 4, '_', 0, 0, 0, mergecmd, 0},
     {"_mlmatbysum", 11, '_', 0, 0, 0, nullptr, 0},
     {"_mlogit", 7, '_', 0, 0, 1, nullptr, 0},
     {"_natscale", 9, '_', 0, 0, 0, nullptr, 0},
@@ -106,10 +108,20 @@ static constexpr Builtin builtin_table[] = {
     {"_sfevdstd", 8, '_', 0, 0, 0, nullptr, 0},
     {"_varfstd", 7, '_', 0, 0, 0, nullptr, 0},
     {"_fevdstd", 7, '_', 0, 0, 0, nullptr, 0},
+    // compiled cores of the data-management ado-files, typed in full
+    {"_reshape", 8, '_', 0, 0, 0, reshapecmd, 0},
+    {"_recode", 7, '_', 0, 0, 0, recodecmd, 0},
+    {"_destring", 9, '_', 0, 0, 0, destringcmd, 0},
+    {"_tostring", 9, '_', 0, 0, 0, tostringcmd, 0},
+    {"_tabstat", 8, '_', 0, 0, 0, tabstatcmd, 0},
+    {"_codebook", 9, '_', 0, 0, 0, codebookcmd, 0},
+    {"_xpose", 6, '_', 0, 0, 0, xposecmd, 0},
+    {"_ds", 3, '_', 0, 0, 0, dscmd, 0},
+    {"_table", 6, '_', 0, 0, 0, tablecmd, 0},
     {"about", 5, 'a', 0, 0, 0, nullptr, 0},
     {"about_dlg", 9, 'a', 0, 0, 0, nullptr, 0},
     {"ado", 3, 'a', 0, 0, 0, nullptr, 0},
-    {"append", 2, 'a', 0, 0, 0, nullptr, 0},
+    {"append", 2, 'a', 0, 0, 0, appendcmd, 0},
     {"anova", 2, 'a', 0, 0, 1, nullptr, 0},
     {"anovadef", 8, 'a', 0, 0, 0, nullptr, 0},
     {"args", 4, 'a', 0, 0, 0, kvargs, 0},
@@ -142,7 +154,7 @@ static constexpr Builtin builtin_table[] = {
     {"creturn", 4, 'c', 0, 0, 0, creturncmd, 0},
     {"clist", 2, 'c', 0, 0, 1, nullptr, 0},
     {"debug", 5, 'd', 0, 0, 0, nullptr, 0},
-    {"decode", 3, 'd', 0, 0, 0, nullptr, 0},
+    {"decode", 3, 'd', 0, 0, 0, decodecmd, 0},
     {"dir", 3, 'd', 0, 0, 0, dircmd, 0},
     {"display", 2, 'd', 0, 0, 0, display, 0},
     {"discard", 7, 'd', 0, 0, 0, discard, 0},
@@ -156,7 +168,7 @@ static constexpr Builtin builtin_table[] = {
     {"datasignature", 7, 'd', 0, 0, 0, nullptr, 0},
     {"edit", 2, 'e', 0, 0, 0, nullptr, 0},
     {"else", 4, 'e', 0, 0, 0, elsecmd, 0},
-    {"encode", 2, 'e', 0, 0, 0, nullptr, 0},
+    {"encode", 2, 'e', 0, 0, 0, encodecmd, 0},
     {"erase", 5, 'e', 0, 0, 0, erasecmd, 0},
     {"error", 3, 'e', 0, 0, 0, errcmd_handler, 0},
     {"estimates", 3, 'e', 0, 800, 0, estimatescmd, 0},
@@ -194,7 +206,7 @@ static constexpr Builtin builtin_table[] = {
     {"input", 3, 'i', 0, 0, 0, inputcmd, 0},
     {"insheet", 4, 'i', 0, 0, 0, insheetcmd, 0},
     {"import", 6, 'i', 0, 0, 0, importcmd, 0},
-    {"inspect", 3, 'i', 0, 0, 1, nullptr, 0},
+    {"inspect", 3, 'i', 0, 0, 1, inspectcmd, 0},
     {"keep", 4, 'k', 0, 0, 1, drop, 1},
     {"local", 3, 'l', 0, 0, 0, macgen, 1},
     {"list", 1, 'l', 0, 0, 1, listcmd, 0},
@@ -255,7 +267,7 @@ static constexpr Builtin builtin_table[] = {
     {"post", 4, 'p', 0, 0, 0, nullptr, 0},
     {"postclose", 9, 'p', 0, 0, 0, nullptr, 0},
     {"postutil", 8, 'p', 0, 0, 0, nullptr, 0},
-    {"preserve", 8, 'p', 0, 0, 0, nullptr, 0},
+    {"preserve", 8, 'p', 0, 0, 0, preservecmd, 0},
     {"printer", 7, 'p', 0, 0, 0, nullptr, 0},
     {"program", 2, 'p', 0, 0, 0, pgm, 0},
     {"push", 4, 'p', 0, 0, 0, nullptr, 0},
@@ -265,7 +277,7 @@ static constexpr Builtin builtin_table[] = {
     {"query", 1, 'q', 0, 0, 0, query, 0},
     {"rename", 3, 'r', 0, 0, 0, renamecmd, 0},
     {"replace", 7, 'r', 0, 0, 1, replacecmd, 0},
-    {"restore", 7, 'r', 0, 0, 0, nullptr, 0},
+    {"restore", 7, 'r', 0, 0, 0, restorecmd, 0},
     {"return", 3, 'r', 0, 0, 0, returncmd, 0},
     {"rotate_cmd8", 11, 'r', 0, 0, 0, nullptr, 0},
     {"rm", 2, 'r', 0, 0, 0, erasecmd, 0},
@@ -290,7 +302,7 @@ static constexpr Builtin builtin_table[] = {
     {"subwin", 6, 's', 0, 0, 0, nullptr, 0},
     {"serset", 6, 's', 0, 0, 0, nullptr, 0},
     {"stypop", 6, 's', 0, 0, 0, nullptr, 0},
-    {"tabdisp", 4, 't', 0, 0, 1, nullptr, 0},
+    {"tabdisp", 4, 't', 0, 0, 1, tabdispcmd, 0},
     {"tabulate", 2, 't', 0, 0, 1, tabulatecmd, 0},
     {"tempvar", 7, 't', 0, 0, 0, tmpvcmd, 1},
     {"tempname", 8, 't', 0, 0, 0, tmpvcmd, 1},

@@ -10,6 +10,12 @@ namespace korvu {
 
 int tabulatecmd(int);
 int correlatecmd(int);
+int tabstatcmd(int);  // _tabstat: a table of chosen statistics, by groups
+int inspectcmd(int);  // inspect: counts of negative, zero, positive, integer values
+int codebookcmd(int); // _codebook: a description of each variable
+int dscmd(int);       // _ds: the names of variables chosen by type, format or label
+int tabdispcmd(int);  // tabdisp: values of variables in the cells of a table
+int tablecmd(int);    // _table: statistics in the cells of a table of up to three variables
 
 // ---- the statistics of a two-way table (counts n[i * c + j], r rows) ----
 struct TwoWay {
