@@ -22,6 +22,7 @@ DATA_PUBLIC = [
     "data/expr/expr.h", "data/sort/sort.h", "data/sort/bystate.h",
     "data/formats/formats.h", "data/formats/dates.h", "data/labels/label.h",
     "data/dta/dta.h", "data/select/generate.h", "data/vars/varcmds.h",
+    "data/groups/groups.h",
 ]
 LOWER = ["kernel", "output"]
 

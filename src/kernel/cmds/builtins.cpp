@@ -8,6 +8,7 @@
 #include "data/combine/combine.h"
 #include "data/dta/dta.h"
 #include "data/expr/expr.h"
+#include "data/groups/groups.h"
 #include "data/io/io.h"
 #include "data/io/textio.h"
 #include "data/labels/label.h"
@@ -57,6 +58,7 @@ static constexpr Builtin builtin_table[] = {
     {"_estimates", 4, '_', 800, 0, 0, _estimatescmd, 0},
     {"_test", 5, '_', 0, 0, 0, testcmd, 0},
     {"_findhlpalias", 12, '_', 0, 0, 0, usfindhlpalias, 0},
+    {"_groups", 7, '_', 0, 0, 0, groupscmd, 0},
     {"_GEEBT", 5, '_', 0, 0, 0, nullptr, 0},
     {"_GEEUC", 5, '_', 0, 0, 0, nullptr, 0},
     {"_GEERC", 5, '_', 0, 0, 0, nullptr, 0},
@@ -173,7 +175,7 @@ static constexpr Builtin builtin_table[] = {
     {"estimates", 3, 'e', 0, 800, 0, estimatescmd, 0},
     {"ereturn", 4, 'e', 800, 0, 0, ereturncmd, 0},
     {"exit", 1, 'e', 0, 0, 0, goexit, 0},
-    {"expand", 6, 'e', 0, 0, 0, nullptr, 0},
+    {"expand", 6, 'e', 0, 0, 0, expandcmd, 0},
     {"example", 7, 'e', 0, 0, 0, examplecmd, 0},
     {"export", 6, 'e', 0, 0, 0, exportcmd, 0},
     {"forvalues", 4, 'f', 0, 0, 0, forvals, 0},

@@ -1,0 +1,99 @@
+#!/usr/bin/env bash
+# Group statistics against their peers, in CPU time (user + system).
+# Every system makes the same data from the observation number n = 1..N:
+#   g = mod(n * 7919, G)   with G = 1,000 or 1,000,000 groups
+#   y = mod(n * 7927, 100003) / 100003
+# The work: the group mean of y by g as a new dataset (collapse; data.table's
+# dt[, mean(y), by = g]; pandas groupby().mean()), the group mean as a new
+# variable (xgenerate; dt[, m := mean(y), by = g]; groupby().transform), and a
+# one-way table of g with 1,000 groups (tabulate g; dt[, .N, by = g];
+# value_counts).
+# Korvu: the CPU time of a run that makes the data and does the work (three
+# times where the work can be repeated), less that of a run that only makes
+# the data; each run the best of two, since the machine is shared. R
+# (data.table, one thread) and pandas: the CPU time of the work alone, best of
+# three. Usage: bench/groups.sh [build-dir] [N] [--peers]. Not a test.
+set -euo pipefail
+build=${1:-build}
+N=${2:-10000000}
+peers=${3:-}
+exe=$(cd "$build/bin" && pwd)/korvu-xe
+[ -x "$exe" ] || { echo "no $exe: build first" >&2; exit 1; }
+work=$(mktemp -d /tmp/grpbench.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+mb=$((N * 4 * 8 / 1048576 + 256))
+
+make_do() { # $1 name, $2 groups, $3 times, $4 command (or empty)
+  {
+    echo "set memory ${mb}m"
+    echo "set obs $N"
+    echo "generate long g = mod(_n * 7919, $2)"
+    echo "generate double y = mod(_n * 7927, 100003) / 100003"
+    if [ -n "$4" ]; then
+      echo "forvalues r = 1/$3 {"
+      echo "    quietly $4"
+      echo "}"
+    fi
+  } >"$1.do"
+}
+cpu() { # CPU seconds of a batch run of $1.do, the best of two
+  for r in 1 2; do
+    /usr/bin/time -f "%U %S" -o "$1.time" "$exe" -q -b do "$1.do" >/dev/null
+    awk '{ print $1 + $2 }' "$1.time"
+  done | sort -g | head -1
+}
+for G in 1000 1000000; do
+  make_do base$G $G 0 ""
+  make_do col$G $G 1 "collapse (mean) y, by(g)"
+  make_do gen$G $G 3 "xgenerate double m = mean(y), by(g)\n    drop m"
+  sed -i 's/\\n/\n/' gen$G.do
+  b=$(cpu base$G)
+  c=$(cpu col$G)
+  x=$(cpu gen$G)
+  awk -v b="$b" -v c="$c" -v x="$x" -v G="$G" 'BEGIN {
+    printf "| korvu | %d | collapse (mean) y, by(g) | %.3f |\n", G, c - b
+    printf "| korvu | %d | xgenerate double m = mean(y), by(g) | %.3f |\n", G, (x - b) / 3 }'
+done
+make_do tab1000 1000 3 "tabulate g"
+t=$(cpu tab1000)
+b=$(cpu base1000)
+awk -v b="$b" -v t="$t" 'BEGIN { printf "| korvu | 1000 | tabulate g | %.3f |\n", (t - b) / 3 }'
+
+[ "$peers" = "--peers" ] || exit 0
+if command -v Rscript >/dev/null; then
+  Rscript -e "suppressMessages(library(data.table)); setDTthreads(1)
+    N <- $N; n <- 1:N
+    cpu <- function(f) min(sapply(1:3, function(i) { s <- system.time(f()); s[['user.self']] + s[['sys.self']] }))
+    for (G in c(1000, 1000000)) {
+      dt <- data.table(g = (n * 7919) %% G, y = (n * 7927) %% 100003 / 100003)
+      a <- cpu(function() dt[, mean(y), by = g])
+      b <- cpu(function() dt[, m := mean(y), by = g])
+      cat(sprintf('| R data.table | %d | dt[, mean(y), by = g] | %.3f |\n', G, a))
+      cat(sprintf('| R data.table | %d | dt[, m := mean(y), by = g] | %.3f |\n', G, b))
+      if (G == 1000) cat(sprintf('| R data.table | %d | dt[, .N, by = g] | %.3f |\n', G,
+                                 cpu(function() dt[, .N, by = g])))
+    }"
+fi
+/usr/bin/python3 - "$N" <<'EOF'
+import sys, time
+import numpy as np, pandas as pd
+N = int(sys.argv[1])
+n = np.arange(1, N + 1, dtype=np.int64)
+def cpu(f):
+    best = None
+    for _ in range(3):
+        t = time.process_time(); f(); t = time.process_time() - t
+        best = t if best is None else min(best, t)
+    return best
+for G in (1000, 1000000):
+    df = pd.DataFrame({"g": (n * 7919) % G, "y": (n * 7927) % 100003 / 100003})
+    a = cpu(lambda: df.groupby("g")["y"].mean())
+    def tr():
+        df["m"] = df.groupby("g")["y"].transform("mean")
+    b = cpu(tr)
+    print(f"| pandas | {G} | df.groupby('g')['y'].mean() | {a:.3f} |")
+    print(f"| pandas | {G} | df.groupby('g')['y'].transform('mean') | {b:.3f} |")
+    if G == 1000:
+        print(f"| pandas | {G} | df['g'].value_counts() | {cpu(lambda: df['g'].value_counts()):.3f} |")
+EOF
