@@ -923,12 +923,26 @@ void function_call(const std::string& name, const char* ab, const char* ae) {
         }
     static constexpr const char* matrixfns[] = {"rownumb", "colnumb", "matrix",
                                                 "sweep",   "nullmat", "mreldif"};
-    static constexpr const char* distfns[] = {"normd",     "normden",  "lnnormalden", "lnormalden",
-                                              "lnnormald", "lnormald", "invnorm"};
     for (const char* m : matrixfns)
         if (name == m) not_yet(name);
-    for (const char* m : distfns)
-        if (name == m) not_yet(name);
+    // the normal density and its log under their several names, and the old
+    // name of the inverse normal: one argument each
+    static constexpr struct {
+        const char* name;
+        int op;
+    } distfns[] = {{"normd", OP_NORMDEN},         {"normden", OP_NORMDEN},
+                   {"lnnormalden", OP_LNNORMDEN}, {"lnormalden", OP_LNNORMDEN},
+                   {"lnnormald", OP_LNNORMDEN},   {"lnormald", OP_LNNORMDEN},
+                   {"invnorm", OP_INVNORMAL}};
+    for (const auto& d : distfns)
+        if (name == d.name) {
+            if (n != 1) failerr(198);
+            compile_args_reverse(a, n);
+            popcheck(T_NUM);
+            emit(d.op);
+            pushtype(T_NUM);
+            return;
+        }
 
     // the table
     const FnRow* f = findfn(nm);

@@ -382,7 +382,19 @@ inline double f_dow(double x) {
     X(OP_TDEN,        252, "tden",        FN2,  tden,             0,  2,  0,  1,  0, VNONE, 1, "tden(n, t)") \
     X(OP_FDEN,        253, "Fden",        FN3,  fden,             0,  3,  0,  1,  0, VNONE, 1, "Fden(n1, n2, f)") \
     X(OP_BETADEN,     254, "betaden",     FN3,  betaden,          0,  3,  0,  1,  0, VNONE, 1, "betaden(a, b, x)") \
-    X(OP_GAMMADEN,    255, "gammaden",    FN4,  gammaden,         0,  4,  0,  1,  0, VNONE, 1, "gammaden(g, b, s, x)")
+    X(OP_GAMMADEN,    255, "gammaden",    FN4,  gammaden,         0,  4,  0,  1,  0, VNONE, 1, "gammaden(g, b, s, x)") \
+    X(OP_NCHI2,        91, "nchi2",       FN3,  nchi2,            0,  3,  0,  1,  0, VNONE, 1, "nchi2(n, nc, x)") \
+    X(OP_INVNCHI2,     92, "invnchi2",    FN3,  invnchi2,         0,  3,  0,  1,  0, VNONE, 1, "invnchi2(n, nc, p)") \
+    X(OP_NPNCHI2,      93, "npnchi2",     FN3,  npnchi2,          0,  3,  0,  1,  0, VNONE, 1, "npnchi2(n, x, p): the nc at which nchi2 is p") \
+    X(OP_BINORMAL,     94, "binormal",    FN3,  binormal,         0,  3,  0,  1,  0, VNONE, 1, "binormal(h, k, rho)") \
+    X(OP_NBETADEN,     95, "nbetaden",    FN4,  nbetaden,         0,  4,  0,  1,  0, VNONE, 1, "nbetaden(a, b, nc, x)") \
+    X(OP_NIBETA,       96, "nibeta",      FN4,  nibeta,           0,  4,  0,  1,  0, VNONE, 1, "nibeta(a, b, nc, x)") \
+    X(OP_INVNIBETA,    97, "invnibeta",   FN4,  invnibeta,        0,  4,  0,  1,  0, VNONE, 1, "invnibeta(a, b, nc, p)") \
+    X(OP_NFDEN,        98, "nFden",       FN4,  nFden,            0,  4,  0,  1,  0, VNONE, 1, "nFden(n1, n2, nc, f)") \
+    X(OP_NFTAIL,       99, "nFtail",      FN4,  nFtail,           0,  4,  0,  1,  0, VNONE, 1, "nFtail(n1, n2, nc, f)") \
+    X(OP_INVNFTAIL,   100, "invnFtail",   FN4,  invnFtail,        0,  4,  0,  1,  0, VNONE, 1, "invnFtail(n1, n2, nc, p)") \
+    X(OP_NORMDEN,     101, "normden",     UN,   normalden,        0,  1,  0,  1,  0, VNONE, 1, "normden(z), the normal density") \
+    X(OP_LNNORMDEN,   102, "lnnormden",   UN,   lnnormalden,      0,  1,  0,  1,  0, VNONE, 1, "lnnormalden(z), its log")
 // clang-format on
 
 enum : int16_t {

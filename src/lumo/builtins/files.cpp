@@ -14,6 +14,7 @@
 
 #include "kernel/macro/macro.h"
 #include "lumo/builtins/bi.h"
+#include "lumo/io/lumofile.h"
 
 namespace korvu {
 
@@ -390,9 +391,53 @@ static void bi_adosubdir(int n) {
     bi_strres(n, std::string(1, (c >= 'a' && c <= 'z') ? c : '_'));
 }
 
-// The matrix stream of fputmatrix and fgetmatrix is written beside the
-// object files; until then they say so.
+// fputmatrix(fh, X) and fgetmatrix(fh): one matrix in the object stream of
+// the library files; at the end of the file fgetmatrix gives J(0, 0, .).
+static int moiocode(int rc) {
+    switch (rc) {
+    case 3: return 693;  // could not write
+    case 4: return 3900; // no memory
+    case 7: return 3102; // a function
+    case 2: return 3250; // a kind the stream does not hold (views, structures)
+    default: return 610; // not a matrix stream
+    }
+}
+static void putmatrix(int n, bool status) {
+    BiFile* f = handle(n, 0, status);
+    if (!f) return;
+    if (f->mode == 'r') return failwith(n, status, 3621);
+    MObj* x = bi_mat(n, 1);
+    if (!x) return;
+    if (int rc = fputmatrix(f->fp, x)) return failwith(n, status, moiocode(rc));
+    if (status) return void(bi_realres(n, 0));
+    bi_voidres(n);
+}
+static void bi_fputmatrix(int n) {
+    putmatrix(n, false);
+}
+static void bi_ufputmatrix(int n) {
+    putmatrix(n, true);
+}
+static void getmatrix(int n, bool status) {
+    BiFile* f = handle(n, 0, status);
+    if (!f) return;
+    if (f->mode == 'w' || f->mode == 'a') return failwith(n, status, 3622);
+    MObj* x = nullptr;
+    if (int rc = fgetmatrix(f->fp, &x)) return failwith(n, status, moiocode(rc));
+    bi_result(n, x);
+}
+static void bi_fgetmatrix(int n) {
+    getmatrix(n, false);
+}
+static void bi_ufgetmatrix(int n) {
+    getmatrix(n, true);
+}
+
 void bi_link_files(MBiFn* t) {
+    t[bi_index("fputmatrix")] = bi_fputmatrix;
+    t[bi_index("_fputmatrix")] = bi_ufputmatrix;
+    t[bi_index("fgetmatrix")] = bi_fgetmatrix;
+    t[bi_index("_fgetmatrix")] = bi_ufgetmatrix;
     t[bi_index("fopen")] = bi_fopen;
     t[bi_index("_fopen")] = bi_ufopen;
     t[bi_index("fclose")] = bi_fclose;

@@ -49,6 +49,28 @@ error !(p[4] == . & reldif(p[1], 0.00134989803163009452) < 1e-13)
 error !(reldif(invnormal(p[2]), z[2]) < 1e-12)
 count if missing(p)
 error r(N) != 1
-capture noisily display nchi(1, 2, 3)
-error _rc != 199
+* the non-central family and the bivariate normal under each of their
+* names, against values integrated from the densities with mpmath
+error reldif(nchi2(1, 0.5, 0.1), .19486848561319936484) > 1e-12
+error reldif(nchi(1, 0.5, 0.1), .19486848561319936484) > 1e-12
+error reldif(invnchi2(1, 0.5, .57129701038674589), 1) > 1e-11
+error reldif(npnchi2(3, 1, .087873111807345429), 2) > 1e-9
+error reldif(nibeta(2, 3, 4, 0.5), .37937567370804989415) > 1e-12
+error reldif(invnibeta(10, 20, 0.3, .045834846913252155), 0.2) > 1e-11
+error reldif(nbetaden(5, 1.5, 20, 0.8), 1.3715112843154391049) > 1e-12
+error reldif(nFden(1, 10, 2, 1), .18778771078612819902) > 1e-12
+error reldif(nFtail(4, 7, 9, 1), .92863096398901189083) > 1e-12
+error reldif(invnFtail(4, 7, 9, .92863096398901189083), 1) > 1e-11
+error reldif(binormal(2.5, 3, -0.7), .99244043664262095487) > 1e-13
+error reldif(binorm(2.5, 3, -0.7), .99244043664262095487) > 1e-13
+* the normal density under its dedicated names: 1/sqrt(2 pi) at 0,
+* exp(-1/2)/sqrt(2 pi) = .24197072451914337 at 1
+error reldif(normden(0), .39894228040143267794) > 1e-15
+error reldif(normd(1), .24197072451914336999) > 1e-15
+error reldif(lnnormalden(1), ln(.24197072451914336999)) > 1e-15
+error reldif(lnormald(0), -.91893853320467274178) > 1e-15
+error reldif(invnorm(.975), invnormal(.975)) > 0
+error !(nchi2(1, -1, 1) == . & binormal(0, 0, 2) == . & normden(.) == .)
+capture display normden(1, 2)
+error _rc != 198
 display "test completed"
