@@ -79,6 +79,8 @@ void bi_link_elem(MBiFn* t);
 void bi_link_summ(MBiFn* t);
 void bi_link_str(MBiFn* t);
 void bi_link_la(MBiFn* t);
+void bi_link_la2(MBiFn* t);
+void bi_link_misc2(MBiFn* t);
 void bi_link_dist(MBiFn* t);
 void bi_link_dates(MBiFn* t);
 void bi_link_files(MBiFn* t);

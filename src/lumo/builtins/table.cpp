@@ -417,6 +417,8 @@ static void bilink() {
     bi_link_extern(bitab);
     bi_link_dataset(bitab);
     bi_link_results(bitab);
+    bi_link_la2(bitab);
+    bi_link_misc2(bitab);
     bitab[0] = nullptr; // names a family tried that the table lacks
     for (const MBuiltin& b : m_bitab) snprintf(biid[b.index], sizeof biid[0], "%s()", b.name);
     bilinked = true;
