@@ -50,7 +50,7 @@ if _rc != 3102 {
     error 9
 }
 * a row not written yet says so, and the session goes on
-capture noisily lumo: _hqrdmult(1, 2, 3, 4)
+capture noisily lumo: _testflopin(1)
 if _rc != 3996 {
     error 9
 }
