@@ -458,7 +458,15 @@ static void bi_kv_vlload(int n) {
     bi_voidres(n);
 }
 
+// sys_memory(): the bytes the matrices of the object store take.
+static void bi_sys_memory(int n) {
+    int64_t b = 0;
+    for (MObj* o = mo_nextmat(nullptr); o; o = mo_nextmat(o)) b += m_objsize(o);
+    bi_realres(n, static_cast<double>(b));
+}
+
 void bi_link_misc2(MBiFn* t) {
+    t[bi_index("sys_memory")] = bi_sys_memory;
     t[bi_index("kv_vlload")] = bi_kv_vlload;
     t[bi_index("uniformseed")] = bi_uniformseed;
     t[bi_index("displayas")] = bi_displayas;

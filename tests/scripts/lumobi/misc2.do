@@ -95,6 +95,12 @@ check(vv, (0 \ 1 \ 5), 0, "label values")
 if (tt != ("no" \ "yes" \ "maybe")) _error(3498, "label texts")
 kv_vlload("nosuch", vv, tt)
 if (rows(vv) != 0 | rows(tt) != 0) _error(3498, "no label")
+// the store: a million doubles take 8 MB
+big = 1
+m0 = sys_memory()
+big = J(1000, 1000, 0)
+if (sys_memory() - m0 < 7999992) _error(3498, "memory of a big matrix")
+big = 1
 // display levels
 displayas("text")
 printf("as text\n")
