@@ -1,5 +1,6 @@
 // collapse: the data replaced by statistics of groups.
 //     collapse [(stat)] [newvar=]varname ... [weight] [if] [in] [, by(varlist) cw]
+// String variables take first, last, firstnm, lastnm, min and max.
 // Everything is computed before the data change; the result holds the
 // by-variables, in order of their values, and the new variables.
 #include <algorithm>
@@ -32,6 +33,48 @@ struct Target {
 bool endword(const char* p, const char* w) {
     size_t n = std::strlen(w);
     return !std::strncmp(p, w, n) && (p[n] == ' ' || p[n] == 0);
+}
+
+// The statistics a string variable can have.
+bool strstat(int st) {
+    return st == GS_FIRST || st == GS_LAST || st == GS_FIRSTNM || st == GS_LASTNM || st == GS_MIN ||
+           st == GS_MAX;
+}
+
+// The string statistic of each group: first and last in the order of the
+// data, firstnm and lastnm the first and last not empty, min and max by byte
+// order among those not empty ("" when a group has none).
+void group_strstat(const Groups& g, int st, int v, std::vector<std::string>* out) {
+    out->assign(static_cast<size_t>(g.ngroups), std::string());
+    std::vector<uint8_t> seen(static_cast<size_t>(g.ngroups), 0);
+    std::vector<char> buf(KV_STRMAX + 2);
+    for (int32_t i = g.n1; i <= g.n2; i++) {
+        int32_t q = g.gid[i - g.n1];
+        if (q < 0) continue;
+        const char* t = skorvu_data(v, i, buf.data());
+        std::string& r = (*out)[q];
+        bool empty = !*t;
+        switch (st) {
+        case GS_FIRST:
+            if (!seen[q]) r = t;
+            seen[q] = 1;
+            break;
+        case GS_LAST: r = t; break;
+        case GS_FIRSTNM:
+            if (!seen[q] && !empty) r = t, seen[q] = 1;
+            break;
+        case GS_LASTNM:
+            if (!empty) r = t;
+            break;
+        case GS_MIN:
+            if (!empty && (!seen[q] || std::strcmp(t, r.c_str()) < 0)) r = t, seen[q] = 1;
+            break;
+        case GS_MAX:
+            if (!empty && (!seen[q] || std::strcmp(t, r.c_str()) > 0)) r = t, seen[q] = 1;
+            break;
+        default: break;
+        }
+    }
 }
 
 int readclist(std::vector<Target>& out) {
@@ -71,9 +114,11 @@ int readclist(std::vector<Target>& out) {
         if (!target.empty() && vars.size() != 1)
             return errorf(198, "%s= takes one variable\n", target.c_str());
         for (int32_t v : vars) {
-            if (isstrtype(typlist[v - 1]))
-                return errorf(109, "%s is a string variable: collapse takes numeric variables\n",
-                              varname(v));
+            if (isstrtype(typlist[v - 1]) && !strstat(req.stat))
+                return errorf(109,
+                              "%s is a string variable: (%s) needs numbers; strings take first, "
+                              "last, firstnm, lastnm, min and max\n",
+                              varname(v), stat.c_str());
             out.push_back({target.empty() ? std::string(varname(v)) : target, v, req, stat});
         }
     }
@@ -126,9 +171,11 @@ int grp_collapse() {
     const int32_t n1 = nobs1, n2 = nobs2;
     const int64_t n = n2 >= n1 ? n2 - n1 + 1 : 0;
     // the sources, decoded once each
-    std::vector<int32_t> srcs;
-    for (const Target& t : targets)
-        if (std::find(srcs.begin(), srcs.end(), t.src) == srcs.end()) srcs.push_back(t.src);
+    std::vector<int32_t> srcs, ssrcs; // numeric and string sources
+    for (const Target& t : targets) {
+        std::vector<int32_t>& l = isstrtype(typlist[t.src - 1]) ? ssrcs : srcs;
+        if (std::find(l.begin(), l.end(), t.src) == l.end()) l.push_back(t.src);
+    }
     std::vector<const double*> cols(srcs.size());
     std::vector<std::vector<double>> more; // past the scratch buffers
     for (size_t s = 0; s < srcs.size(); s++) {
@@ -144,6 +191,12 @@ int grp_collapse() {
         for (int64_t k = 0; k < n; k++)
             for (const double* c : cols)
                 if (c[k] >= misval) take[k] = 0;
+    if (cw && !ssrcs.empty()) {
+        std::vector<char> buf(KV_STRMAX + 2);
+        for (int64_t k = 0; k < n; k++)
+            for (int32_t v : ssrcs)
+                if (!*skorvu_data(v, n1 + static_cast<int32_t>(k), buf.data())) take[k] = 0;
+    }
     bool members = false;
     for (const Target& t : targets)
         if (t.stat.stat == GS_PCTILE || t.stat.stat == GS_IQR || t.stat.stat == GS_MODE)
@@ -156,7 +209,13 @@ int grp_collapse() {
     const int32_t G = g.ngroups;
     if (G == 0) return errtext(2000, "no observations\n");
     std::vector<std::vector<double>> res(targets.size(), std::vector<double>(G));
+    std::vector<std::vector<std::string>> sres(targets.size());
     for (size_t a = 0; a < targets.size(); a++) {
+        if (isstrtype(typlist[targets[a].src - 1])) {
+            if (kvpollstd()) return 1;
+            group_strstat(g, targets[a].stat.stat, targets[a].src, &sres[a]);
+            continue;
+        }
         size_t s =
             static_cast<size_t>(std::find(srcs.begin(), srcs.end(), targets[a].src) - srcs.begin());
         if (int rc = group_stat(g, targets[a].stat, cols[s], weclause ? w.data() : nullptr, wgttype,
@@ -170,7 +229,13 @@ int grp_collapse() {
         c.values = std::move(res[a]);
         int st = targets[a].stat.stat;
         int srct = typlist[targets[a].src - 1];
-        if (st == GS_COUNT || st == GS_NMISS || st == GS_TOTALOBS)
+        if (isstrtype(srct)) {
+            size_t w = 1;
+            for (const std::string& t : sres[a]) w = std::max(w, t.size());
+            c.type = static_cast<int>(w);
+            c.format = "%" + std::to_string(w) + "s";
+            c.strs = std::move(sres[a]);
+        } else if (st == GS_COUNT || st == GS_NMISS || st == GS_TOTALOBS)
             c.type = weclause && wgttype != WGT_FW && st == GS_COUNT ? KV_DOUBLE : KV_LONG;
         else if (st == GS_MIN || st == GS_MAX || st == GS_FIRST || st == GS_LAST ||
                  st == GS_FIRSTNM || st == GS_LASTNM || st == GS_MODE) {
@@ -221,8 +286,13 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
                 store(v, r + 1, keynum[q][r]);
         }
     }
-    for (size_t a = 0; a < cols.size(); a++)
-        grp_putcolumn(oldnvar + 1 + static_cast<int>(a), 1, G, cols[a].values.data());
+    for (size_t a = 0; a < cols.size(); a++) {
+        int v = oldnvar + 1 + static_cast<int>(a);
+        if (isstrtype(cols[a].type))
+            for (int32_t r = 0; r < G; r++) sstore(v, r + 1, cols[a].strs[r].c_str());
+        else
+            grp_putcolumn(v, 1, G, cols[a].values.data());
+    }
     std::vector<uint8_t> drop(static_cast<size_t>(nvar), 1);
     for (int32_t k : keys) drop[k - 1] = 0;
     for (size_t a = 0; a < cols.size(); a++) drop[oldnvar + a] = 0;

@@ -36,7 +36,8 @@ void grp_truncobs(int32_t n);
 struct NewCol {
     std::string name, label, format;
     int type;
-    std::vector<double> values; // one per group
+    std::vector<double> values;         // one per group
+    std::vector<std::string> strs = {}; // one per group instead, for a string type
 };
 // Replaces the data by one observation per group of g: the key variables
 // (values of each group's first observation) then the new columns, sorted on

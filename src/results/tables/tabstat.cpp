@@ -388,7 +388,8 @@ int tabstatcmd(int) {
 //   tabdisp rowvar [colvar [supercolvar]] [if] [in], cellvar(varlist)
 //           [format(%fmt) missing]
 //   table rowvar [colvar [supercolvar]] [if] [in] [weight]
-//           [, contents(stat [var] ...) format(%fmt) missing]
+//           [, contents(stat [var] ...) format(%fmt) row col scol center left
+//           missing]
 // tabdisp shows the values of up to five variables, each combination of the
 // classifying variables holding one observation; table shows up to five
 // statistics (freq, mean, sd, sum, count, min, max, median, iqr, p#) of
@@ -403,7 +404,9 @@ struct Axis {
     bool str = false;
     std::vector<std::pair<double, std::string>> cats; // sorted
     std::vector<int> of;                              // category of each sample row, -1 left out
+    bool total = false;                               // a "Total" category after the others
     std::string name(size_t k) const {
+        if (k == cats.size()) return "Total";
         const auto& c = cats[k];
         if (str) return c.second;
         const char* l = lblname(var)[0] ? vl_lookup(lblname(var), c.first) : nullptr;
@@ -413,7 +416,19 @@ struct Axis {
         return a == std::string::npos ? "" : t.substr(a);
     }
     size_t k() const { return var ? cats.size() : 1; }
+    size_t n() const { return k() + (var && total ? 1 : 0); } // with the total
 };
+
+enum { ALIGN_RIGHT, ALIGN_CENTER, ALIGN_LEFT };
+
+std::string align(const std::string& s, int w, int how) {
+    if (how == ALIGN_LEFT) return ljust(s, w);
+    if (how == ALIGN_CENTER && static_cast<int>(s.size()) < w) {
+        int pad = w - static_cast<int>(s.size());
+        return std::string(pad - pad / 2, ' ') + s + std::string(pad / 2, ' ');
+    }
+    return rjust(s, w);
+}
 
 void classify_axis(Axis* a, const Sample& S, bool withmissing) {
     a->of.assign(S.size(), 0);
@@ -451,9 +466,10 @@ struct Content {
 };
 
 // Draws the table: cells[(r * C + c) * K + k] as text.
+// Each axis with its total counts one category more; `how` aligns the cells.
 void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
-          const std::vector<std::string>& cells, int colw) {
-    size_t NR = R.k(), NC = C.k(), NS = SC.k(), K = cont.size();
+          const std::vector<std::string>& cells, int colw, int how = ALIGN_RIGHT) {
+    size_t NR = R.n(), NC = C.n(), NS = SC.n(), K = cont.size();
     int stubw = static_cast<int>(std::string(varname(R.var)).size());
     for (size_t r = 0; r < NR; r++) stubw = std::max(stubw, static_cast<int>(R.name(r).size()));
     stubw = std::min(std::max(stubw, 8), 20);
@@ -495,6 +511,7 @@ void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Conten
     tab_txt(h + "\n");
     rule(false);
     for (size_t r = 0; r < NR; r++) {
+        if (R.var && R.total && r + 1 == NR) rule(false); // before the total row
         size_t lines = C.var ? K : 1;
         for (size_t k = 0; k < lines; k++) {
             std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
@@ -503,9 +520,9 @@ void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Conten
             if (C.var) {
                 for (size_t s = 0; s < NS; s++)
                     for (size_t c = 0; c < NC; c++)
-                        line += " " + rjust(cells[((r * NS + s) * NC + c) * K + k], colw);
+                        line += " " + align(cells[((r * NS + s) * NC + c) * K + k], colw, how);
             } else {
-                for (size_t q = 0; q < K; q++) line += " " + rjust(cells[r * K + q], colw);
+                for (size_t q = 0; q < K; q++) line += " " + align(cells[r * K + q], colw, how);
             }
             while (!line.empty() && line.back() == ' ') line.pop_back();
             tab_res(line + "\n");
@@ -601,9 +618,18 @@ int tablecmd(int) {
     findargasis("contents", 1, cbuf, sizeof cbuf);
     findargasis("format", 1, fbuf, sizeof fbuf);
     bool withmissing = findopt("missing", 1, 0);
+    bool rowtot = findopt("row", 3, 0), coltot = findopt("col", 3, 0),
+         scoltot = findopt("scol", 4, 0);
+    bool center = findopt("center", 3, 0), left = findopt("left", 4, 0);
     if (int rc = chkopt()) return rc;
+    if (center && left) return errtext(198, "options center and left may not be combined\n");
+    int how = center ? ALIGN_CENTER : left ? ALIGN_LEFT : ALIGN_RIGHT;
     Axis R, C, SC;
     if (int rc = read_axes(&R, &C, &SC)) return rc;
+    // a total needs its classifying variable; without it there is nothing to add up
+    R.total = rowtot;
+    C.total = coltot;
+    SC.total = scoltot;
     std::string fmt = fbuf[0] ? fbuf : "%9.0g";
     FmtDesc fd;
     if (chkfmt(fmt.c_str(), 1, &fd)) return errorf(120, "%s invalid numeric format\n", fmt.c_str());
@@ -652,23 +678,33 @@ int tablecmd(int) {
     if (int rc = tab_sample(&S)) return rc;
     bool weighted = S.weighted, fw = wgttype == WGT_FW;
     for (Axis* a : {&R, &C, &SC}) classify_axis(a, S, withmissing);
-    size_t NR = R.k(), NC = C.k(), NS = SC.k(), K = cont.size();
+    // each axis with its total category last: an observation falls in its own
+    // category and in the total of every axis that has one
+    size_t NR = R.n(), NC = C.n(), NS = SC.n(), K = cont.size();
     size_t NCELL = NR * NS * NC;
     std::vector<std::vector<Stats>> st(NCELL, std::vector<Stats>(K));
     std::vector<double> freq(NCELL, 0);
     for (size_t k = 0; k < S.size(); k++) {
         if ((k & 0xffff) == 0 && kvpollstd()) return 1;
         if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
-        size_t cell = (static_cast<size_t>(R.of[k]) * NS + SC.of[k]) * NC + C.of[k];
-        freq[cell] += weighted && fw ? S.wt(k) : 1;
+        size_t rr[2] = {static_cast<size_t>(R.of[k]), NR - 1},
+               cc[2] = {static_cast<size_t>(C.of[k]), NC - 1},
+               ss[2] = {static_cast<size_t>(SC.of[k]), NS - 1};
+        int nr = R.n() > R.k() ? 2 : 1, nc = C.n() > C.k() ? 2 : 1, ns = SC.n() > SC.k() ? 2 : 1;
         int i = S.at(k);
-        for (size_t q = 0; q < K; q++) {
-            if (!cont[q].var) continue;
-            double x = korvu_data(cont[q].var, i);
-            if (x >= misval) continue;
-            st[cell][q].v.push_back(x);
-            if (weighted) st[cell][q].w.push_back(S.wt(k));
-        }
+        for (int a = 0; a < nr; a++)
+            for (int b = 0; b < ns; b++)
+                for (int c = 0; c < nc; c++) {
+                    size_t cell = (rr[a] * NS + ss[b]) * NC + cc[c];
+                    freq[cell] += weighted && fw ? S.wt(k) : 1;
+                    for (size_t q = 0; q < K; q++) {
+                        if (!cont[q].var) continue;
+                        double x = korvu_data(cont[q].var, i);
+                        if (x >= misval) continue;
+                        st[cell][q].v.push_back(x);
+                        if (weighted) st[cell][q].w.push_back(S.wt(k));
+                    }
+                }
     }
     std::vector<std::string> cells(NCELL * K);
     for (size_t cell = 0; cell < NCELL; cell++) {
@@ -684,7 +720,7 @@ int tablecmd(int) {
             cells[cell * K + q] = fmtcell(count ? "%12.0g" : fmt, x);
         }
     }
-    draw(R, C, SC, cont, cells, 9);
+    draw(R, C, SC, cont, cells, 9, how);
     return 0;
 }
 

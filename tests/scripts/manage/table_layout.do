@@ -18,6 +18,8 @@ table a
 table a b, contents(freq mean x sd x)
 * sums by a, b and c: (1,1,1) 22, (1,1,2) 15, (2,2,2) 45
 table a b c, contents(sum x)
+* with totals: low 3 1 | 4, high 1 2 | 3, Total 4 3 | 7
+table a b, row col
 capture noisily tabdisp a b, cellvar(x)
 keep in 1/4
 tabdisp a b, cellvar(x)
