@@ -24,6 +24,7 @@
 #include "data/area/storage.h"
 #include "data/dta/dta.h"
 #include "data/io/textio.h"
+#include "data/io/textread.h"
 #include "data/labels/label.h"
 #include "data/vars/vartab.h"
 #include "kernel/cmds/builtins.h"
@@ -35,20 +36,7 @@
 
 namespace korvu {
 
-namespace {
-
-struct Col {
-    std::string name;
-    int code = KV_FLOAT;
-    int line = 0;             // infix: line of the observation, from 0
-    int64_t from = 0, to = 0; // infix: columns, from 0, end excluded
-    std::vector<double> num;
-    std::string str; // code bytes a row
-    int64_t bad = 0; // values that were not numbers
-    int64_t cut = 0; // texts too long for the variable
-};
-
-int readwhole(const std::string& path, std::string& out) {
+int textio_readwhole(const std::string& path, std::string& out) {
     int fd = open(path.c_str(), O_RDONLY);
     if (fd < 0) return fierr(errno == ENOENT ? 601 : 603, path.c_str());
     struct stat sb;
@@ -73,8 +61,8 @@ int readwhole(const std::string& path, std::string& out) {
 
 // Splits "... using filename [, options]" off the words: the words before
 // `using`, the file name, and the options taken (clear).
-int split_using(const std::string& rest, std::vector<std::string>& specs, std::string& fname,
-                bool* clear) {
+int textio_split_using(const std::string& rest, std::vector<std::string>& specs, std::string& fname,
+                       bool* clear) {
     std::string main = rest, opts;
     {
         bool q = false;
@@ -115,7 +103,7 @@ int split_using(const std::string& rest, std::vector<std::string>& specs, std::s
     return 0;
 }
 
-int checkname(const std::string& nm, const std::vector<Col>& cols) {
+int textio_checkname(const std::string& nm, const std::vector<TextCol>& cols) {
     if (chkname(nm.c_str(), 0) || chkreserved(nm.c_str()))
         return errorf(198, "%s invalid name\n", nm.c_str());
     for (auto& c : cols)
@@ -124,7 +112,7 @@ int checkname(const std::string& nm, const std::vector<Col>& cols) {
 }
 
 // Stores one value read as text into row r of column c.
-void putvalue(Col& c, const char* p, size_t len) {
+void textio_putvalue(TextCol& c, const char* p, size_t len) {
     if (isstrtype(c.code)) {
         const size_t w = static_cast<size_t>(c.code);
         if (len > w) {
@@ -155,7 +143,7 @@ void putvalue(Col& c, const char* p, size_t len) {
 }
 
 // The new dataset in place of the old one. 0 or a code.
-int install(std::vector<Col>& cols, int64_t n) {
+int textio_install(std::vector<TextCol>& cols, int64_t n) {
     if (n > 2147483646) return error(901);
     drop_all(0);
     labels_clear(1);
@@ -175,7 +163,7 @@ int install(std::vector<Col>& cols, int64_t n) {
     std::string s;
     for (size_t k = 0; k < cols.size(); ++k) {
         const int v = static_cast<int>(k) + 1;
-        Col& c = cols[k];
+        TextCol& c = cols[k];
         if (isstrtype(c.code)) {
             const size_t w = static_cast<size_t>(c.code);
             for (int64_t i = 0; i < n; ++i) {
@@ -187,6 +175,8 @@ int install(std::vector<Col>& cols, int64_t n) {
                 store(v, static_cast<int>(i + 1), c.num[static_cast<size_t>(i)]);
         }
     }
+    for (size_t k = 0; k < cols.size(); ++k)
+        if (!cols[k].label.empty()) putvarlab(static_cast<int>(k) + 1, cols[k].label.c_str());
     updata = 1;
     i_nvar = nvar;
     for (auto& c : cols) {
@@ -203,7 +193,64 @@ int install(std::vector<Col>& cols, int64_t n) {
     return 0;
 }
 
-} // namespace
+// Free format: the values in text from byte start fill the columns in
+// order, observation after observation; *nobs gets the observations.
+int textio_free(std::vector<TextCol>& cols, const std::string& text, size_t start, int64_t* nobs) {
+    // the values in order
+    const size_t nv = cols.size();
+    size_t k = 0; // column of the next value
+    const char* p = text.data() + start;
+    const char* e = text.data() + text.size();
+    bool aftercomma = false;
+    if (e - p >= 3 && std::memcmp(p, "\xEF\xBB\xBF", 3) == 0) p += 3;
+    while (p < e) {
+        const char c = *p;
+        if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
+            if (c == '\n') aftercomma = false;
+            ++p;
+            continue;
+        }
+        if (c == ',') {
+            if (aftercomma) {
+                textio_putvalue(cols[k], "", 0);
+                k = (k + 1) % nv;
+            }
+            aftercomma = true;
+            ++p;
+            continue;
+        }
+        const char* b = p;
+        const char* en;
+        if (c == '"') {
+            ++b;
+            const char* q =
+                static_cast<const char*>(std::memchr(b, '"', static_cast<size_t>(e - b)));
+            en = q ? q : e;
+            p = q ? q + 1 : e;
+        } else {
+            while (p < e && *p != ' ' && *p != '\t' && *p != '\r' && *p != '\n' && *p != ',') ++p;
+            en = p;
+        }
+        aftercomma = false;
+        textio_putvalue(cols[k], b, static_cast<size_t>(en - b));
+        k = (k + 1) % nv;
+        if (((p - text.data()) & 0xFFFFF) == 0 && kvpollstd()) return 1;
+    }
+    int64_t n = 0;
+    {
+        const TextCol& c0 = cols[0];
+        n = isstrtype(c0.code) ? static_cast<int64_t>(c0.str.size() / static_cast<size_t>(c0.code))
+                               : static_cast<int64_t>(c0.num.size());
+    }
+    if (k != 0) {
+        c_outlev = 1;
+        spoutf("(the last observation had values for %zu of %zu variables; the rest are missing)\n",
+               k, nv);
+        for (; k < nv; ++k) textio_putvalue(cols[k], "", 0);
+    }
+    *nobs = n;
+    return 0;
+}
 
 int infilecmd(int) {
     std::string rest = textio_rest();
@@ -211,14 +258,13 @@ int infilecmd(int) {
         std::string w[2];
         int n = 0;
         textio_words(rest, w, 2, &n);
-        if (n >= 1 && w[0] == "using")
-            return errtext(199, "infile with a dictionary not yet available\n");
+        if (n >= 1 && w[0] == "using") return textio_dictcmd(rest, false);
     }
     std::vector<std::string> specs;
     std::string fname;
     bool clear;
-    if (int rc = split_using(rest, specs, fname, &clear)) return rc;
-    std::vector<Col> cols;
+    if (int rc = textio_split_using(rest, specs, fname, &clear)) return rc;
+    std::vector<TextCol> cols;
     int pending = 0;
     for (auto x : specs) {
         if (size_t par = x.find('('); par != std::string::npos && par > 0 && x.back() == ')') {
@@ -242,8 +288,8 @@ int infilecmd(int) {
             names.push_back(x);
         }
         for (auto& nm : names) {
-            if (int rc = checkname(nm, cols)) return rc;
-            Col c;
+            if (int rc = textio_checkname(nm, cols)) return rc;
+            TextCol c;
             c.name = nm;
             c.code = pending ? pending : KV_FLOAT;
             cols.push_back(std::move(c));
@@ -255,77 +301,18 @@ int infilecmd(int) {
     if (static_cast<int>(cols.size()) >= maxmaxvar) return error(900);
     if (nvar && !clear) return errtext(18, "you must start with an empty dataset or give clear\n");
     std::string text;
-    if (int rc = readwhole(fname, text)) return rc;
-    // the values in order
-    const size_t nv = cols.size();
-    size_t k = 0; // column of the next value
-    const char* p = text.data();
-    const char* e = p + text.size();
-    bool aftercomma = false;
-    if (e - p >= 3 && std::memcmp(p, "\xEF\xBB\xBF", 3) == 0) p += 3;
-    while (p < e) {
-        const char c = *p;
-        if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-            if (c == '\n') aftercomma = false;
-            ++p;
-            continue;
-        }
-        if (c == ',') {
-            if (aftercomma) {
-                putvalue(cols[k], "", 0);
-                k = (k + 1) % nv;
-            }
-            aftercomma = true;
-            ++p;
-            continue;
-        }
-        const char* b = p;
-        const char* en;
-        if (c == '"') {
-            ++b;
-            const char* q =
-                static_cast<const char*>(std::memchr(b, '"', static_cast<size_t>(e - b)));
-            en = q ? q : e;
-            p = q ? q + 1 : e;
-        } else {
-            while (p < e && *p != ' ' && *p != '\t' && *p != '\r' && *p != '\n' && *p != ',') ++p;
-            en = p;
-        }
-        aftercomma = false;
-        putvalue(cols[k], b, static_cast<size_t>(en - b));
-        k = (k + 1) % nv;
-        if (((p - text.data()) & 0xFFFFF) == 0 && kvpollstd()) return 1;
-    }
+    if (int rc = textio_readwhole(fname, text)) return rc;
     int64_t n = 0;
-    {
-        const Col& c0 = cols[0];
-        n = isstrtype(c0.code) ? static_cast<int64_t>(c0.str.size() / static_cast<size_t>(c0.code))
-                               : static_cast<int64_t>(c0.num.size());
-    }
-    if (k != 0) {
-        c_outlev = 1;
-        spoutf("(the last observation had values for %zu of %zu variables; the rest are missing)\n",
-               k, nv);
-        for (; k < nv; ++k) putvalue(cols[k], "", 0);
-    }
-    return install(cols, n);
+    if (int rc = textio_free(cols, text, 0, &n)) return rc;
+    return textio_install(cols, n);
 }
 
-int infixcmd(int) {
-    std::string rest = textio_rest();
-    {
-        std::string w[2];
-        int n = 0;
-        textio_words(rest, w, 2, &n);
-        if (n >= 1 && w[0] == "using")
-            return errtext(199, "infix with a dictionary not yet available\n");
-    }
-    std::vector<std::string> specs;
-    std::string fname;
-    bool clear;
-    if (int rc = split_using(rest, specs, fname, &clear)) return rc;
-    std::vector<Col> cols;
-    int pending = 0, line = 0, nlines = 1;
+// One stretch of infix words ([# lines] [#:] [type] newvar start[-end]
+// ...) added to the columns; st carries the pending type, the line and the
+// lines an observation from one stretch to the next. With labels, a quoted
+// word labels the variable before it. 0 or a code (printed).
+int textio_infix_words(const std::vector<std::string>& specs, TextInfix& st,
+                       std::vector<TextCol>& cols, bool labels) {
     auto number = [](const std::string& s, int64_t* out) {
         if (s.empty() || s.size() > 9) return false;
         int64_t v = 0;
@@ -339,23 +326,29 @@ int infixcmd(int) {
     for (size_t i = 0; i < specs.size(); ++i) {
         const std::string& x = specs[i];
         int64_t num;
-        if (i == 0 && specs.size() > 1 && specs[1] == "lines" && number(x, &num) && num >= 1) {
-            nlines = static_cast<int>(num);
+        if (cols.empty() && !st.pending && i + 1 < specs.size() && specs[i + 1] == "lines" &&
+            number(x, &num) && num >= 1) {
+            st.nlines = static_cast<int>(num);
             ++i;
             continue;
         }
         if (x.size() > 1 && x.back() == ':' && number(x.substr(0, x.size() - 1), &num) &&
             num >= 1) {
-            line = static_cast<int>(num) - 1;
-            if (line + 1 > nlines) nlines = line + 1;
+            st.line = static_cast<int>(num) - 1;
+            if (st.line + 1 > st.nlines) st.nlines = st.line + 1;
+            continue;
+        }
+        std::string lab;
+        if (labels && !cols.empty() && !st.pending && textio_unquote(x, &lab)) {
+            cols.back().label = lab;
             continue;
         }
         if (int c = textio_typecode(x)) {
-            if (pending) return errorf(198, "%s found where name expected\n", x.c_str());
-            pending = c;
+            if (st.pending) return errorf(198, "%s found where name expected\n", x.c_str());
+            st.pending = c;
             continue;
         }
-        if (int rc = checkname(x, cols)) return rc;
+        if (int rc = textio_checkname(x, cols)) return rc;
         if (i + 1 >= specs.size()) return errorf(198, "%s: column range expected\n", x.c_str());
         const std::string& r = specs[++i];
         int64_t a, b;
@@ -367,64 +360,103 @@ int infixcmd(int) {
             return errorf(198, "%s invalid column range\n", r.c_str());
         }
         if (a < 1 || b < a) return errorf(198, "%s invalid column range\n", r.c_str());
-        Col c;
+        TextCol c;
         c.name = x;
-        c.code = pending ? pending : KV_FLOAT;
-        c.line = line;
+        c.code = st.pending ? st.pending : KV_FLOAT;
+        c.line = st.line;
         c.from = a - 1;
         c.to = b;
         cols.push_back(std::move(c));
-        pending = 0;
+        st.pending = 0;
     }
-    if (pending) return errtext(198, "type without a name\n");
-    if (cols.empty()) return errtext(102, "too few variables specified\n");
-    if (static_cast<int>(cols.size()) >= maxmaxvar) return error(900);
-    if (nvar && !clear) return errtext(18, "you must start with an empty dataset or give clear\n");
-    std::string text;
-    if (int rc = readwhole(fname, text)) return rc;
-    // line starts
-    std::vector<size_t> ls;
-    size_t at = text.size() >= 3 && std::memcmp(text.data(), "\xEF\xBB\xBF", 3) == 0 ? 3 : 0;
+    return 0;
+}
+
+void textio_lines(const std::string& text, size_t start, std::vector<size_t>& ls) {
+    size_t at = start;
+    if (text.size() - at >= 3 && std::memcmp(text.data() + at, "\xEF\xBB\xBF", 3) == 0) at += 3;
     while (at < text.size()) {
         ls.push_back(at);
         size_t nl = text.find('\n', at);
         at = nl == std::string::npos ? text.size() : nl + 1;
     }
-    auto linetext = [&](size_t j, const char** p, size_t* len) {
-        size_t b = ls[j];
-        size_t en = j + 1 < ls.size() ? ls[j + 1] : text.size();
-        if (en > b && text[en - 1] == '\n') --en;
-        if (en > b && text[en - 1] == '\r') --en;
-        *p = text.data() + b;
-        *len = en - b;
-    };
+}
+
+void textio_linetext(const std::string& text, const std::vector<size_t>& ls, size_t j,
+                     const char** p, size_t* len) {
+    if (j >= ls.size()) {
+        *p = "";
+        *len = 0;
+        return;
+    }
+    size_t b = ls[j];
+    size_t en = j + 1 < ls.size() ? ls[j + 1] : text.size();
+    if (en > b && text[en - 1] == '\n') --en;
+    if (en > b && text[en - 1] == '\r') --en;
+    *p = text.data() + b;
+    *len = en - b;
+}
+
+void textio_field(TextCol& c, const char* p, size_t len, size_t a, size_t b) {
+    if (a >= len) {
+        textio_putvalue(c, "", 0);
+        return;
+    }
+    const size_t l = std::min(b, len) - a;
+    if (isstrtype(c.code)) {
+        // blanks around text are not part of it
+        const char* s = p + a;
+        size_t m = l;
+        while (m && *s == ' ') ++s, --m;
+        while (m && s[m - 1] == ' ') --m;
+        textio_putvalue(c, s, m);
+    } else {
+        textio_putvalue(c, p + a, l);
+    }
+}
+
+int textio_columns(std::vector<TextCol>& cols, int nlines, const std::string& text, size_t start,
+                   int64_t* nobs) {
+    std::vector<size_t> ls;
+    textio_lines(text, start, ls);
     const int64_t n = (static_cast<int64_t>(ls.size()) + nlines - 1) / nlines;
     for (int64_t o = 0; o < n; ++o) {
         for (auto& c : cols) {
-            const size_t j = static_cast<size_t>(o * nlines + c.line);
-            const char* p = "";
-            size_t len = 0;
-            if (j < ls.size()) linetext(j, &p, &len);
-            const size_t a = static_cast<size_t>(c.from), b = static_cast<size_t>(c.to);
-            if (a >= len) {
-                putvalue(c, "", 0);
-            } else {
-                const size_t l = std::min(b, len) - a;
-                if (isstrtype(c.code)) {
-                    // blanks around text are not part of it
-                    const char* s = p + a;
-                    size_t m = l;
-                    while (m && *s == ' ') ++s, --m;
-                    while (m && s[m - 1] == ' ') --m;
-                    putvalue(c, s, m);
-                } else {
-                    putvalue(c, p + a, l);
-                }
-            }
+            const char* p;
+            size_t len;
+            textio_linetext(text, ls, static_cast<size_t>(o * nlines + c.line), &p, &len);
+            textio_field(c, p, len, static_cast<size_t>(c.from), static_cast<size_t>(c.to));
         }
         if ((o & 0xFFFF) == 0 && kvpollstd()) return 1;
     }
-    return install(cols, n);
+    *nobs = n;
+    return 0;
+}
+
+int infixcmd(int) {
+    std::string rest = textio_rest();
+    {
+        std::string w[2];
+        int n = 0;
+        textio_words(rest, w, 2, &n);
+        if (n >= 1 && w[0] == "using") return textio_dictcmd(rest, true);
+    }
+    std::vector<std::string> specs;
+    std::string fname;
+    bool clear;
+    if (int rc = textio_split_using(rest, specs, fname, &clear)) return rc;
+    std::vector<TextCol> cols;
+    TextInfix st;
+    if (int rc = textio_infix_words(specs, st, cols, false)) return rc;
+    if (st.pending) return errtext(198, "type without a name\n");
+    if (cols.empty()) return errtext(102, "too few variables specified\n");
+    if (static_cast<int>(cols.size()) >= maxmaxvar) return error(900);
+    if (nvar && !clear) return errtext(18, "you must start with an empty dataset or give clear\n");
+    std::string text;
+    if (int rc = textio_readwhole(fname, text)) return rc;
+    int64_t n = 0;
+    if (int rc = textio_columns(cols, st.nlines, text, 0, &n)) return rc;
+    return textio_install(cols, n);
 }
 
 } // namespace korvu

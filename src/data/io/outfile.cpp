@@ -1,10 +1,13 @@
-// `outfile [varlist] using filename [if] [in] [, comma nolabel noquote
-// replace wide]`: the data as text, one observation a line. Values are
+// `outfile [varlist] using filename [if] [in] [, comma dictionary nolabel
+// noquote replace wide]`: the data as text, one observation a line. Values are
 // written in their display formats (leading blanks dropped), strings and
 // value labels in double quotes unless `noquote`, separated by a blank or,
 // with `comma`, by a comma. Without `wide` or `comma` an observation longer
 // than 80 characters is wrapped onto further lines between values. The file
-// is written under a temporary name and renamed when whole.
+// is written under a temporary name and renamed when whole. With
+// `dictionary` the file starts with a dictionary (each variable's type,
+// name and label) that `infile using` reads, and values with value labels
+// are written as numbers.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,7 +46,8 @@ int outfilecmd(int) {
     std::snprintf(filesp, sizeof filesp, "%s", saved_fn.c_str());
     if (rc) return rc;
     const bool comma = findopt("comma", 5, 0);
-    const bool nolabel = findopt("nolabel", 5, 0);
+    const bool dict = findopt("dictionary", 4, 0);
+    const bool nolabel = findopt("nolabel", 5, 0) || dict;
     const bool noquote = findopt("noquote", 7, 0);
     const bool replace = findopt("replace", 7, 0);
     const bool wide = findopt("wide", 4, 0);
@@ -71,11 +75,42 @@ int outfilecmd(int) {
         unlink(tmp.c_str());
         return fierr(603, fname.c_str());
     }
+    bool bad = false;
     const char sep = comma ? ',' : ' ';
+    if (dict) {
+        std::string h = "dictionary {\n";
+        char lab[81];
+        for (int v : vars) {
+            const int code = typlist[v - 1];
+            char ty[16];
+            if (isstrtype(code))
+                std::snprintf(ty, sizeof ty, "str%d", code);
+            else
+                std::snprintf(ty, sizeof ty, "%s",
+                              code == KV_BYTE    ? "byte"
+                              : code == KV_INT   ? "int"
+                              : code == KV_LONG  ? "long"
+                              : code == KV_FLOAT ? "float"
+                                                 : "double");
+            h += "    ";
+            h += ty;
+            h += ' ';
+            h += varname(v);
+            getvarlab(v, lab);
+            if (lab[0]) {
+                const bool inner = std::strchr(lab, '"') != nullptr;
+                h += inner ? " `\"" : " \"";
+                h += lab;
+                h += inner ? "\"'" : "\"";
+            }
+            h += '\n';
+        }
+        h += "}\n";
+        if (std::fwrite(h.data(), 1, h.size(), f) != h.size()) bad = true;
+    }
     const char* q = noquote ? "" : "\"";
     std::string line, val;
     std::vector<char> sbuf(static_cast<size_t>(EXP_STRMAX) + 2);
-    bool bad = false;
     for (int i = nobs1; i <= nobs2 && !bad; ++i) {
         if (ifclause && xeq(&ifpgm, i) == 0) continue;
         line.clear();

@@ -24,8 +24,9 @@ assert _N == 5 & x == 1.5 in 1
 capture infile y using nosuch.txt, clear
 assert _rc == 601
 assert _N == 5 & t == "with, comma" in 4
+* a dictionary that does not exist
 capture infile using dict.dct, clear
-assert _rc == 199
+assert _rc == 601
 * fix.txt: columns 1-4, 5-7 and 8-11; a CRLF line; a line whose text is
 * longer than its variable
 infix int a 1-4 str3 b 5-7 c 8-11 using fix.txt, clear
