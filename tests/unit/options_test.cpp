@@ -149,3 +149,30 @@ TEST(Numbers, Cnvstoz) {
     EXPECT_NE(cnvstoz("2.0x+1", &v), 0);
     EXPECT_NE(cnvstoz("", &v), 0);
 }
+
+// parse leaves the handler's output level as it found it, whether it fails or
+// not, and its messages still come out at the error level.
+static int parsed(const char* text) {
+    snprintf(line, sizeof line, "%s", text);
+    settok(line);
+    cmdinit();
+    vable = 3, ifable = 3, oable = 0, opable = 0;
+    c_outlev = 1;
+    return parse1();
+}
+
+TEST(Parse, OutputLevelKeptOnEveryPath) {
+    CapturedOutput out;
+    EXPECT_EQ(parsed(", detail"), 0);
+    EXPECT_EQ(c_outlev, 1);
+    EXPECT_EQ(parsed("in 5/2"), 198);
+    EXPECT_EQ(c_outlev, 1);
+    EXPECT_EQ(out.take(), "Obs. nos. out of range\n");
+    EXPECT_EQ(parsed("if x > 1"), 101);
+    EXPECT_EQ(c_outlev, 1);
+    EXPECT_EQ(out.take(), "if not allowed\n");
+    EXPECT_EQ(parsed("leftover"), 198);
+    EXPECT_EQ(c_outlev, 1);
+    EXPECT_EQ(out.take(), "'leftover' invalid\n");
+    c_outlev = 0;
+}

@@ -168,8 +168,8 @@ static int readweight() {
 int parse1() {
     wgtold = 0, wgttype = 0, origwgttype = 0;
     wgtexptext.clear();
-    uint8_t oldlev = c_outlev;
-    c_outlev = 3;
+    // every message below raises the level to 3 by itself and puts the
+    // caller's level back, so the handler's level is never left changed
     if (ifable == 2) ifable = 0;
     if (byvar == 0) {
         nobs1 = nobss1 = 1, nobs2 = nobss2 = nobs, orange = 0;
@@ -260,7 +260,6 @@ int parse1() {
         if (vernum >= 300) return error(198);
         if (!runprog) spoutlev(1, "(please avoid =exp old-style weight syntax)\n");
     }
-    c_outlev = oldlev;
     return 0;
 }
 

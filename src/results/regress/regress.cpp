@@ -722,7 +722,10 @@ int regresscmd(int) {
     }
     Fit f;
     f.p = p, f.names = names, f.cons = cons, f.depvar = depvar, f.N = N;
-    f.df_m = rank - ((cons || o.hascons) ? 1 : 0);
+    // tsscons: sums of squares about the mean even without a constant, so
+    // that R-squared and F compare the fit with the constant-only model
+    bool aboutmean = cons || o.hascons || o.tsscons;
+    f.df_m = rank - (aboutmean ? 1 : 0);
     if (f.df_m < 0) f.df_m = 0;
     f.df_r = o.dof > 0 ? o.dof : N - rank;
     double sumy = dev ? mu[0] * N : A(1, 0);
@@ -735,7 +738,7 @@ int regresscmd(int) {
     std::vector<double> meat;
     int nclust = 0;
     if (!dev) {
-        bool hc = o.hascons;
+        bool hc = o.hascons || o.tsscons;
         tss = hc ? T - sumy * sumy / N : T;
         rss = T - S;
         if (rss < 0) {
@@ -789,7 +792,7 @@ int regresscmd(int) {
         if (F < 0) F = misval;
     }
     double r2a = misval;
-    if (r2 < misval && f.df_r > 0) r2a = 1 - (1 - r2) * ((cons || o.hascons) ? N - 1 : N) / f.df_r;
+    if (r2 < misval && f.df_r > 0) r2a = 1 - (1 - r2) * (aboutmean ? N - 1 : N) / f.df_r;
     f.V.assign(static_cast<size_t>(p) * p, 0.0);
     for (size_t i = 0; i < f.V.size(); ++i) f.V[i] = V0[i] * mse;
     if (rb.on) {
@@ -812,8 +815,10 @@ int regresscmd(int) {
     f.F = F, f.r2 = r2, f.rmse = std::sqrt(mse), f.mss = mss, f.rss = rss, f.r2_a = r2a;
     if (rss > 0 && rss < misval) {
         f.ll = -0.5 * N * (std::log(2 * M_PI) + std::log(rss / N) + 1);
-        if (cons || o.hascons)
-            f.ll_0 = -0.5 * N * (std::log(2 * M_PI) + std::log((rss + mss) / N) + 1);
+        // the constant-only model's: its residual sum of squares is the total
+        // about the mean, also when the fit without a constant is worse
+        double rss0 = (o.tsscons && !cons && !o.hascons) ? tss : rss + mss;
+        if (aboutmean) f.ll_0 = -0.5 * N * (std::log(2 * M_PI) + std::log(rss0 / N) + 1);
     }
     // standard deviations for beta
     double denom = N > 1 ? N - 1 : 1;
@@ -902,6 +907,17 @@ int regresscmd(int) {
         estval_reset_local("instd", il.c_str());
     }
     estval_reset_local("properties", "b V");
+    if (matlink.drop) matlink.drop("means", ET_MATRIX); // a former fit's
+    if (o.means && k > 0) {
+        // the regressors' (weighted) means over the estimation sample
+        DenseMat em;
+        em.rows = 1, em.cols = k, em.rownames = {"mean"};
+        for (int j = 0; j < k; ++j) {
+            em.x.push_back(dev ? mu[j + 1] : (N != 0 ? A(j + 2, 0) / N : 0));
+            em.colnames.push_back(names[j]);
+        }
+        if (int rc = matlink.save("means", ET_MATRIX, em)) return ab_est(1), error(rc);
+    }
     if (rb.on) estval_resave_vcetype(f.vcetype.c_str());
     if (weclause) {
         static const char* wn[] = {"", "aweight", "fweight", "", "pweight", "", "", "", "iweight"};
