@@ -295,12 +295,18 @@ int syssave(const char* fname, const SaveOpts& o) {
                 oldcells.emplace_back(mapi[v - 1], typlist[v - 1]);
     int64_t extended = 0;
     if (width) {
-        const int64_t per = static_cast<int64_t>(out.buf.size() - 2) / width;
+        // a block of records at a time, one loop per variable over it
+        const int64_t per =
+            std::min(dta_blockrecs(width), static_cast<int64_t>(out.buf.size() - 2) / width);
         colsync();
         for (int i = 1; i <= nobs && !out.bad;) {
             out.flush();
             const int k = static_cast<int>(std::min<int64_t>(per, nobs - i + 1));
-            getdtablock(out.buf.data(), static_cast<int>(width), i, k, nv);
+            for (int v = 1; v <= nv; ++v) {
+                const int w = cellwidth(v);
+                dta_gather(out.buf.data() + mapi[v - 1], width,
+                           colptr(v) + static_cast<int64_t>(i - 1) * w, w, k);
+            }
             i += k;
             for (int r = 0; r < k && !oldcells.empty(); ++r) {
                 uint8_t* rec = out.buf.data() + r * width;
