@@ -9,7 +9,7 @@ set -euo pipefail
 N=${1:-10000000}
 exes=("$(cd "${2:-build}/bin" && pwd)/korvu-xe")
 [ $# -ge 3 ] && exes+=("$(cd "$3/bin" && pwd)/korvu-xe")
-R=4
+R=3
 work=$(mktemp -d /tmp/usebench.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
