@@ -59,6 +59,19 @@ inline void swapcell(uint8_t* p, int width) {
     }
 }
 
+// The cells of one variable in k records (at rec, recw bytes apart) into
+// its column from col on: numeric cells byte-swapped when swap, string cells
+// cleared behind their terminator. dta_gather is the reverse, for writing.
+void dta_scatter(uint8_t* col, int w, bool num, bool swap, const uint8_t* rec, int64_t recw,
+                 int64_t k);
+void dta_gather(uint8_t* rec, int64_t recw, const uint8_t* col, int w, int64_t k);
+// Records moved per block: a few thousand, so that the block stays in the
+// cache while every column takes its cells from it.
+inline int64_t dta_blockrecs(int64_t width) {
+    const int64_t n = (int64_t{1} << 18) / (width > 0 ? width : 1);
+    return n < 2 ? 2 : n;
+}
+
 // Storage code (1..244, 251..255) of a type byte of a format; 0 when invalid.
 int dta_type_from_file(int format, uint8_t c);
 // Letter code of format 110 for a storage code; 0 when it has none.

@@ -540,55 +540,30 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
         }
     }
     // The records of a block are scattered into the columns of the kept
-    // variables: for each one its offset in the file's record.
+    // variables, one loop per variable over the block.
     struct Cell {
         int32_t v;   // variable in memory
         int64_t src; // offset in the file's record
         int32_t w;
-        bool swap, str;
+        bool num, swap;
     };
     std::vector<Cell> cells;
     for (size_t j = 0; j < keep.size(); ++j) {
         const FVar& f = P.v[keep[j] - 1];
         const int w = bytlenc(codes[j]);
-        cells.push_back({static_cast<int32_t>(j + 1), f.off, w,
-                         P.swap && isnumtype(codes[j]) && w > 1, isstrtype(codes[j]) != 0});
+        const bool num = isnumtype(codes[j]) != 0;
+        cells.push_back({static_cast<int32_t>(j + 1), f.off, w, num, P.swap && num && w > 1});
     }
     // observations nobs+1 .. nobs+k from k records
-    auto scatter_tile = [&](const uint8_t* recs, int64_t k) {
-        for (const Cell& c : cells) {
-            uint8_t* col = colptr(c.v) + static_cast<int64_t>(nobs) * c.w;
-            cells_from_records(col, c.w, recs + c.src, P.width, k);
-            if (c.swap)
-                for (int64_t r = 0; r < k; ++r) swapcell(col + r * c.w, c.w);
-            // a string cell keeps its text and zeros behind it, whatever the
-            // file held after the terminator
-            if (c.str)
-                for (int64_t r = 0; r < k; ++r) {
-                    uint8_t* p = col + r * c.w;
-                    if (auto* z = static_cast<uint8_t*>(std::memchr(p, 0, c.w)))
-                        std::memset(z, 0, c.w - (z - p));
-                }
-        }
-    };
-    // a tile of records at a time, small enough to stay in the cache while
-    // every column takes its cells from it
     auto scatter = [&](const uint8_t* recs, int64_t k) {
-        const int64_t tile =
-            std::max<int64_t>(1, (int64_t{1} << 16) / std::max<int64_t>(P.width, 1));
-        const int32_t n0 = nobs;
-        for (int64_t r0 = 0; r0 < k; r0 += tile) {
-            const int64_t m = std::min(tile, k - r0);
-            scatter_tile(recs + r0 * P.width, m);
-            nobs += static_cast<int32_t>(m);
-        }
-        nobs = n0;
+        for (const Cell& c : cells)
+            dta_scatter(colptr(c.v) + static_cast<int64_t>(nobs) * c.w, c.w, c.num, c.swap,
+                        recs + c.src, P.width, k);
     };
     colsync();
     const int64_t W = P.width;
     if (W > 0 && nwant > 0) {
-        // about a megabyte of records a read
-        const int64_t per = std::max<int64_t>(2, (int64_t{1} << 20) / W);
+        const int64_t per = dta_blockrecs(W);
         std::vector<uint8_t> buf(static_cast<size_t>(per * W));
         if (lseek(fd, P.dataoff + (o1 - 1) * W, SEEK_SET) < 0) {
             clear_dataset();
@@ -597,7 +572,7 @@ static int load(int fd, Parsed& P, const UseOpts& o, const char* fname) {
         int64_t left = nwant;
         while (left > 0) {
             const int64_t k = std::min(per, left);
-            int64_t r = korvu_read(fd, buf.data(), k * W);
+            int64_t r = lkorvu_read(fd, buf.data(), k * W);
             if (r != k * W) {
                 clear_dataset();
                 return r < 0 ? 692 : 688;
@@ -742,12 +717,12 @@ int dta_readimage(const char* fname, DtaImage& out, bool labels) {
     out.renamed = P.renamed;
     const int64_t W = P.width;
     if (W > 0 && n > 0) {
-        const int64_t per = std::max<int64_t>(2, (int64_t{1} << 20) / W);
+        const int64_t per = dta_blockrecs(W);
         std::vector<uint8_t> buf(static_cast<size_t>(per * W));
         if (lseek(fd, P.dataoff, SEEK_SET) < 0) rc = 692;
         for (int64_t done = 0; !rc && done < n;) {
             const int64_t k = std::min(per, n - done);
-            int64_t r = korvu_read(fd, buf.data(), k * W);
+            int64_t r = lkorvu_read(fd, buf.data(), k * W);
             if (r != k * W) {
                 rc = r < 0 ? 692 : 688;
                 break;
@@ -755,16 +730,9 @@ int dta_readimage(const char* fname, DtaImage& out, bool labels) {
             for (int j = 0; j < nv; ++j) {
                 const FVar& f = P.v[j];
                 const int w = f.width;
-                uint8_t* col = out.v[j].col.data() + done * w;
-                cells_from_records(col, w, buf.data() + f.off, W, k);
-                if (P.swap && isnumtype(f.code) && w > 1)
-                    for (int64_t i = 0; i < k; ++i) swapcell(col + i * w, w);
-                if (isstrtype(f.code))
-                    for (int64_t i = 0; i < k; ++i) {
-                        uint8_t* c = col + i * w;
-                        if (auto* z = static_cast<uint8_t*>(std::memchr(c, 0, w)))
-                            std::memset(z, 0, w - (z - c));
-                    }
+                const bool num = isnumtype(f.code) != 0;
+                dta_scatter(out.v[j].col.data() + done * w, w, num, P.swap && num && w > 1,
+                            buf.data() + f.off, W, k);
             }
             done += k;
             if (kvpollstd()) rc = 1;

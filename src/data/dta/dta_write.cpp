@@ -295,12 +295,23 @@ int syssave(const char* fname, const SaveOpts& o) {
                 oldcells.emplace_back(mapi[v - 1], typlist[v - 1]);
     int64_t extended = 0;
     if (width) {
-        const int64_t per = static_cast<int64_t>(out.buf.size() - 2) / width;
+        // a megabyte of records a write, gathered a block of records at a
+        // time with one loop per variable over the block
+        const int64_t per = dta_blockrecs(width);
+        const int64_t cap = static_cast<int64_t>(out.buf.size() - 2) / width;
         colsync();
         for (int i = 1; i <= nobs && !out.bad;) {
             out.flush();
-            const int k = static_cast<int>(std::min<int64_t>(per, nobs - i + 1));
-            getdtablock(out.buf.data(), static_cast<int>(width), i, k, nv);
+            const int k = static_cast<int>(std::min<int64_t>(cap, nobs - i + 1));
+            for (int64_t r0 = 0; r0 < k; r0 += per) {
+                const int64_t m = std::min<int64_t>(per, k - r0);
+                uint8_t* rec = out.buf.data() + r0 * width;
+                for (int v = 1; v <= nv; ++v) {
+                    const int w = cellwidth(v);
+                    dta_gather(rec + mapi[v - 1], width,
+                               colptr(v) + (static_cast<int64_t>(i) - 1 + r0) * w, w, m);
+                }
+            }
             i += k;
             for (int r = 0; r < k && !oldcells.empty(); ++r) {
                 uint8_t* rec = out.buf.data() + r * width;
