@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "app/link.h"
 #include "csv_fuzz_one.h"
+#include "fuzz_setup.h"
 #include "output/spout.h"
 
 using namespace korvu;
@@ -16,18 +16,7 @@ using namespace korvu;
 static std::string scratch;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    dminit();
-    totalmemory = 16u << 20;
-    maxmaxvar = DEFAULT_MAXVAR;
-    matsize = DEFAULT_MATSIZE;
-    if (news_alloc()) std::abort();
-    link_all();
-    s_outlev = 5; // quiet
-    char tmpl[] = "/tmp/csvfuzz.XXXXXX";
-    int fd = mkstemp(tmpl);
-    if (fd < 0) std::abort();
-    close(fd);
-    scratch = tmpl;
+    scratch = fuzzsetup::start("csvfuzz");
     return 0;
 }
 

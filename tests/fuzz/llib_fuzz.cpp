@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz_setup.h"
 #include "kernel/dict/dict.h"
 #include "lumo/io/lumofile.h"
 #include "lumo/objects/mobj.h"
@@ -35,13 +36,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > (1u << 20)) return 0;
-    int fd = open(scratch.c_str(), O_WRONLY | O_TRUNC);
-    if (fd < 0) return 0;
-    if (size > 1 && write(fd, data + 1, size - 1) != static_cast<ssize_t>(size - 1)) {
-        close(fd);
-        return 0;
-    }
-    close(fd);
+    if (!fuzzsetup::put(scratch, data + 1, size - 1)) return 0;
     if (data[0] % 2 == 0) {
         LlibCtx* c = new LlibCtx;
         if (!llib_init(c, scratch.c_str(), false, false, true)) {
