@@ -54,6 +54,9 @@ bool bi_result(int n, MObj* r);
 bool bi_realres(int n, double x);
 bool bi_strres(int n, const std::string& s);
 bool bi_voidres(int n);
+// Replaces output argument t by r, which is freed (3103 when t is a view:
+// a view cannot take a result); false when r is null or t a view.
+bool bi_output(MObj* t, MObj* r);
 // A new temporary; null with 3900 set.
 MObj* bi_new(int eltype, int64_t rows, int64_t cols);
 // A string cell of the text; the empty cell for "".

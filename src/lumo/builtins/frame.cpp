@@ -156,4 +156,16 @@ bool bi_cshape(const MObj* a, const MObj* b, int* R, int* C) {
     return true;
 }
 
+bool bi_output(MObj* t, MObj* r) {
+    if (!r) return false;
+    if (t->view) {
+        mo_freemat(r);
+        m_xeqerr(3103);
+        return false;
+    }
+    m_swapmat(t, r);
+    mo_freemat(r);
+    return true;
+}
+
 } // namespace korvu

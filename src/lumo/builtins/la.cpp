@@ -33,17 +33,6 @@ static MObj* inplace(int n, int k) {
     return a;
 }
 // Stores a new real matrix into an output argument (replacing it).
-static bool output(MObj* t, MObj* r) {
-    if (!r) return false;
-    if (t->view) {
-        mo_freemat(r);
-        m_xeqerr(3103);
-        return false;
-    }
-    m_swapmat(t, r);
-    mo_freemat(r);
-    return true;
-}
 static bool lapackok(lapack_int info) {
     if (info < 0) {
         m_xeqerr(3930);
@@ -145,8 +134,8 @@ static void bi_ulud2_la(int n) {
     for (int i = 0; i < R; i++) perm[i] = i;
     for (int i = 0; i < K; i++) std::swap(perm[i], perm[ipiv[i] - 1]);
     for (int i = 0; i < R; i++) m_rel(q)[i] = perm[i] + 1;
-    output(L, l);
-    output(p, q);
+    bi_output(L, l);
+    bi_output(p, q);
     m_swapmat(a, u);
     mo_freemat(u);
     bi_voidres(n);
@@ -284,8 +273,8 @@ static void bi_usvd_la(int n) {
             fillmiss(v);
         }
     }
-    output(s, w);
-    output(vt, v);
+    bi_output(s, w);
+    bi_output(vt, v);
     m_swapmat(a, u);
     mo_freemat(u);
     bi_realres(n, info);
@@ -317,7 +306,7 @@ static void bi_usvd_2(int n) {
         if (info > 0) fillmiss(w);
     }
     mo_freemat(c);
-    output(s, w);
+    bi_output(s, w);
     bi_realres(n, info);
 }
 
@@ -352,7 +341,7 @@ static void bi_usymeigen_la(int n) {
             for (int j = 0; j < N; j++) m_rel(w)[j] = vals[static_cast<size_t>(N - 1 - j)];
         }
     }
-    output(l, w);
+    bi_output(l, w);
     bi_realres(n, info);
 }
 

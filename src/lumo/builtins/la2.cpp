@@ -19,17 +19,6 @@ static void freeall(MObj* a, MObj* b = nullptr, MObj* c = nullptr) {
     if (b) mo_freemat(b);
     if (c) mo_freemat(c);
 }
-// Replaces output argument t by r (a view cannot take a result).
-static bool put(MObj* t, MObj* r) {
-    if (t->view) {
-        mo_freemat(r);
-        m_xeqerr(3103);
-        return false;
-    }
-    m_swapmat(t, r);
-    mo_freemat(r);
-    return true;
-}
 
 // _eigen_la(todo, A, X, L, rcond, nobalance): the eigensystem of a real
 // square A, left as it was. L becomes the eigenvalues (complex row); X the
@@ -101,9 +90,9 @@ static void bi_ueigen_la(int n) {
                 }
         }
     }
-    if (!put(x, vx)) return freeall(vl, vr);
-    if (!put(l, vl)) return freeall(vr);
-    if (!put(rc, vr)) return;
+    if (!bi_output(x, vx)) return freeall(vl, vr);
+    if (!bi_output(l, vl)) return freeall(vr);
+    if (!bi_output(rc, vr)) return;
     bi_realres(n, info);
 }
 
@@ -146,9 +135,9 @@ static void bi_uhqrdp_la(int n) {
             m_rel(rr)[static_cast<int64_t>(i) * C + j] =
                 j >= i ? m_rel(a)[static_cast<int64_t>(i) * C + j] : 0;
     for (int j = 0; j < C; j++) m_rel(pp)[j] = jp[j];
-    if (!put(tau, t)) return freeall(rr, pp);
-    if (!put(r, rr)) return freeall(pp);
-    if (!put(p, pp)) return;
+    if (!bi_output(tau, t)) return freeall(rr, pp);
+    if (!bi_output(r, rr)) return freeall(pp);
+    if (!bi_output(p, pp)) return;
     bi_realres(n, 0);
 }
 
