@@ -172,7 +172,7 @@ int file_close(const std::string& rest) {
     return nohandle(w[0]);
 }
 
-// The width and kind of a binary spec: %8z %4z %4b[s|u] %2b[s|u] %1b[s|u]
+// The width and kind of a binary format: %8z %4z %4b[s|u] %2b[s|u] %1b[s|u]
 // (kind 'z' or 'b', sign 's' or 'u'), or %#s (kind 's'). false when not one.
 bool binspec(const std::string& w, int* width, char* kind, char* sign) {
     if (w.size() < 3 || w[0] != '%') return false;

@@ -254,39 +254,18 @@ int textio_free(std::vector<TextCol>& cols, const std::string& text, size_t star
 
 int infilecmd(int) {
     std::string rest = textio_rest();
-    {
-        std::string w[2];
-        int n = 0;
-        textio_words(rest, w, 2, &n);
-        if (n >= 1 && w[0] == "using") return textio_dictcmd(rest, false);
-    }
+    if (textio_starts_using(rest)) return textio_dictcmd(rest, false);
     std::vector<std::string> specs;
     std::string fname;
     bool clear;
     if (int rc = textio_split_using(rest, specs, fname, &clear)) return rc;
     std::vector<TextCol> cols;
     int pending = 0;
-    for (auto x : specs) {
-        if (size_t par = x.find('('); par != std::string::npos && par > 0 && x.back() == ')') {
-            const int c = textio_typecode(x.substr(0, par));
-            if (!c || pending) return errorf(198, "%s invalid\n", x.c_str());
-            pending = c;
-            x = x.substr(par);
-        }
-        if (int c = textio_typecode(x)) {
-            if (pending) return errorf(198, "%s found where name expected\n", x.c_str());
-            pending = c;
-            continue;
-        }
+    for (const auto& x : specs) {
         std::vector<std::string> names;
-        if (x.front() == '(' && x.back() == ')') {
-            std::string in[400];
-            int k = 0;
-            if (textio_words(x.substr(1, x.size() - 2), in, 400, &k)) return error(198);
-            names.assign(in, in + k);
-        } else {
-            names.push_back(x);
-        }
+        bool typeonly;
+        if (int rc = textio_varword(x, &pending, &names, &typeonly)) return rc;
+        if (typeonly) continue;
         for (auto& nm : names) {
             if (int rc = textio_checkname(nm, cols)) return rc;
             TextCol c;
@@ -435,12 +414,7 @@ int textio_columns(std::vector<TextCol>& cols, int nlines, const std::string& te
 
 int infixcmd(int) {
     std::string rest = textio_rest();
-    {
-        std::string w[2];
-        int n = 0;
-        textio_words(rest, w, 2, &n);
-        if (n >= 1 && w[0] == "using") return textio_dictcmd(rest, true);
-    }
+    if (textio_starts_using(rest)) return textio_dictcmd(rest, true);
     std::vector<std::string> specs;
     std::string fname;
     bool clear;

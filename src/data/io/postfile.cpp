@@ -177,27 +177,10 @@ int postfilecmd(int) {
     int pending = 0;
     for (int i = 1; i < n - 2; ++i) {
         std::string x = w[static_cast<size_t>(i)];
-        // type(names): the type for the list
-        if (size_t par = x.find('('); par != std::string::npos && par > 0 && x.back() == ')') {
-            const int c = textio_typecode(x.substr(0, par));
-            if (!c || pending) return errorf(198, "%s invalid\n", x.c_str());
-            pending = c;
-            x = x.substr(par);
-        }
-        if (int c = textio_typecode(x)) {
-            if (pending) return errorf(198, "%s found where name expected\n", x.c_str());
-            pending = c;
-            continue;
-        }
         std::vector<std::string> names;
-        if (x.front() == '(' && x.back() == ')') {
-            std::string in[400];
-            int k = 0;
-            if (textio_words(x.substr(1, x.size() - 2), in, 400, &k)) return error(198);
-            for (int j = 0; j < k; ++j) names.push_back(in[j]);
-        } else {
-            names.push_back(x);
-        }
+        bool typeonly;
+        if (int rc = textio_varword(x, &pending, &names, &typeonly)) return rc;
+        if (typeonly) continue;
         for (auto& nm : names) {
             if (chkname(nm.c_str(), 0) || chkreserved(nm.c_str()))
                 return errorf(198, "%s invalid name\n", nm.c_str());

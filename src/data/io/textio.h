@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace korvu {
 
@@ -26,6 +27,12 @@ std::string textio_rest();
 int textio_eval(const std::string& text, bool* isstr, double* num, std::string* str);
 // A storage type word (byte int long float double str#): its code, or 0.
 int textio_typecode(const std::string& w);
+// One word of a list of new variables: a storage type (kept in *pending for
+// the names after it; *typeonly set), type(names), (names) or a name. 0 or 198
+// for a type where a name belongs.
+int textio_varword(std::string x, int* pending, std::vector<std::string>* names, bool* typeonly);
+// True when the command's text starts with `using` (the dictionary forms).
+bool textio_starts_using(const std::string& rest);
 // Sets a numeric scalar. 0 or 950.
 int textio_scalarset(const char* name, double v);
 // Posts a number in r() (the first post of a command clears r()).

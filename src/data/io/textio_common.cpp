@@ -130,4 +130,37 @@ bool textio_unquote(const std::string& w, std::string* out) {
     return false;
 }
 
+int textio_varword(std::string x, int* pending, std::vector<std::string>* names, bool* typeonly) {
+    names->clear();
+    *typeonly = false;
+    if (size_t par = x.find('('); par != std::string::npos && par > 0 && x.back() == ')') {
+        const int c = textio_typecode(x.substr(0, par));
+        if (!c || *pending) return errorf(198, "%s invalid\n", x.c_str());
+        *pending = c;
+        x = x.substr(par);
+    }
+    if (int c = textio_typecode(x)) {
+        if (*pending) return errorf(198, "%s found where name expected\n", x.c_str());
+        *pending = c;
+        *typeonly = true;
+        return 0;
+    }
+    if (x.front() == '(' && x.back() == ')') {
+        std::string in[400];
+        int k = 0;
+        if (textio_words(x.substr(1, x.size() - 2), in, 400, &k)) return error(198);
+        names->assign(in, in + k);
+    } else {
+        names->push_back(x);
+    }
+    return 0;
+}
+
+bool textio_starts_using(const std::string& rest) {
+    std::string w[2];
+    int n = 0;
+    textio_words(rest, w, 2, &n);
+    return n >= 1 && w[0] == "using";
+}
+
 } // namespace korvu
