@@ -76,6 +76,10 @@ bool bi_format(int n, int fmtarg, std::string* out);
 // gives its return code; the running line and command state are kept.
 int bi_runline(const std::string& cmd, bool quiet);
 
+// The cross products with constants (cross() with 4 or 5 arguments,
+// crossdev() with 6 or 7), plain or quad.
+void bi_crossx(int n, bool dev, bool quad);
+
 // Families.
 void bi_link_shape(MBiFn* t);
 void bi_link_elem(MBiFn* t);
@@ -92,6 +96,8 @@ void bi_link_control(MBiFn* t);
 void bi_link_extern(MBiFn* t);
 void bi_link_dataset(MBiFn* t);
 void bi_link_results(MBiFn* t);
+void bi_link_sys(MBiFn* t);
+void bi_link_buf(MBiFn* t);
 
 // The index of a name in the table (for the families' link functions); 0
 // when the name is not there.

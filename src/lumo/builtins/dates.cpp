@@ -43,36 +43,86 @@ static void bi_mdy(int n) {
 }
 
 // date(s, order[, topyear]) and the unit forms: text to a number, element
-// by element over a string matrix; the order is one string.
+// by element over a string matrix; the order is one string. With topyear, a
+// year of one or two digits is the latest year with those last digits not
+// after topyear (a century in the order takes precedence).
 using TextFn = double (*)(const char*, const char*);
-static void fromtext(int n, TextFn f) {
+using YearFn = double (*)(double);
+
+// The order with century cc before its y.
+static std::string withcentury(const std::string& order, int cc) {
+    std::string o;
+    for (char ch : order) {
+        if (ch == 'y' || ch == 'Y') {
+            o += static_cast<char>('0' + cc / 10);
+            o += static_cast<char>('0' + cc % 10);
+        }
+        o += ch;
+    }
+    return o;
+}
+
+static void fromtext(int n, TextFn f, YearFn yearof) {
     MObj* s = bi_mat(n, 0);
     std::string order;
     if (!s || !bi_string(s) || !bi_getstr(n, 1, &order)) return;
-    if (n == 3) return m_custom_xeqerr(3996, "the top-year argument is not yet available");
+    int64_t top = 0;
+    if (n == 3 && !bi_getint(n, 2, 100, 9999, &top)) return;
+    bool century = false;
+    for (char ch : order) century |= ch >= '0' && ch <= '9';
     s = bi_arg(n, 0);
     MObj* o = bi_new(MT_REAL, s->rows, s->cols);
     if (!o) return;
-    for (int64_t i = 0; i < m_nel(s); i++) m_rel(o)[i] = f(m_sel(s)[i]->s, order.c_str());
+    const std::string hi = withcentury(order, static_cast<int>(top / 100));
+    const std::string lo = withcentury(order, static_cast<int>(top / 100) - 1);
+    for (int64_t i = 0; i < m_nel(s); i++) {
+        const char* text = m_sel(s)[i]->s;
+        double r = f(text, order.c_str());
+        if (n == 3 && !century && r >= misval) {
+            // a short year: first in the century of topyear, else the one before
+            r = f(text, hi.c_str());
+            const double y = r < misval ? yearof(r) : misval;
+            if (y < misval && y > static_cast<double>(top)) r = f(text, lo.c_str());
+        }
+        m_rel(o)[i] = r;
+    }
     bi_result(n, o);
 }
+static double yofday(double d) {
+    return datefn::year(d);
+}
+static double yofweek(double w) {
+    return datefn::year(datefn::dofw(w));
+}
+static double yofmonth(double m) {
+    return datefn::year(datefn::dofm(m));
+}
+static double yofquarter(double q) {
+    return datefn::year(datefn::dofq(q));
+}
+static double yofhalf(double h) {
+    return datefn::year(datefn::dofh(h));
+}
+static double yofyear(double y) {
+    return y;
+}
 static void bi_date(int n) {
-    fromtext(n, datefn::date);
+    fromtext(n, datefn::date, yofday);
 }
 static void bi_weekly(int n) {
-    fromtext(n, datefn::weekly);
+    fromtext(n, datefn::weekly, yofweek);
 }
 static void bi_monthly(int n) {
-    fromtext(n, datefn::monthly);
+    fromtext(n, datefn::monthly, yofmonth);
 }
 static void bi_quarterly(int n) {
-    fromtext(n, datefn::quarterly);
+    fromtext(n, datefn::quarterly, yofquarter);
 }
 static void bi_halfyearly(int n) {
-    fromtext(n, datefn::halfyearly);
+    fromtext(n, datefn::halfyearly, yofhalf);
 }
 static void bi_yearly(int n) {
-    fromtext(n, datefn::yearly);
+    fromtext(n, datefn::yearly, yofyear);
 }
 
 void bi_link_dates(MBiFn* t) {

@@ -42,8 +42,9 @@ static bool lapackok(lapack_int info) {
 }
 
 // The symmetric generalized inverse of a, in place, by sweeping (the
-// regression's inverter); a missing element makes everything missing.
-static void invsymin(MObj* a) {
+// regression's inverter); a missing element makes everything missing. The
+// positions of order (from 0, ended by -1) are swept first, in their order.
+static void invsymin(MObj* a, const int* order) {
     const int N = a->rows;
     if (anymiss(a)) return fillmiss(a);
     if (N == 0) return;
@@ -52,25 +53,51 @@ static void invsymin(MObj* a) {
     for (int i = 0; i < N; i++)
         for (int j = 0; j < i; j++)
             x[static_cast<int64_t>(j) * N + i] = x[static_cast<int64_t>(i) * N + j];
-    if (matrinfs(x, N, 0, N - 1, nullptr, -1)) m_xeqerr(1);
+    if (matrinfs(x, N, 0, N - 1, order, -1)) m_xeqerr(1);
 }
-// invsym(A[, order]): the order (a row of positions to sweep first) is not
-// yet taken.
+// The order argument k of a matrix of N rows: a real vector of distinct
+// positions 1 to N (3300 otherwise), into ord from 0, ended by -1.
+static bool getorder(int n, int k, int N, std::vector<int>* ord) {
+    ord->assign(1, -1);
+    if (n <= k) return true;
+    MObj* o = bi_mat(n, k);
+    if (!o || !bi_real(o)) return false;
+    if (m_nel(o) > 0 && !bi_vector(o)) return false;
+    std::vector<char> seen(static_cast<size_t>(N) + 1, 0);
+    ord->clear();
+    for (int64_t i = 0; i < m_nel(o); i++) {
+        const double v = m_rel(o)[i];
+        if (!(v >= 1 && v <= N) || v != static_cast<double>(static_cast<int>(v)) ||
+            seen[static_cast<size_t>(v)]) {
+            m_custom_xeqerr(3300, "order must hold distinct positions 1 to %d", N);
+            return false;
+        }
+        seen[static_cast<size_t>(v)] = 1;
+        ord->push_back(static_cast<int>(v) - 1);
+    }
+    ord->push_back(-1);
+    return true;
+}
+// invsym(A[, order]): the generalized inverse of the symmetric A, sweeping
+// the positions of order first.
 static void bi_invsym(int n) {
     MObj* a = bi_mat(n, 0);
     if (!a || !bi_real(a) || !bi_square(a)) return;
-    if (n == 2) return m_custom_xeqerr(3996, "invsym() with an order is not yet available");
+    std::vector<int> ord;
+    if (!getorder(n, 1, a->rows, &ord)) return;
+    a = bi_arg(n, 0);
     MObj* o = m_dupmat(a);
     if (!o) return m_xeqerr(3900);
-    invsymin(o);
+    invsymin(o, ord.data());
     if (m_xrc) return mo_freemat(o);
     bi_result(n, o);
 }
 static void bi_uinvsym(int n) {
     MObj* a = inplace(n, 0);
     if (!a || !bi_square(a)) return;
-    if (n == 2) return m_custom_xeqerr(3996, "_invsym() with an order is not yet available");
-    invsymin(a);
+    std::vector<int> ord;
+    if (!getorder(n, 1, a->rows, &ord)) return;
+    invsymin(a, ord.data());
     if (!m_xrc) bi_voidres(n);
 }
 

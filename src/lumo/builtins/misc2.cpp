@@ -77,9 +77,7 @@ static void bi_minindex(int n) {
 // scalars), skipping rows with a missing element in X, w or Z. The quad
 // form sums in extended precision.
 static void crossdevs(int n, bool quad) {
-    if (n != 4 && n != 5)
-        return m_custom_xeqerr(3996, "%s with %d arguments not yet available",
-                               quad ? "quadcrossdev()" : "crossdev()", n);
+    if (n != 4 && n != 5) return bi_crossx(n, true, quad);
     MObj* a[5];
     for (int k = 0; k < n; k++)
         if (!bi_mat(n, k)) return;

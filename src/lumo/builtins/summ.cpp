@@ -259,11 +259,7 @@ static void bi_colmaxabs(int n) {
 // cross(X, Z) = X'Z and cross(X, w, Z) = X'diag(w)Z, skipping the rows where
 // any element of X, w or Z is missing. A 1 x 1 w weights every row alike.
 static void crosses(int n, bool quad) {
-    if (n != 2 && n != 3) {
-        m_custom_xeqerr(3996, "%s with %d arguments not yet available",
-                        quad ? "quadcross()" : "cross()", n);
-        return;
-    }
+    if (n != 2 && n != 3) return bi_crossx(n, false, quad);
     MObj* x = bi_mat(n, 0);
     MObj* w = n == 3 ? bi_mat(n, 1) : nullptr;
     MObj* z = bi_mat(n, n - 1);

@@ -39,7 +39,7 @@ static const MBuiltin m_bitab[] = {
     {"Re", 47, ET_REAL, OT_MATRIX, 1, 1},
     {"Im", 48, ET_REAL, OT_MATRIX, 1, 1},
     {"C", 49, ET_COMPLEX, OT_MATRIX, 1, 2},
-    {"c", 50, ET_REAL, OT_SCALAR, 0, 0},
+    {"c", 50, ET_TM, OT_SCALAR, 1, 1},
     {"swap", 51, ET_TM, OT_MATRIX, 2, 2},
     {"select", 52, ET_TM, OT_MATRIX, 2, 2},
     {"kv_select", 53, ET_TM, OT_MATRIX, 3, 3},
@@ -138,7 +138,7 @@ static const MBuiltin m_bitab[] = {
     {"sprintf", 132, ET_STRING, OT_SCALAR, 1, 200},
     {"bufsub", 133, ET_STRING, OT_SCALAR, 3, 3},
     {"bufput", 134, ET_TM, OT_MATRIX, 4, 5},
-    {"bufget", 135, ET_TM, OT_MATRIX, 3, 5},
+    {"bufget", 135, ET_TM, OT_MATRIX, 3, 6},
     {"bufbfmtlen", 136, ET_REAL, OT_SCALAR, 1, 1},
     {"bufbfmtisnum", 137, ET_REAL, OT_SCALAR, 1, 1},
     {"invsym", 138, ET_REAL, OT_MATRIX, 1, 2},
@@ -419,6 +419,8 @@ static void bilink() {
     bi_link_results(bitab);
     bi_link_la2(bitab);
     bi_link_misc2(bitab);
+    bi_link_sys(bitab);
+    bi_link_buf(bitab);
     bitab[0] = nullptr; // names a family tried that the table lacks
     for (const MBuiltin& b : m_bitab) snprintf(biid[b.index], sizeof biid[0], "%s()", b.name);
     bilinked = true;

@@ -24,6 +24,8 @@ MObj** m_stak = nullptr;
 MObj** m_stakbase = nullptr;
 MObj** m_staktop = nullptr;
 int32_t m_xrc = 0, m_xrc_first = 0;
+int32_t m_exitrc = 0;
+uint64_t m_opcount = 0;
 int32_t m_condflag = 0;
 const char* m_xeqerrid = nullptr;
 
@@ -261,6 +263,7 @@ void m_xeq(LumoFcn* f, int nargs) {
     m_rt.pc = f->code + 2;
     while (!m_xrc) {
         const uint32_t op = *m_rt.pc;
+        m_opcount++;
         switch (op) {
         case MOP_GOTO: {
             const uint32_t to = m_rt.pc[1];
@@ -319,8 +322,10 @@ void m_xeq(LumoFcn* f, int nargs) {
         }
     }
     if (m_xrc) {
-        if (!m_xrc_first) m_xrc_first = m_xrc;
-        xeqreport(f);
+        if (m_xrc != MXRC_EXIT) {
+            if (!m_xrc_first) m_xrc_first = m_xrc;
+            xeqreport(f);
+        }
         while (m_stak >= frame) m_pop();
     }
     f->count--;
@@ -340,6 +345,7 @@ int ixeq(LumoFcn* f) {
     lastcaller[0] = 0;
     m_xeq(f, 0);
     int rc = m_xrc ? (m_xrc_first ? m_xrc_first : m_xrc) : 0;
+    if (m_xrc == MXRC_EXIT) rc = m_exitrc;
     while (m_stak > top) m_pop();
     m_rt = rt;
     m_curdepth = m_rt.depth;

@@ -32,6 +32,12 @@ extern MObj** m_staktop;  // last usable entry
 extern int32_t m_xrc, m_xrc_first;
 extern int32_t m_condflag;
 extern const char* m_xeqerrid;
+// exit(n): the code that unwinds every call of the statement quietly, and
+// the statement's return code it carries.
+inline constexpr int32_t MXRC_EXIT = 10001;
+extern int32_t m_exitrc;
+// Instructions run since start-up (opcount()).
+extern uint64_t m_opcount;
 
 int lumostakinit(int how);
 void lumostakfree();
