@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "data/expr/expr.h"
 #include "lumo/builtins/bi.h"
 #include "output/spout.h"
+#include "results/cfcn.h"
 
 namespace korvu {
 
@@ -19,10 +19,10 @@ static void bi_c(int n) {
     std::string name;
     if (!bi_getstr(n, 0, &name)) return;
     double num = misval;
-    char str[EXP_STRMAX + 1] = "";
-    const int kind = exphooks.cfcn ? exphooks.cfcn(name.c_str(), &num, str) : 0;
+    std::vector<char> str(16384, 0);
+    const int kind = cfcn(name.c_str(), str.data(), str.size(), &num);
     if (kind == 2) {
-        bi_strres(n, str);
+        bi_strres(n, str.data());
         return;
     }
     bi_realres(n, kind == 1 ? num : misval);

@@ -9,6 +9,9 @@ generate str3 s = "x"
 global maxvar `c(maxvar)'
 global today "`c(current_date)'"
 global alpha "`c(alpha)'"
+save sysvals_data, replace
+global filename "`c(filename)'"
+global adopath "`c(adopath)'"
 lumo
 function t(real scalar ok, string scalar what)
 {
@@ -20,6 +23,8 @@ t(c("k") == 3, "k")
 t(c("maxvar") == strtoreal(kv_global("maxvar")), "maxvar")
 t(c("current_date") == kv_global("today"), "current_date")
 t(c("alpha") == kv_global("alpha"), "alpha")
+t(c("filename") == kv_global("filename") & strpos(c("filename"), "sysvals_data") > 0, "filename")
+t(c("adopath") == kv_global("adopath"), "adopath")
 t(c("nosuchvalue") == ., "unknown name")
 t(eltype(c("pi")) == "real" & eltype(c("current_date")) == "string", "types")
 t(_korvu("lumo: c(1)") == 3250, "c() of a number")
