@@ -162,11 +162,13 @@ bool getoffset(int n, int k, int64_t* off) {
     return bi_getint(n, k, 0, 2147483647, off);
 }
 
-bool fits(int64_t off, int64_t len, int64_t have) {
-    if (off + len <= have) return true;
-    m_custom_xeqerr(
-        3300, "buffer of %" PRId64 " bytes too short for %" PRId64 " bytes at offset %" PRId64,
-        have, len, off);
+// count elements of width bytes at the offset lie within have bytes.
+bool fits(int64_t off, int64_t count, int64_t width, int64_t have) {
+    if (off <= have && (width == 0 || count <= (have - off) / width)) return true;
+    m_custom_xeqerr(3300,
+                    "buffer of %" PRId64 " bytes too short for %" PRId64 " elements of %" PRId64
+                    " bytes at offset %" PRId64,
+                    have, count, width, off);
     return false;
 }
 
@@ -193,7 +195,7 @@ static void bi_bufput(int n) {
     if (text ? !bi_string(x) : !bi_real(x)) return;
     const SCell* cell = m_sel(b)[0];
     const int64_t m = m_nel(x);
-    if (!fits(off, m * f.len, cell->len)) return;
+    if (!fits(off, m, f.len, cell->len)) return;
     std::string out(cell->s, static_cast<size_t>(cell->len));
     uint8_t* p = reinterpret_cast<uint8_t*>(&out[0]) + off;
     for (int64_t i = 0; i < m; i++, p += f.len) {
@@ -237,7 +239,7 @@ static void bi_bufget(int n) {
         (!bi_getint(n, k0 + 3, 0, 2147483647, &r) || !bi_getint(n, k0 + 4, 0, 2147483647, &c)))
         return;
     const SCell* cell = m_sel(bi_arg(n, k0))[0];
-    if (!fits(off, r * c * f.len, cell->len)) return;
+    if (!fits(off, r * c, f.len, cell->len)) return; // r and c below 2^31: no overflow
     const bool text = f.kind == 's' || f.kind == 'S';
     MObj* o = bi_new(text ? MT_STRING : MT_REAL, r, c);
     if (!o) return;
@@ -266,7 +268,7 @@ static void bi_bufsub(int n) {
         !bi_getint(n, 2, 0, 2147483647, &len))
         return;
     const SCell* cell = m_sel(bi_arg(n, 0))[0];
-    if (!fits(off, len, cell->len)) return;
+    if (!fits(off, len, 1, cell->len)) return;
     bi_strres(n, std::string(cell->s + off, static_cast<size_t>(len)));
 }
 

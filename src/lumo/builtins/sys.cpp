@@ -112,7 +112,7 @@ static void flopfn(int n) {
     MObj* a = bi_any(n, 0);
     if (!a) return;
     if (a->view) return m_xeqerr(3103);
-    if (a->eltype == MT_STRUCT) return m_xeqerr(3256);
+    if (a->eltype == MT_STRUCT) return m_xeqerr(3250);
     flop(static_cast<char*>(a->data), a->rows, a->cols, elsize(a));
     std::swap(a->rows, a->cols);
     bi_voidres(n);
