@@ -110,6 +110,7 @@ void sandwich_common(int n, bool svy, int kclust, int kstrata, int kfpc, int kmi
             psus.push_back({std::vector<double>(p, 0.0), 1, f, sk});
         } else {
             g = it->second;
+            if (fp && psus[g].fpc != f) return void(bi_realres(n, 198));
         }
         for (int j = 0; j < p; ++j) psus[g].u[j] += w * u[static_cast<size_t>(i) * p + j];
     }
