@@ -69,7 +69,6 @@ static void bi_kv_select(int n) {
     MObj* v = bi_mat(n, 2);
     if (!A || !X || !v || !bi_real(v)) return;
     X = bi_arg(n, 1);
-    if (A->view && A != X) return m_xeqerr(3103);
     const bool byrow = v->cols == 1 && !(v->rows == 1 && X->rows == 1 && X->cols != 1);
     const int64_t len = byrow ? X->rows : X->cols;
     if (m_nel(v) != len) return m_xeqerr(3200);
