@@ -2,11 +2,16 @@
 * the figures below are for a data area of 10 MB, whatever the default
 quietly set memory 10m
 capture noisily exp
+if _rc != 199 exit 9
 capture noisily cont
+if _rc != 199 exit 9
 capture noisily Display "upper case is no command"
+if _rc != 199 exit 9
 di "di is display"
 capture noisily s
+if _rc != 199 exit 9
 capture noisily displayxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx
+if _rc != 199 exit 9
 q
 qui display "quietly: not shown"
 qu
