@@ -15,5 +15,14 @@ if _rc != 199 exit 9
 q
 qui display "quietly: not shown"
 qu
+* wh and whi are while, whic is which
+local n 0
+wh `n' < 2 {
+    local ++n
+}
+if `n' != 2 exit 9
+capture noisily whi
+if _rc != 100 exit 9
+whic _abbrevex.do
 do _abbrevex
 display "test completed"
