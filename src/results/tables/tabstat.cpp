@@ -315,7 +315,7 @@ int tabstatcmd(int) {
         tab_txt("\n");
     }
     // chunks of columns that fit the line
-    int perline = std::max(1, (78 - stubw - 3) / (colw + 1));
+    int perline = std::max(1, (korvu_linewidth - 2 - stubw - 3) / (colw + 1));
     for (int c0 = 0; c0 < ncol; c0 += perline) {
         int c1 = std::min(ncol, c0 + perline);
         std::string h;
