@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <cctype>
 #include <ctime>
 #include <string>
 
@@ -82,6 +83,19 @@ std::string stamp_now() {
     s += (v.tm_hour < 10 ? " 0" : " ") + std::to_string(v.tm_hour);
     s += (v.tm_min < 10 ? ":0" : ":") + std::to_string(v.tm_min);
     return s;
+}
+
+// The words of a text, one blank between each.
+std::string words(const std::string& t) {
+    std::string r;
+    for (size_t i = 0; i < t.size();) {
+        while (i < t.size() && std::isspace(static_cast<unsigned char>(t[i]))) i++;
+        size_t j = i;
+        while (j < t.size() && !std::isspace(static_cast<unsigned char>(t[j]))) j++;
+        if (j > i) r += (r.empty() ? "" : " ") + t.substr(i, j - i);
+        i = j;
+    }
+    return r;
 }
 
 void mask_stamp(std::vector<uint8_t>& b) {
@@ -583,12 +597,16 @@ TEST_F(Dta, BadNamesAndSortListsAreRejectedWithoutTouchingMemory) {
     ASSERT_EQ(syssave(f.c_str(), SaveOpts{}), 0);
     const auto good = slurp(f);
     ASSERT_EQ(dta_use(f.c_str(), UseOpts{}), 0);
+    out.take();
     updata = 0;
     const size_t names = 109 + 2, srt = names + 2 * 33;
     auto check = [&](std::vector<uint8_t> bytes) {
         std::string g = path("dam.dta");
         spill(g, bytes);
         EXPECT_EQ(dta_use(g.c_str(), UseOpts{}), 688);
+        // the message is a paragraph: its words, wherever the lines break
+        EXPECT_EQ(words(out.take()), "file " + g + " is corrupt");
+        EXPECT_EQ(updata, 0); // still the saved data, unchanged
         EXPECT_EQ(nvar, 2);
         EXPECT_EQ(nobs, 2);
         EXPECT_STREQ(varname(1), "x");
