@@ -497,7 +497,8 @@ TEST_F(MacCmd, LocalGlobalAndTheirForms) {
     // Erasing: nothing, or empty quotes.
     EXPECT_EQ(run(macgen, 1, "x"), 0);
     EXPECT_EQ(val("_x"), "<absent>");
-    run(macgen, 1, "x 1");
+    ASSERT_EQ(run(macgen, 1, "x 1"), 0);
+    ASSERT_EQ(val("_x"), "1");
     EXPECT_EQ(run(macgen, 1, "x \"\""), 0);
     EXPECT_EQ(val("_x"), "<absent>");
     // Names.
@@ -507,7 +508,7 @@ TEST_F(MacCmd, LocalGlobalAndTheirForms) {
     EXPECT_EQ(run(macgen, 1, std::string(31, 'n') + " 1"), 0);
     EXPECT_EQ(run(macgen, 1, ""), 198);
     // Increments.
-    run(macgen, 1, "i 5");
+    ASSERT_EQ(run(macgen, 1, "i 5"), 0);
     EXPECT_EQ(run(macgen, 1, "++i"), 0);
     EXPECT_EQ(val("_i"), "6");
     EXPECT_EQ(run(macgen, 1, "--i"), 0);
