@@ -17,4 +17,8 @@ by g: drop if _n == 2
 assert _N == 3 & x[1] == 4 & x[2] == 1 & x[3] == .a & y[3] == 0
 by g: count
 capture noisily by g, rc0: count if "s"
+assert _rc == 0
+* without rc0 the first failing group ends the run with its code
+capture noisily by g: count if "s"
+assert _rc == 109
 display "test completed"
