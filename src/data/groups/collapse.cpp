@@ -165,7 +165,7 @@ int grp_collapse() {
                 return errorf(198, "%s is a by-variable and cannot be a result\n",
                               targets[a].name.c_str());
     }
-    std::vector<uint8_t> take;
+    static std::vector<uint8_t> take; // kept across commands: no fresh pages
     std::vector<double> w;
     if (int rc = grp_take(take, weclause ? &w : nullptr)) return rc;
     const int32_t n1 = nobs1, n2 = nobs2;
@@ -203,14 +203,49 @@ int grp_collapse() {
             members = true;
     static Groups g;
     const bool all = !ifclause && !weclause && !cw;
-    if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
-                             all ? nullptr : take.data(), GRP_ORDER | (members ? GRP_MEMBERS : 0)))
+    // sums and counts by one numeric key of whole numbers in a small range:
+    // straight from the key's column, no group number per observation
+    bool direct = keys.size() == 1;
+    for (const Target& t : targets)
+        if (isstrtype(typlist[t.src - 1]) || !gdirect_stat_ok(t.stat.stat)) direct = false;
+    static GDirect dg;
+    if (direct) {
+        int rc = gdirect_make(&dg, keys[0], n1, n2, all ? nullptr : take.data(), false);
+        if (rc > 0) return rc;
+        direct = rc == 0;
+    }
+    std::vector<std::vector<double>> res(targets.size());
+    std::vector<std::vector<std::string>> sres(targets.size());
+    if (direct) {
+        const size_t S = static_cast<size_t>(dg.span);
+        std::vector<int32_t> first(S);
+        std::vector<double> tmp(S);
+        g = Groups{};
+        g.n1 = n1, g.n2 = n2;
+        for (size_t a = 0; a < targets.size(); a++) {
+            size_t s = static_cast<size_t>(std::find(srcs.begin(), srcs.end(), targets[a].src) -
+                                           srcs.begin());
+            if (int rc = gdirect_stat(dg, targets[a].stat, cols[s], weclause ? w.data() : nullptr,
+                                      wgttype, all ? nullptr : take.data(), tmp.data(),
+                                      a == 0 ? first.data() : nullptr))
+                return rc;
+            if (a == 0)
+                for (size_t q = 0; q < S; q++)
+                    if (first[q] >= 0) g.rep.push_back(first[q]);
+            res[a].reserve(g.rep.size());
+            for (size_t q = 0; q < S; q++)
+                if (first[q] >= 0) res[a].push_back(tmp[q]);
+        }
+        g.ngroups = static_cast<int32_t>(g.rep.size());
+        if (g.ngroups == 0) return errtext(2000, "no observations\n");
+    } else if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
+                                    all ? nullptr : take.data(),
+                                    GRP_ORDER | (members ? GRP_MEMBERS : 0)))
         return rc;
     const int32_t G = g.ngroups;
     if (G == 0) return errtext(2000, "no observations\n");
-    std::vector<std::vector<double>> res(targets.size(), std::vector<double>(G));
-    std::vector<std::vector<std::string>> sres(targets.size());
-    for (size_t a = 0; a < targets.size(); a++) {
+    for (size_t a = 0; a < targets.size() && !direct; a++) {
+        res[a].resize(static_cast<size_t>(G));
         if (isstrtype(typlist[targets[a].src - 1])) {
             if (kvpollstd()) return 1;
             group_strstat(g, targets[a].stat.stat, targets[a].src, &sres[a]);
