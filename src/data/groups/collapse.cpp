@@ -301,19 +301,52 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
                 keynum[q].push_back(korvu_data(v, r));
         }
     }
-    // from here the data change: new variables first (the only step that can
-    // fail for want of room, undone by lowering nvar), then the old ones go
-    const int32_t oldnvar = nvar;
-    for (size_t a = 0; a < cols.size(); a++) {
+    // from here the data change. The observations are cut to one per group
+    // first: with the columns in observation order, lowering nobs leaves the
+    // cells of the others where they are, so it is undone by restoring the
+    // count until something is moved or dropped. When the variables that go
+    // make room for the new ones, they are dropped first and the new ones
+    // then fit (nothing can fail); otherwise the records are widened for the
+    // new ones (the only step that can fail, for want of room, and then
+    // having moved nothing), and the old ones dropped after.
+    colsync();
+    const int32_t oldnobs = nobs;
+    const int32_t nc = static_cast<int32_t>(cols.size());
+    std::vector<uint8_t> drop(static_cast<size_t>(nvar), 1);
+    for (int32_t k : keys) drop[k - 1] = 0;
+    int32_t addw = 0, dropw = 0, ndrop = 0;
+    for (const NewCol& c : cols) addw += bytlenc(c.type);
+    for (int v = 1; v <= nvar; v++)
+        if (drop[v - 1]) dropw += bytlenc(typlist[v - 1]), ndrop++;
+    if (nvar - ndrop + nc > maxmaxvar) return error(900);
+    std::vector<std::string> keynames;
+    for (int32_t k : keys) keynames.push_back(varname(k));
+    const bool dropfirst = usedwidth() - dropw + addw <= syslrecl && nvar - ndrop + nc <= maxvar;
+    if (G < nobs) nobs = G;
+    if (dropfirst) {
+        if (int rc = grp_dropvars(drop)) {
+            nobs = oldnobs;
+            return error(rc);
+        }
+    } else if (usedwidth() + addw > syslrecl) {
+        if (int rc = repart(usedwidth() + addw - syslrecl, 0)) {
+            nobs = oldnobs;
+            return error(rc >= 9000 ? 902 : rc);
+        }
+    }
+    const int32_t first = nvar; // the new variables follow
+    for (int32_t a = 0; a < nc; a++) {
         int v = addwrkvar(cols[a].type, 0);
-        if (v < 0) {
-            nvar = oldnvar;
+        if (v < 0) { // not expected: the room and the count were checked
+            nvar = first;
             i_nvar = nvar;
+            if (!dropfirst) nobs = oldnobs;
             return error(-v);
         }
     }
+    updata = 1;
     for (size_t q = 0; q < keys.size(); q++) {
-        int v = keys[q];
+        int v = sysfindvar(keynames[q].c_str());
         for (int32_t r = 0; r < G; r++) {
             if (isstrtype(typlist[v - 1]))
                 sstore(v, r + 1, keystr[q][r].c_str());
@@ -321,20 +354,17 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
                 store(v, r + 1, keynum[q][r]);
         }
     }
-    for (size_t a = 0; a < cols.size(); a++) {
-        int v = oldnvar + 1 + static_cast<int>(a);
+    for (int32_t a = 0; a < nc; a++) {
+        int v = first + 1 + a;
         if (isstrtype(cols[a].type))
             for (int32_t r = 0; r < G; r++) sstore(v, r + 1, cols[a].strs[r].c_str());
         else
             grp_putcolumn(v, 1, G, cols[a].values.data());
     }
-    std::vector<uint8_t> drop(static_cast<size_t>(nvar), 1);
-    for (int32_t k : keys) drop[k - 1] = 0;
-    for (size_t a = 0; a < cols.size(); a++) drop[oldnvar + a] = 0;
-    std::vector<std::string> keynames;
-    for (int32_t k : keys) keynames.push_back(varname(k));
-    grp_truncobs(G);
-    if (int rc = grp_dropvars(drop)) return error(rc);
+    if (!dropfirst) {
+        drop.resize(static_cast<size_t>(nvar), 0); // the new ones stay
+        if (int rc = grp_dropvars(drop)) return error(rc);
+    }
     // keys in the order given, then the results
     int nk = static_cast<int>(keys.size());
     for (int q = 0; q < nk; q++) {
