@@ -142,10 +142,14 @@ int cutpoints(const double* x, int64_t n, const uint8_t* take, const std::vector
     return 0;
 }
 
-// A number for a label: the shortest text that reads back to it.
+// A number for a label: the shortest text that reads back to it, without
+// an exponent where the number is whole and has fewer than 16 digits.
 std::string cutnum(double x) {
     char b[40];
-    for (int d = 1; d <= 17; d++) {
+    // no fewer digits than the whole part has, so that 20 does not read 2e+01
+    double ax = std::fabs(x);
+    int d0 = ax >= 1 && ax < 1e15 ? static_cast<int>(std::floor(std::log10(ax))) + 1 : 1;
+    for (int d = d0; d <= 17; d++) {
         std::snprintf(b, sizeof b, "%.*g", d, x);
         if (std::strtod(b, nullptr) == x) break;
     }
