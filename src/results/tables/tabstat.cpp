@@ -465,10 +465,13 @@ struct Content {
     std::string head;
 };
 
-// Draws the table: cells[(r * C + c) * K + k] as text.
+// Draws the table: cells[((r * NS + s) * NC + c) * K + k] as text.
 // Each axis with its total counts one category more; `how` aligns the cells.
-void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
-          const std::vector<std::string>& cells, int colw, int how = ALIGN_RIGHT) {
+// Columns (supercolumn by column) that do not fit the line size go into
+// further panels, each with the stub again, so that no line grows with the
+// number of categories.
+int draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
+         const std::vector<std::string>& cells, int colw, int how = ALIGN_RIGHT) {
     size_t NR = R.n(), NC = C.n(), NS = SC.n(), K = cont.size();
     int stubw = static_cast<int>(std::string(varname(R.var)).size());
     for (size_t r = 0; r < NR; r++) stubw = std::max(stubw, static_cast<int>(R.name(r).size()));
@@ -479,56 +482,65 @@ void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Conten
     else
         for (size_t c = 0; c < NC; c++) colw = std::max(colw, static_cast<int>(C.name(c).size()));
     colw = std::min(colw, 20);
-    size_t ncols = C.var ? NC * NS : K;
-    auto rule = [&](bool bottom) {
-        tab_txt("{hline " + std::to_string(stubw + 1) + "}" + (bottom ? "{c BT}" : "{c +}") +
-                "{hline " + std::to_string(ncols * (colw + 1) + 1) + "}\n");
-    };
-    tab_txt("\n");
-    if (SC.var) {
-        std::string h = std::string(stubw + 1, ' ') + "{c |}";
-        std::string t = std::string(varname(SC.var)) + " and " + varname(C.var);
-        tab_txt(h + " " + t + "\n");
-        std::string l = std::string(stubw + 1, ' ') + "{c |}";
-        for (size_t s = 0; s < NS; s++) {
-            std::string nm = SC.name(s);
-            int w = static_cast<int>(NC) * (colw + 1);
-            int pad = std::max(0, w - static_cast<int>(nm.size()));
-            l += std::string(pad / 2 + 1, ' ') + nm.substr(0, w) + std::string(pad - pad / 2, ' ');
-        }
-        while (!l.empty() && l.back() == ' ') l.pop_back();
-        tab_txt(l + "\n");
-    } else if (C.var) {
-        tab_txt(std::string(stubw + 1, ' ') + "{c |} " + varname(C.var) + "\n");
-    }
-    std::string h = rjust(varname(R.var), stubw) + " {c |}";
-    if (C.var) {
-        for (size_t s = 0; s < NS; s++)
-            for (size_t c = 0; c < NC; c++) h += " " + rjust(C.name(c).substr(0, colw), colw);
-    } else {
-        for (const Content& c : cont) h += " " + rjust(c.head.substr(0, colw), colw);
-    }
-    tab_txt(h + "\n");
-    rule(false);
-    for (size_t r = 0; r < NR; r++) {
-        if (R.var && R.total && r + 1 == NR) rule(false); // before the total row
-        size_t lines = C.var ? K : 1;
-        for (size_t k = 0; k < lines; k++) {
-            std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
-            tab_txt(rjust(stub, stubw) + " {c |}");
-            std::string line;
-            if (C.var) {
-                for (size_t s = 0; s < NS; s++)
-                    for (size_t c = 0; c < NC; c++)
-                        line += " " + align(cells[((r * NS + s) * NC + c) * K + k], colw, how);
-            } else {
-                for (size_t q = 0; q < K; q++) line += " " + align(cells[r * K + q], colw, how);
+    // the columns: supercolumn s, column c as u = s * NC + c
+    const size_t U = C.var ? NS * NC : K;
+    const int avail = std::max(static_cast<int>(korvu_linewidth) - stubw - 3, colw + 1);
+    const size_t per = C.var ? std::max<size_t>(1, static_cast<size_t>(avail / (colw + 1))) : U;
+    for (size_t u0 = 0; u0 < U; u0 += per) {
+        const size_t u1 = std::min(U, u0 + per), ncols = u1 - u0;
+        auto rule = [&](bool bottom) {
+            tab_txt("{hline " + std::to_string(stubw + 1) + "}" + (bottom ? "{c BT}" : "{c +}") +
+                    "{hline " + std::to_string(ncols * (colw + 1) + 1) + "}\n");
+        };
+        tab_txt("\n");
+        if (SC.var) {
+            std::string h = std::string(stubw + 1, ' ') + "{c |}";
+            std::string t = std::string(varname(SC.var)) + " and " + varname(C.var);
+            tab_txt(h + " " + t + "\n");
+            std::string l = std::string(stubw + 1, ' ') + "{c |}";
+            for (size_t u = u0; u < u1;) {
+                size_t sc = u / NC, e = std::min(u1, (sc + 1) * NC);
+                std::string nm = SC.name(sc);
+                int w = static_cast<int>(e - u) * (colw + 1);
+                int pad = std::max(0, w - static_cast<int>(nm.size()));
+                l += std::string(pad / 2 + 1, ' ') + nm.substr(0, w) +
+                     std::string(pad - pad / 2, ' ');
+                u = e;
             }
-            while (!line.empty() && line.back() == ' ') line.pop_back();
-            tab_res(line + "\n");
+            while (!l.empty() && l.back() == ' ') l.pop_back();
+            tab_txt(l + "\n");
+        } else if (C.var) {
+            tab_txt(std::string(stubw + 1, ' ') + "{c |} " + varname(C.var) + "\n");
         }
+        std::string h = rjust(varname(R.var), stubw) + " {c |}";
+        if (C.var) {
+            for (size_t u = u0; u < u1; u++) h += " " + rjust(C.name(u % NC).substr(0, colw), colw);
+        } else {
+            for (const Content& c : cont) h += " " + rjust(c.head.substr(0, colw), colw);
+        }
+        tab_txt(h + "\n");
+        rule(false);
+        for (size_t r = 0; r < NR; r++) {
+            if ((r & 1023) == 0 && kvpollstd()) return 1;
+            if (R.var && R.total && r + 1 == NR) rule(false); // before the total row
+            size_t lines = C.var ? K : 1;
+            for (size_t k = 0; k < lines; k++) {
+                std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
+                tab_txt(rjust(stub, stubw) + " {c |}");
+                std::string line;
+                if (C.var) {
+                    for (size_t u = u0; u < u1; u++)
+                        line += " " + align(cells[(r * NS * NC + u) * K + k], colw, how);
+                } else {
+                    for (size_t q = 0; q < K; q++) line += " " + align(cells[r * K + q], colw, how);
+                }
+                while (!line.empty() && line.back() == ' ') line.pop_back();
+                tab_res(line + "\n");
+            }
+        }
+        rule(true);
     }
-    rule(true);
+    return 0;
 }
 
 int read_axes(Axis* R, Axis* C, Axis* SC) {
@@ -603,8 +615,7 @@ int tabdispcmd(int) {
             cells[cell * K + q] = t;
         }
     }
-    draw(R, C, SC, cont, cells, 9);
-    return 0;
+    return draw(R, C, SC, cont, cells, 9);
 }
 
 int tablecmd(int) {
@@ -682,46 +693,79 @@ int tablecmd(int) {
     // category and in the total of every axis that has one
     size_t NR = R.n(), NC = C.n(), NS = SC.n(), K = cont.size();
     size_t NCELL = NR * NS * NC;
-    std::vector<std::vector<Stats>> st(NCELL, std::vector<Stats>(K));
-    std::vector<double> freq(NCELL, 0);
-    for (size_t k = 0; k < S.size(); k++) {
-        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
-        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+    // the observations of each cell, gathered cell by cell (an observation
+    // counts in its own cell and in the totals): one list of observation
+    // positions and an offset per cell, so that memory grows with the
+    // observations and the cells, not with their product
+    int nr = R.n() > R.k() ? 2 : 1, nc = C.n() > C.k() ? 2 : 1, ns = SC.n() > SC.k() ? 2 : 1;
+    auto cellsof = [&](size_t k, size_t* out) {
         size_t rr[2] = {static_cast<size_t>(R.of[k]), NR - 1},
                cc[2] = {static_cast<size_t>(C.of[k]), NC - 1},
                ss[2] = {static_cast<size_t>(SC.of[k]), NS - 1};
-        int nr = R.n() > R.k() ? 2 : 1, nc = C.n() > C.k() ? 2 : 1, ns = SC.n() > SC.k() ? 2 : 1;
-        int i = S.at(k);
+        int m = 0;
         for (int a = 0; a < nr; a++)
             for (int b = 0; b < ns; b++)
-                for (int c = 0; c < nc; c++) {
-                    size_t cell = (rr[a] * NS + ss[b]) * NC + cc[c];
-                    freq[cell] += weighted && fw ? S.wt(k) : 1;
-                    for (size_t q = 0; q < K; q++) {
-                        if (!cont[q].var) continue;
-                        double x = korvu_data(cont[q].var, i);
-                        if (x >= misval) continue;
-                        st[cell][q].v.push_back(x);
-                        if (weighted) st[cell][q].w.push_back(S.wt(k));
-                    }
-                }
+                for (int c = 0; c < nc; c++) out[m++] = (rr[a] * NS + ss[b]) * NC + cc[c];
+        return m;
+    };
+    std::vector<double> freq(NCELL, 0);
+    std::vector<int64_t> start(NCELL + 1, 0);
+    size_t cl[8];
+    for (size_t k = 0; k < S.size(); k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+        int m = cellsof(k, cl);
+        for (int j = 0; j < m; j++) {
+            freq[cl[j]] += weighted && fw ? S.wt(k) : 1;
+            start[cl[j] + 1]++;
+        }
+    }
+    bool anystat = false;
+    for (const Content& c : cont) anystat = anystat || c.var;
+    std::vector<int32_t> members;
+    if (anystat) {
+        for (size_t c = 0; c < NCELL; c++) start[c + 1] += start[c];
+        members.resize(static_cast<size_t>(start[NCELL]));
+        std::vector<int64_t> fill(start.begin(), start.end() - 1);
+        for (size_t k = 0; k < S.size(); k++) {
+            if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+            if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+            int m = cellsof(k, cl);
+            for (int j = 0; j < m; j++) members[fill[cl[j]]++] = static_cast<int32_t>(k);
+        }
     }
     std::vector<std::string> cells(NCELL * K);
+    Stats st;
     for (size_t cell = 0; cell < NCELL; cell++) {
+        if ((cell & 0xfff) == 0 && kvpollstd()) return 1;
         if (freq[cell] == 0) continue; // an empty combination shows blank
         for (size_t q = 0; q < K; q++) {
             if (!cont[q].var) {
                 cells[cell * K + q] = fmtcell("%12.0g", freq[cell]);
                 continue;
             }
-            finish(&st[cell][q], weighted, fw);
-            double x = statof(st[cell][q], *cont[q].stat, weighted);
+            // the values in observation order, as they were met
+            st.v.clear();
+            st.w.clear();
+            for (int64_t a = start[cell]; a < start[cell + 1]; a++) {
+                size_t k = static_cast<size_t>(members[a]);
+                double x = korvu_data(cont[q].var, S.at(k));
+                if (x >= misval) continue;
+                st.v.push_back(x);
+                if (weighted) st.w.push_back(S.wt(k));
+            }
+            Stats one;
+            one.v.swap(st.v);
+            one.w.swap(st.w);
+            finish(&one, weighted, fw);
+            double x = statof(one, *cont[q].stat, weighted);
+            one.v.swap(st.v); // keep the buffers' room for the next cell
+            one.w.swap(st.w);
             bool count = cont[q].stat->head[0] == 'N' && !cont[q].stat->head[1];
             cells[cell * K + q] = fmtcell(count ? "%12.0g" : fmt, x);
         }
     }
-    draw(R, C, SC, cont, cells, 9, how);
-    return 0;
+    return draw(R, C, SC, cont, cells, 9, how);
 }
 
 } // namespace korvu
