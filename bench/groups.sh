@@ -12,7 +12,7 @@
 # times where the work can be repeated), less that of a run that only makes
 # the data; each run the best of two, since the machine is shared. R
 # (data.table, one thread) and pandas: the CPU time of the work alone, best of
-# three. Usage: bench/groups.sh [build-dir] [N] [--peers]. Not a test.
+# three (R with one and with two threads). Usage: bench/groups.sh [build-dir] [N] [--peers]. Not a test.
 set -euo pipefail
 build=${1:-build}
 N=${2:-10000000}
@@ -62,17 +62,30 @@ awk -v b="$b" -v t="$t" 'BEGIN { printf "| korvu | 1000 | tabulate g | %.3f |\n"
 
 [ "$peers" = "--peers" ] || exit 0
 if command -v Rscript >/dev/null; then
-  Rscript -e "suppressMessages(library(data.table)); setDTthreads(1)
+  # The key as R integers (as Korvu's long g and pandas' int64 g); the same
+  # work on a double key (what mod() of a double gives in R) once more at
+  # G = 1,000, and everything with one and with two threads. CPU time of the
+  # process (user + system, all threads), the data made beforehand.
+  Rscript -e "suppressMessages(library(data.table))
     N <- $N; n <- 1:N
     cpu <- function(f) min(sapply(1:3, function(i) { s <- system.time(f()); s[['user.self']] + s[['sys.self']] }))
-    for (G in c(1000, 1000000)) {
-      dt <- data.table(g = (n * 7919) %% G, y = (n * 7927) %% 100003 / 100003)
-      a <- cpu(function() dt[, mean(y), by = g])
-      b <- cpu(function() dt[, m := mean(y), by = g])
-      cat(sprintf('| R data.table | %d | dt[, mean(y), by = g] | %.3f |\n', G, a))
-      cat(sprintf('| R data.table | %d | dt[, m := mean(y), by = g] | %.3f |\n', G, b))
-      if (G == 1000) cat(sprintf('| R data.table | %d | dt[, .N, by = g] | %.3f |\n', G,
-                                 cpu(function() dt[, .N, by = g])))
+    for (th in c(1, 2)) {
+      setDTthreads(th)
+      for (G in c(1000, 1000000)) {
+        dt <- data.table(g = as.integer((n * 7919) %% G), y = (n * 7927) %% 100003 / 100003)
+        a <- cpu(function() dt[, mean(y), by = g])
+        b <- cpu(function() dt[, m := mean(y), by = g])
+        cat(sprintf('| R data.table, %d thread(s) | %d | dt[, mean(y), by = g] | %.3f |\\n', th, G, a))
+        cat(sprintf('| R data.table, %d thread(s) | %d | dt[, m := mean(y), by = g] | %.3f |\\n', th, G, b))
+        if (G == 1000) {
+          cat(sprintf('| R data.table, %d thread(s) | %d | dt[, .N, by = g] | %.3f |\\n', th, G,
+                      cpu(function() dt[, .N, by = g])))
+          dd <- data.table(g = (n * 7919) %% G, y = (n * 7927) %% 100003 / 100003)
+          cat(sprintf('| R data.table, %d thread(s), double key | %d | dt[, mean(y), by = g] | %.3f |\\n',
+                      th, G, cpu(function() dd[, mean(y), by = g])))
+          rm(dd)
+        }
+      }
     }"
 fi
 /usr/bin/python3 - "$N" <<'EOF'
