@@ -128,6 +128,7 @@ int gdirect_make(GDirect* d, int key, int32_t n1, int32_t n2, const uint8_t* tak
     default: {
         const double* c = t == KV_DOUBLE ? reinterpret_cast<const double*>(base) + (n1 - 1)
                                          : groups_values(key, n1, n2, 0);
+        d->decoded = t != KV_DOUBLE;
         t = KV_DOUBLE;
         d->base = c;
         rc = scan_key(c, misval, n, take, &lo, &hi, &miss);
@@ -215,8 +216,15 @@ int gdirect_stat(const GDirect& d, const GStatReq& r, const double* x, const dou
     return 0;
 }
 
-int gdirect_fill(const GDirect& d, const double* gv, const uint8_t* take, int v, int64_t* nmiss) {
-    const int64_t n = d.n2 - d.n1 + 1;
+int gdirect_fill(const GDirect& dd, const double* gv, const uint8_t* take, int v, int64_t* nmiss) {
+    const int64_t n = dd.n2 - dd.n1 + 1;
+    // adding v may have moved the columns: the key's cells are found again
+    GDirect d = dd;
+    if (!d.decoded) {
+        int kt;
+        const uint8_t* kb = static_cast<const uint8_t*>(colbase(d.key, &kt));
+        d.base = kb + static_cast<int64_t>(d.n1 - 1) * bytlenc(kt);
+    }
     int t;
     uint8_t* base = static_cast<uint8_t*>(colbase_w(v, &t));
     const int cw = bytlenc(t);

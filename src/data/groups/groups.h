@@ -94,6 +94,7 @@ struct GDirect {
     double lo = 0;              // the key value of slot 0
     int32_t span = 0;           // slots
     bool hasmiss = false;       // missing keys met (left out)
+    bool decoded = false;       // base is a scratch copy (a float key), not the column
 };
 // Makes the table for key over n1..n2 (take as for groups_make): -1 when the
 // key does not allow one (a string, values not whole, a range wider than
@@ -109,7 +110,9 @@ bool gdirect_stat_ok(int stat);
 int gdirect_stat(const GDirect& d, const GStatReq& r, const double* x, const double* w, int wkind,
                  const uint8_t* take, double* out, int32_t* first);
 // Writes numeric variable v over n1..n2: gv[slot] for the observations
-// taken, missing elsewhere; *nmiss the missing values written. 0 or 1.
+// taken, missing elsewhere; *nmiss the missing values written. 0 or 1. The
+// key's column is found again, so v may have been added after the table
+// was made.
 int gdirect_fill(const GDirect& d, const double* gv, const uint8_t* take, int v, int64_t* nmiss);
 
 // The commands: `_groups sub [byvars] : ...` behind the programs xgenerate,

@@ -40,6 +40,21 @@ assert missing(m3) if n > 6
 xgenerate mf = mean(n), by(g)
 assert mf == float(1499.5) if g == 1
 
+* records widened for the new variable (the columns move) after the key
+* was read: n = 1, 8, .., 4999 in group 1 (mean 2500), 7, .., 4998 in 0
+drop _all
+set obs 5000
+generate double y = _n
+generate long g = mod(_n, 7)
+_repart width 12
+xgenerate double m = mean(y), by(g)
+assert m == 2500 if g == 1
+assert m == 2502.5 if g == 0
+_repart width 20
+xgenerate float m2 = total(y) if g == 0, by(g)
+assert m2 == float(714 * 2502.5) if g == 0
+assert missing(m2) if g != 0
+
 * negative keys of the small types, a group without non-missing values
 drop _all
 set obs 6
