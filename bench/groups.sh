@@ -30,7 +30,7 @@ mb=$((N * 4 * 8 / 1048576 + 256))
 # clearing of fresh pages) is left out.
 cat >cpu.sh <<'SH'
 p=$$
-while [ "$p" -gt 1 ] && [ "$(cat /proc/$p/comm)" != korvu-xe ]; do
+while [ "$p" -gt 1 ] && case "$(readlink /proc/$p/exe)" in */korvu-xe) false ;; *) true ;; esac; do
   p=$(awk '{ print $4 }' /proc/$p/stat)
 done
 awk '{ printf "%.2f\n", ($14 + $15) / 100 }' /proc/$p/stat >>cpu.txt
