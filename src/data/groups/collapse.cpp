@@ -165,7 +165,7 @@ int grp_collapse() {
                 return errorf(198, "%s is a by-variable and cannot be a result\n",
                               targets[a].name.c_str());
     }
-    std::vector<uint8_t> take;
+    static std::vector<uint8_t> take; // kept across commands: no fresh pages
     std::vector<double> w;
     if (int rc = grp_take(take, weclause ? &w : nullptr)) return rc;
     const int32_t n1 = nobs1, n2 = nobs2;
@@ -203,14 +203,49 @@ int grp_collapse() {
             members = true;
     static Groups g;
     const bool all = !ifclause && !weclause && !cw;
-    if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
-                             all ? nullptr : take.data(), GRP_ORDER | (members ? GRP_MEMBERS : 0)))
+    // sums and counts by one numeric key of whole numbers in a small range:
+    // straight from the key's column, no group number per observation
+    bool direct = keys.size() == 1;
+    for (const Target& t : targets)
+        if (isstrtype(typlist[t.src - 1]) || !gdirect_stat_ok(t.stat.stat)) direct = false;
+    static GDirect dg;
+    if (direct) {
+        int rc = gdirect_make(&dg, keys[0], n1, n2, all ? nullptr : take.data(), false);
+        if (rc > 0) return rc;
+        direct = rc == 0;
+    }
+    std::vector<std::vector<double>> res(targets.size());
+    std::vector<std::vector<std::string>> sres(targets.size());
+    if (direct) {
+        const size_t S = static_cast<size_t>(dg.span);
+        std::vector<int32_t> first(S);
+        std::vector<double> tmp(S);
+        g = Groups{};
+        g.n1 = n1, g.n2 = n2;
+        for (size_t a = 0; a < targets.size(); a++) {
+            size_t s = static_cast<size_t>(std::find(srcs.begin(), srcs.end(), targets[a].src) -
+                                           srcs.begin());
+            if (int rc = gdirect_stat(dg, targets[a].stat, cols[s], weclause ? w.data() : nullptr,
+                                      wgttype, all ? nullptr : take.data(), tmp.data(),
+                                      a == 0 ? first.data() : nullptr))
+                return rc;
+            if (a == 0)
+                for (size_t q = 0; q < S; q++)
+                    if (first[q] >= 0) g.rep.push_back(first[q]);
+            res[a].reserve(g.rep.size());
+            for (size_t q = 0; q < S; q++)
+                if (first[q] >= 0) res[a].push_back(tmp[q]);
+        }
+        g.ngroups = static_cast<int32_t>(g.rep.size());
+        if (g.ngroups == 0) return errtext(2000, "no observations\n");
+    } else if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
+                                    all ? nullptr : take.data(),
+                                    GRP_ORDER | (members ? GRP_MEMBERS : 0)))
         return rc;
     const int32_t G = g.ngroups;
     if (G == 0) return errtext(2000, "no observations\n");
-    std::vector<std::vector<double>> res(targets.size(), std::vector<double>(G));
-    std::vector<std::vector<std::string>> sres(targets.size());
-    for (size_t a = 0; a < targets.size(); a++) {
+    for (size_t a = 0; a < targets.size() && !direct; a++) {
+        res[a].resize(static_cast<size_t>(G));
         if (isstrtype(typlist[targets[a].src - 1])) {
             if (kvpollstd()) return 1;
             group_strstat(g, targets[a].stat.stat, targets[a].src, &sres[a]);
@@ -266,19 +301,52 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
                 keynum[q].push_back(korvu_data(v, r));
         }
     }
-    // from here the data change: new variables first (the only step that can
-    // fail for want of room, undone by lowering nvar), then the old ones go
-    const int32_t oldnvar = nvar;
-    for (size_t a = 0; a < cols.size(); a++) {
+    // from here the data change. The observations are cut to one per group
+    // first: with the columns in observation order, lowering nobs leaves the
+    // cells of the others where they are, so it is undone by restoring the
+    // count until something is moved or dropped. When the variables that go
+    // make room for the new ones, they are dropped first and the new ones
+    // then fit (nothing can fail); otherwise the records are widened for the
+    // new ones (the only step that can fail, for want of room, and then
+    // having moved nothing), and the old ones dropped after.
+    colsync();
+    const int32_t oldnobs = nobs;
+    const int32_t nc = static_cast<int32_t>(cols.size());
+    std::vector<uint8_t> drop(static_cast<size_t>(nvar), 1);
+    for (int32_t k : keys) drop[k - 1] = 0;
+    int32_t addw = 0, dropw = 0, ndrop = 0;
+    for (const NewCol& c : cols) addw += bytlenc(c.type);
+    for (int v = 1; v <= nvar; v++)
+        if (drop[v - 1]) dropw += bytlenc(typlist[v - 1]), ndrop++;
+    if (nvar - ndrop + nc > maxmaxvar) return error(900);
+    std::vector<std::string> keynames;
+    for (int32_t k : keys) keynames.push_back(varname(k));
+    const bool dropfirst = usedwidth() - dropw + addw <= syslrecl && nvar - ndrop + nc <= maxvar;
+    if (G < nobs) nobs = G;
+    if (dropfirst) {
+        if (int rc = grp_dropvars(drop)) {
+            nobs = oldnobs;
+            return error(rc);
+        }
+    } else if (usedwidth() + addw > syslrecl) {
+        if (int rc = repart(usedwidth() + addw - syslrecl, 0)) {
+            nobs = oldnobs;
+            return error(rc >= 9000 ? 902 : rc);
+        }
+    }
+    const int32_t first = nvar; // the new variables follow
+    for (int32_t a = 0; a < nc; a++) {
         int v = addwrkvar(cols[a].type, 0);
-        if (v < 0) {
-            nvar = oldnvar;
+        if (v < 0) { // not expected: the room and the count were checked
+            nvar = first;
             i_nvar = nvar;
+            if (!dropfirst) nobs = oldnobs;
             return error(-v);
         }
     }
+    updata = 1;
     for (size_t q = 0; q < keys.size(); q++) {
-        int v = keys[q];
+        int v = sysfindvar(keynames[q].c_str());
         for (int32_t r = 0; r < G; r++) {
             if (isstrtype(typlist[v - 1]))
                 sstore(v, r + 1, keystr[q][r].c_str());
@@ -286,20 +354,17 @@ int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<N
                 store(v, r + 1, keynum[q][r]);
         }
     }
-    for (size_t a = 0; a < cols.size(); a++) {
-        int v = oldnvar + 1 + static_cast<int>(a);
+    for (int32_t a = 0; a < nc; a++) {
+        int v = first + 1 + a;
         if (isstrtype(cols[a].type))
             for (int32_t r = 0; r < G; r++) sstore(v, r + 1, cols[a].strs[r].c_str());
         else
             grp_putcolumn(v, 1, G, cols[a].values.data());
     }
-    std::vector<uint8_t> drop(static_cast<size_t>(nvar), 1);
-    for (int32_t k : keys) drop[k - 1] = 0;
-    for (size_t a = 0; a < cols.size(); a++) drop[oldnvar + a] = 0;
-    std::vector<std::string> keynames;
-    for (int32_t k : keys) keynames.push_back(varname(k));
-    grp_truncobs(G);
-    if (int rc = grp_dropvars(drop)) return error(rc);
+    if (!dropfirst) {
+        drop.resize(static_cast<size_t>(nvar), 0); // the new ones stay
+        if (int rc = grp_dropvars(drop)) return error(rc);
+    }
     // keys in the order given, then the results
     int nk = static_cast<int>(keys.size());
     for (int q = 0; q < nk; q++) {

@@ -82,6 +82,39 @@ int group_stat(const Groups& g, const GStatReq& r, const double* x, const double
 double gpctile(double* v, int64_t n, double p);
 double gpctile_w(double* v, double* w, int64_t n, double p); // v, w sorted together
 
+// A direct table over one numeric key holding whole numbers of a small range:
+// the group of an observation is its key's value less the smallest (its
+// slot), read from the key's column in the same pass as the statistic, so
+// that nothing is kept per observation. Groups are numbered in key order.
+struct GDirect {
+    int key = 0;
+    int32_t n1 = 1, n2 = 0;
+    int ktype = 0;              // the key column's storage type (float read as double)
+    const void* base = nullptr; // the key's cell of observation n1
+    double lo = 0;              // the key value of slot 0
+    int32_t span = 0;           // slots
+    bool hasmiss = false;       // missing keys met (left out)
+    bool decoded = false;       // base is a scratch copy (a float key), not the column
+};
+// Makes the table for key over n1..n2 (take as for groups_make): -1 when the
+// key does not allow one (a string, values not whole, a range wider than
+// the larger of 65,536 and an eighth of the observations, or a missing value
+// unless skipmiss), else 0 or 1 (break).
+int gdirect_make(GDirect* d, int key, int32_t n1, int32_t n2, const uint8_t* take, bool skipmiss);
+// Whether gdirect_stat computes the statistic: mean, sum, rawsum, count and
+// the count of observations.
+bool gdirect_stat_ok(int stat);
+// out[0 .. span-1] := the statistic of x in each slot, bit for bit as
+// group_stat computes it (for GS_TOTALOBS x may be null); first, when not
+// null, the first observation of each slot (-1 for an empty slot). 0 or 1.
+int gdirect_stat(const GDirect& d, const GStatReq& r, const double* x, const double* w, int wkind,
+                 const uint8_t* take, double* out, int32_t* first);
+// Writes numeric variable v over n1..n2: gv[slot] for the observations
+// taken, missing elsewhere; *nmiss the missing values written. 0 or 1. The
+// key's column is found again, so v may have been added after the table
+// was made.
+int gdirect_fill(const GDirect& d, const double* gv, const uint8_t* take, int v, int64_t* nmiss);
+
 // The commands: `_groups sub [byvars] : ...` behind the programs xgenerate,
 // collapse, duplicates, idcheck, levels, fillall, freqdata, dsort and sample;
 // and expand.

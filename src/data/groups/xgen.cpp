@@ -12,6 +12,7 @@
 #include "data/expr/expr.h"
 #include "data/formats/formats.h"
 #include "data/groups/groups_internal.h"
+#include "data/labels/label.h"
 #include "data/select/generate.h"
 #include "data/vars/varlist.h"
 #include "data/vars/vartab.h"
@@ -107,6 +108,72 @@ std::string celltext(int v, int32_t i) {
     return s;
 }
 
+// The points of cut(): those of at() in order, repeats merged; or for
+// group(#) the smallest value taken, the quantiles at 1/#, 2/#, ... (the
+// percentiles of the group statistics: the mean of two neighbouring order
+// statistics where n*j/# is whole, else the next one) and the largest value,
+// repeats merged.
+int cutpoints(const double* x, int64_t n, const uint8_t* take, const std::vector<double>& at,
+              int ngroup, std::vector<double>* cuts) {
+    cuts->clear();
+    if (!ngroup) {
+        *cuts = at;
+    } else {
+        std::vector<double> v;
+        for (int64_t k = 0; k < n; k++) {
+            if ((k & 65535) == 0 && kvpollstd()) return 1;
+            if (take[k] && x[k] < misval) v.push_back(x[k]);
+        }
+        if (v.empty()) return 0;
+        std::sort(v.begin(), v.end());
+        const int64_t m = static_cast<int64_t>(v.size());
+        cuts->push_back(v.front());
+        for (int j = 1; j < ngroup; j++) {
+            // position j*m/ngroup, kept exact in integers
+            int64_t num = static_cast<int64_t>(j) * m;
+            int64_t i = num / ngroup;
+            double c = num % ngroup == 0 ? (v[i - 1] + v[i]) / 2 : v[i];
+            cuts->push_back(c);
+        }
+        cuts->push_back(v.back());
+    }
+    std::sort(cuts->begin(), cuts->end());
+    cuts->erase(std::unique(cuts->begin(), cuts->end()), cuts->end());
+    return 0;
+}
+
+// A number for a label: the shortest text that reads back to it, without
+// an exponent where the number is whole and has fewer than 16 digits.
+std::string cutnum(double x) {
+    char b[40];
+    // no fewer digits than the whole part has, so that 20 does not read 2e+01
+    double ax = std::fabs(x);
+    int d0 = ax >= 1 && ax < 1e15 ? static_cast<int>(std::floor(std::log10(ax))) + 1 : 1;
+    for (int d = d0; d <= 17; d++) {
+        std::snprintf(b, sizeof b, "%.*g", d, x);
+        if (std::strtod(b, nullptr) == x) break;
+    }
+    return b;
+}
+
+// The value label of cut()'s codes, named as the new variable: code j reads
+// "[c_j, c_j+1)", the last one of quantile groups "[c, d]".
+int cutlabels(const std::string& name, const std::vector<double>& cuts, bool closed) {
+    if (cuts.size() < 2) return 0;
+    int32_t* t = vlallocate(name.c_str(), 0, 0);
+    if (!t) return error(950);
+    for (size_t j = 0; j + 1 < cuts.size(); j++) {
+        bool last = j + 2 == cuts.size();
+        std::string text =
+            "[" + cutnum(cuts[j]) + ", " + cutnum(cuts[j + 1]) + (last && closed ? "]" : ")");
+        int at = vlfindval(t, nullptr, 0, static_cast<double>(j));
+        t = vladdlab(t, -at - 1, text.c_str(), static_cast<double>(j));
+        if (!t) return error(vl_error ? vl_error : 950);
+    }
+    std::snprintf(lblname(nvar), NAMELEN1, "%s", name.c_str());
+    return 0;
+}
+
 } // namespace
 
 int grp_xgen() {
@@ -175,25 +242,54 @@ int grp_xgen() {
     t1 = grp_optarg("at", 2, &atgiven);
     if (atgiven && grp_numlist(t1, at)) return 198;
     bool icodes = findopt("icodes", 5, 0);
+    double ngroup = 0;
+    bool groupgiven = false;
+    t1 = grp_optarg("group", 5, &groupgiven);
+    if (groupgiven && (cnvstoz(t1.c_str(), &ngroup) || ngroup < 1 || ngroup > 10000 ||
+                       ngroup != std::floor(ngroup)))
+        return errtext(198, "group() must be a whole number from 1 to 10,000\n");
+    bool cutlabel = findopt("label", 5, 0);
     std::string punct = grp_optarg("punct", 1, &given);
     std::vector<double> values;
     t1 = grp_optarg("values", 1, &given);
     if (given && grp_numlist(t1, values)) return 198;
     if (fn->kind == K_ROW && fn->arg == R_ANYCOUNT && !given)
         return errtext(198, "option values() required\n");
-    if (fn->kind == K_CUT && !atgiven) return errtext(198, "option at() required\n");
+    if (fn->kind == K_CUT) {
+        if (atgiven == groupgiven) return errtext(198, "cut() needs one of at() and group()\n");
+        if (!keys.empty()) return errtext(190, "cut() may not be combined with by\n");
+        if (cutlabel) {
+            if (vlfind(name.c_str()))
+                return errorf(110, "value label %s already defined\n", name.c_str());
+            icodes = true; // the labels go on the codes
+        }
+    }
     if (int rc = chkopt()) return rc;
     if (fn->kind == K_STAT && fn->arg == GS_PCTILE) {
         if (fname == "median") p = 50;
     }
 
-    std::vector<uint8_t> take;
+    static std::vector<uint8_t> take; // kept across commands: no fresh pages
     if (int rc = grp_take(take, nullptr)) return rc;
     const int32_t n1 = nobs1, n2 = nobs2;
     const int64_t n = n2 >= n1 ? n2 - n1 + 1 : 0;
-    double* out = grp_scratch(2, static_cast<size_t>(n));
-    std::fill(out, out + n, misval);
+    // a sum or count by one numeric key of whole numbers in a small range
+    // goes straight from the key's column into the new one
+    static GDirect dg;
+    std::vector<double> dgv;
+    bool direct = false;
+    if (fn->kind == K_STAT && keys.size() == 1 && gdirect_stat_ok(fn->arg)) {
+        int rc = gdirect_make(&dg, keys[0], n1, n2, ifclause ? take.data() : nullptr, false);
+        if (rc > 0) return rc;
+        direct = rc == 0;
+    }
+    double* out = nullptr;
+    if (!direct) {
+        out = grp_scratch(2, static_cast<size_t>(n));
+        std::fill(out, out + n, misval);
+    }
     std::vector<std::string> sout; // concat
+    std::vector<double> cuts;      // cut
     int deflt = deftype;
 
     if (fn->kind == K_ROW || fn->kind == K_CONCAT || fn->kind == K_GROUP || fn->kind == K_TAG) {
@@ -292,17 +388,32 @@ int grp_xgen() {
                        (fn->kind == K_STAT &&
                         (fn->arg == GS_PCTILE || fn->arg == GS_IQR || fn->arg == GS_MODE));
         if (fn->kind == K_CUT) {
-            std::vector<double> cuts = at;
-            std::sort(cuts.begin(), cuts.end());
+            if (int rc = cutpoints(x, n, take.data(), at, static_cast<int>(ngroup), &cuts))
+                return rc;
+            // [c_j, c_j+1): below the first point or from the last on
+            // missing, except that quantile groups close the last interval
+            const bool closed = groupgiven;
             for (int64_t k = 0; k < n; k++) {
+                if ((k & 65535) == 0 && kvpollstd()) return 1;
                 if (!take[k] || x[k] >= misval || cuts.size() < 2) continue;
-                if (x[k] < cuts.front() || x[k] >= cuts.back()) continue;
+                if (x[k] < cuts.front() || x[k] > cuts.back()) continue;
                 size_t j = static_cast<size_t>(std::upper_bound(cuts.begin(), cuts.end(), x[k]) -
                                                cuts.begin()) -
                            1;
+                if (j + 1 >= cuts.size()) {
+                    if (!closed) continue;
+                    j = cuts.size() - 2;
+                }
                 out[k] = icodes ? static_cast<double>(j) : cuts[j];
             }
-            if (icodes) deflt = cuts.size() <= 100 ? KV_BYTE : KV_INT;
+            if (icodes) deflt = cuts.size() <= 101 ? KV_BYTE : KV_INT;
+        } else if (direct) {
+            dgv.resize(static_cast<size_t>(dg.span));
+            GStatReq r{fn->arg, p};
+            if (int rc = gdirect_stat(dg, r, x, nullptr, 0, ifclause ? take.data() : nullptr,
+                                      dgv.data(), nullptr))
+                return rc;
+            if (fn->arg == GS_COUNT) deflt = KV_LONG;
         } else {
             if (int rc = groups_make(&g, keys.data(), static_cast<int>(keys.size()), n1, n2,
                                      ifclause ? take.data() : nullptr, members ? GRP_MEMBERS : 0))
@@ -395,6 +506,17 @@ int grp_xgen() {
             if (!s || s->empty()) missing++;
             sstore(v, i, s ? s->c_str() : "");
         }
+    } else if (direct) {
+        int64_t nm = 0;
+        if (int rc = gdirect_fill(dg, dgv.data(), ifclause ? take.data() : nullptr, v, &nm)) {
+            std::vector<uint8_t> drop(static_cast<size_t>(nvar), 0);
+            drop[v - 1] = 1;
+            grp_dropvars(drop);
+            return rc;
+        }
+        for (int32_t i = 1; i <= nobs; i++)
+            if (i < n1 || i > n2) store(v, i, misval);
+        missing = nobs - n + nm;
     } else {
         if (n > 0) grp_putcolumn(v, n1, n2, out);
         for (int32_t i = 1; i <= nobs; i++)
@@ -403,6 +525,13 @@ int grp_xgen() {
         for (int64_t k = 0; k < n; k++)
             if (out[k] >= misval) missing++;
     }
+    if (fn->kind == K_CUT && cutlabel)
+        if (int rc = cutlabels(name, cuts, groupgiven)) {
+            std::vector<uint8_t> drop(static_cast<size_t>(nvar), 0);
+            drop[v - 1] = 1;
+            grp_dropvars(drop);
+            return rc;
+        }
     updata = 1;
     missmsg(missing, 1);
     return 0;

@@ -698,40 +698,74 @@ int tablecmd(int) {
     // category and in the total of every axis that has one
     size_t NR = R.n(), NC = C.n(), NS = SC.n(), K = cont.size();
     size_t NCELL = NR * NS * NC;
-    std::vector<std::vector<Stats>> st(NCELL, std::vector<Stats>(K));
-    std::vector<double> freq(NCELL, 0);
-    for (size_t k = 0; k < S.size(); k++) {
-        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
-        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+    // the observations of each cell, gathered cell by cell (an observation
+    // counts in its own cell and in the totals): one list of observation
+    // positions and an offset per cell, so that memory grows with the
+    // observations and the cells, not with their product
+    int nr = R.n() > R.k() ? 2 : 1, nc = C.n() > C.k() ? 2 : 1, ns = SC.n() > SC.k() ? 2 : 1;
+    auto cellsof = [&](size_t k, size_t* out) {
         size_t rr[2] = {static_cast<size_t>(R.of[k]), NR - 1},
                cc[2] = {static_cast<size_t>(C.of[k]), NC - 1},
                ss[2] = {static_cast<size_t>(SC.of[k]), NS - 1};
-        int nr = R.n() > R.k() ? 2 : 1, nc = C.n() > C.k() ? 2 : 1, ns = SC.n() > SC.k() ? 2 : 1;
-        int i = S.at(k);
+        int m = 0;
         for (int a = 0; a < nr; a++)
             for (int b = 0; b < ns; b++)
-                for (int c = 0; c < nc; c++) {
-                    size_t cell = (rr[a] * NS + ss[b]) * NC + cc[c];
-                    freq[cell] += weighted && fw ? S.wt(k) : 1;
-                    for (size_t q = 0; q < K; q++) {
-                        if (!cont[q].var) continue;
-                        double x = korvu_data(cont[q].var, i);
-                        if (x >= misval) continue;
-                        st[cell][q].v.push_back(x);
-                        if (weighted) st[cell][q].w.push_back(S.wt(k));
-                    }
-                }
+                for (int c = 0; c < nc; c++) out[m++] = (rr[a] * NS + ss[b]) * NC + cc[c];
+        return m;
+    };
+    std::vector<double> freq(NCELL, 0);
+    std::vector<int64_t> start(NCELL + 1, 0);
+    size_t cl[8];
+    for (size_t k = 0; k < S.size(); k++) {
+        if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+        if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+        int m = cellsof(k, cl);
+        for (int j = 0; j < m; j++) {
+            freq[cl[j]] += weighted && fw ? S.wt(k) : 1;
+            start[cl[j] + 1]++;
+        }
+    }
+    bool anystat = false;
+    for (const Content& c : cont) anystat = anystat || c.var;
+    std::vector<int32_t> members;
+    if (anystat) {
+        for (size_t c = 0; c < NCELL; c++) start[c + 1] += start[c];
+        members.resize(static_cast<size_t>(start[NCELL]));
+        std::vector<int64_t> fill(start.begin(), start.end() - 1);
+        for (size_t k = 0; k < S.size(); k++) {
+            if ((k & 0xffff) == 0 && kvpollstd()) return 1;
+            if (R.of[k] < 0 || C.of[k] < 0 || SC.of[k] < 0) continue;
+            int m = cellsof(k, cl);
+            for (int j = 0; j < m; j++) members[fill[cl[j]]++] = static_cast<int32_t>(k);
+        }
     }
     std::vector<std::string> cells(NCELL * K);
+    Stats st;
     for (size_t cell = 0; cell < NCELL; cell++) {
+        if ((cell & 0xfff) == 0 && kvpollstd()) return 1;
         if (freq[cell] == 0) continue; // an empty combination shows blank
         for (size_t q = 0; q < K; q++) {
             if (!cont[q].var) {
                 cells[cell * K + q] = fmtcell("%12.0g", freq[cell]);
                 continue;
             }
-            finish(&st[cell][q], weighted, fw);
-            double x = statof(st[cell][q], *cont[q].stat, weighted);
+            // the values in observation order, as they were met
+            st.v.clear();
+            st.w.clear();
+            for (int64_t a = start[cell]; a < start[cell + 1]; a++) {
+                size_t k = static_cast<size_t>(members[a]);
+                double x = korvu_data(cont[q].var, S.at(k));
+                if (x >= misval) continue;
+                st.v.push_back(x);
+                if (weighted) st.w.push_back(S.wt(k));
+            }
+            Stats one;
+            one.v.swap(st.v);
+            one.w.swap(st.w);
+            finish(&one, weighted, fw);
+            double x = statof(one, *cont[q].stat, weighted);
+            one.v.swap(st.v); // keep the buffers' room for the next cell
+            one.w.swap(st.w);
             bool count = cont[q].stat->head[0] == 'N' && !cont[q].stat->head[1];
             cells[cell * K + q] = fmtcell(count ? "%12.0g" : fmt, x);
         }

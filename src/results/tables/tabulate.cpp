@@ -13,6 +13,7 @@
 #include "data/area/missing.h"
 #include "data/area/storage.h"
 #include "data/formats/formats.h"
+#include "data/groups/groups.h"
 #include "data/labels/label.h"
 #include "data/vars/vartab.h"
 #include "kernel/dict/dict.h"
@@ -111,6 +112,31 @@ int classify(int v, const Sample& S, bool withmissing, Classes* cl, std::vector<
         }
         cl->strs.swap(sorted);
         return 0;
+    }
+    // whole numbers of a small range over all observations: counted in one
+    // pass straight from the column through the direct table of the groups
+    if (S.all && counts) {
+        GDirect d;
+        int rc = gdirect_make(&d, v, S.i0, S.i1, nullptr, true);
+        if (rc > 0) return rc;
+        if (rc == 0 && !(withmissing && d.hasmiss)) {
+            std::vector<double> c(static_cast<size_t>(d.span));
+            if (int rc2 = gdirect_stat(d, GStatReq{GS_TOTALOBS, 0}, nullptr, nullptr, 0, nullptr,
+                                       c.data(), nullptr))
+                return rc2;
+            cl->dense = true;
+            cl->lo = d.lo;
+            cl->idx.assign(c.size(), -1);
+            counts->clear();
+            for (size_t s = 0; s < c.size(); s++)
+                if (c[s] > 0) {
+                    cl->idx[s] = static_cast<int>(cl->vals.size());
+                    cl->vals.push_back(d.lo + static_cast<double>(s));
+                    counts->push_back(c[s]);
+                }
+            cl->nonmiss = static_cast<int>(cl->vals.size());
+            return 0;
+        }
     }
     // numbers: the range, whether all are whole, and the missing values seen
     double mn = 0, mx = 0;
