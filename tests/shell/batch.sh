@@ -38,12 +38,12 @@ st=$?
 [ $st -eq 7 ] || fail "exit 7 gave status $st"
 
 # a command too long for the input buffer fails the run
-python3 - <<'PY'
-with open("long.do", "w") as f:
-    f.write('display "start"\n')
-    f.write('display "' + "x" * 200000 + '"\n')
-    f.write('display "after the long line"\n')
-PY
+{
+  printf 'display "start"\n'
+  printf 'display "%s"\n' "$(head -c 200000 /dev/zero | tr '\0' x)"
+  printf 'display "after the long line"\n'
+} > long.do
+[ "$(wc -c < long.do)" -eq 200057 ] || fail "could not write long.do"
 "$exe" -q -b do long.do </dev/null
 st=$?
 [ $st -ne 0 ] || fail "a line too long for the buffer left status 0"

@@ -5,6 +5,13 @@ set -u
 exe=$1 work=$2
 rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 2
 fail() { echo "FAIL: $*"; exit 1; }
+# Lines read from a pipe go on after a failure, so "checked" shows even when
+# an assert failed: the break's r(1) must be the only status line.
+only_break() {
+  local other
+  other=$(grep '^r([0-9]*);' out.txt | grep -vx 'r(1);')
+  [ -z "$other" ] || fail "$1: $other: $(cat out.txt)"
+}
 
 # the program loops for ever after its preserve: any break past the first
 # few polls lands inside it
@@ -28,6 +35,7 @@ IN
 for n in 300 1000 5000; do
   KORVU_TEST_BREAK_AFTER=$n "$exe" -q <prog.txt >out.txt 2>&1
   grep -q '^--Break--' out.txt || fail "loopy, $n polls: no break: $(cat out.txt)"
+  only_break "loopy, $n polls"
   grep -q '^checked' out.txt || fail "loopy, $n polls: $(cat out.txt)"
 done
 
@@ -73,6 +81,7 @@ for cmd in "merge id using u" "append using u" "merge id using u, match(1:1)"; d
   done
   [ $found = 1 ] || fail "$cmd: no poll count broke it"
   grep -q '^r(1);' out.txt || fail "$cmd, $n polls: no r(1): $(cat out.txt)"
+  only_break "$cmd, $n polls"
   grep -q '^checked' out.txt || fail "$cmd, $n polls: $(cat out.txt)"
 done
 echo "passed: combine_break"

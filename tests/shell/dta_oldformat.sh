@@ -9,6 +9,7 @@ exe=$1 work=$2
 here=$(cd "$(dirname "$0")" && pwd)
 ref=$here/../reference/dtacells.py
 rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 2
+command -v python3 >/dev/null || exit 77
 fail() { echo "FAIL: $*"; exit 1; }
 cat > old.do <<'DO'
 set obs 5

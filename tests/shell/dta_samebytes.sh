@@ -8,6 +8,7 @@ exe=$1 work=$2
 here=$(cd "$(dirname "$0")" && pwd)
 ref=$here/../reference/dtacells.py
 rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 2
+command -v python3 >/dev/null || exit 77
 fail() { echo "FAIL: $*"; exit 1; }
 # a file whose str8 cells carry bytes after their terminators
 python3 - <<'PY' || fail "could not write stray.dta"

@@ -5,6 +5,10 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <cctype>
+#include <ctime>
+#include <string>
+
 #include "capture.h"
 #include "data/dta/dta.h"
 #include "data/vars/char.h"
@@ -65,6 +69,35 @@ std::vector<uint8_t> small_expected() {
     return e.b;
 }
 
+// The time stamp of a file written now, field by field: the day in two
+// columns, the month's three letters, the year in five, hour and minute
+// ("23 Nov 2026 18:20", " 5 Jan 2027 09:05").
+std::string stamp_now() {
+    static const char* mon[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    time_t t = time(nullptr);
+    struct tm v;
+    localtime_r(&t, &v);
+    std::string s = (v.tm_mday < 10 ? " " : "") + std::to_string(v.tm_mday) + " " + mon[v.tm_mon];
+    s += " " + std::to_string(v.tm_year + 1900);
+    s += (v.tm_hour < 10 ? " 0" : " ") + std::to_string(v.tm_hour);
+    s += (v.tm_min < 10 ? ":0" : ":") + std::to_string(v.tm_min);
+    return s;
+}
+
+// The words of a text, one blank between each.
+std::string words(const std::string& t) {
+    std::string r;
+    for (size_t i = 0; i < t.size();) {
+        while (i < t.size() && std::isspace(static_cast<unsigned char>(t[i]))) i++;
+        size_t j = i;
+        while (j < t.size() && !std::isspace(static_cast<unsigned char>(t[j]))) j++;
+        if (j > i) r += (r.empty() ? "" : " ") + t.substr(i, j - i);
+        i = j;
+    }
+    return r;
+}
+
 void mask_stamp(std::vector<uint8_t>& b) {
     if (b.size() >= 109) std::memset(b.data() + 91, 0, 18);
 }
@@ -75,13 +108,16 @@ TEST_F(Dta, SmallDatasetIsWrittenByteForByteAndReadBack) {
     CapturedOutput out;
     make_small();
     std::string f = path("small.dta");
+    const std::string before = stamp_now();
     ASSERT_EQ(syssave(f.c_str(), SaveOpts{}), 0);
+    const std::string after = stamp_now();
     EXPECT_NE(out.take().find("file " + f + " saved"), std::string::npos);
     auto got = slurp(f);
     ASSERT_GE(got.size(), 109u);
-    // the stamp: 17 characters and a terminator
+    // the stamp: the clock at the save, 17 characters and a terminator
     EXPECT_EQ(got[91 + 17], 0);
-    EXPECT_EQ(std::strlen(reinterpret_cast<char*>(got.data() + 91)), 17u);
+    const std::string st(reinterpret_cast<char*>(got.data() + 91));
+    EXPECT_TRUE(st == before || st == after) << "'" << st << "' not '" << before << "'";
     mask_stamp(got);
     EXPECT_EQ(got, small_expected());
     EXPECT_EQ(updata, 0);
@@ -561,12 +597,16 @@ TEST_F(Dta, BadNamesAndSortListsAreRejectedWithoutTouchingMemory) {
     ASSERT_EQ(syssave(f.c_str(), SaveOpts{}), 0);
     const auto good = slurp(f);
     ASSERT_EQ(dta_use(f.c_str(), UseOpts{}), 0);
+    out.take();
     updata = 0;
     const size_t names = 109 + 2, srt = names + 2 * 33;
     auto check = [&](std::vector<uint8_t> bytes) {
         std::string g = path("dam.dta");
         spill(g, bytes);
         EXPECT_EQ(dta_use(g.c_str(), UseOpts{}), 688);
+        // the message is a paragraph: its words, wherever the lines break
+        EXPECT_EQ(words(out.take()), "file " + g + " is corrupt");
+        EXPECT_EQ(updata, 0); // still the saved data, unchanged
         EXPECT_EQ(nvar, 2);
         EXPECT_EQ(nobs, 2);
         EXPECT_STREQ(varname(1), "x");

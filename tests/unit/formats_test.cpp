@@ -293,6 +293,36 @@ TEST(FormatNumbers, MinusZeroWidthsAndJustification) {
     CHECK_ALL(cases);
 }
 
+// Rounding that carries into a new digit, and ties. Decimal text is rounded
+// from the exact binary value, as C's printf does: 0.995 is
+// 0.99499999999999999555..., 2.675 is 2.67499999999999982236..., and an exact
+// half goes to the even neighbour. Each step worked with python3's % operator,
+// which rounds the same way.
+TEST(FormatNumbers, RoundingCarriesAndTies) {
+    const Case cases[] = {
+        // %.8g of 99999999.6 is "1e+08": the carry makes the exponent reach p
+        {"%9.0g", 99999999.6, "    1e+08"},
+        {"%9.0g", -99999999.6, "   -1e+08"},
+        {"%9.0g", 0.99999999999, "        1"},
+        // %.8g gives "9.9999999e-05" (13 long); %.7g gives "0.0001"
+        {"%9.0g", 0.000099999999, "    .0001"},
+        {"%9.2g", 9.96, "       10"},
+        {"%9.2f", 0.995, "     0.99"},
+        {"%9.2f", 2.675, "     2.67"},
+        {"%9.0f", 2.5, "        2"},
+        {"%9.0f", 3.5, "        4"},
+        {"%9.0f", -0.5, "        0"}, // "-0" shows no digit but 0: no sign
+        // %.0f of 999999.5 is "1000000", with commas 9 long
+        {"%10.0fc", 999999.5, " 1,000,000"},
+        // comma forms: "999,999.99" and "1,000,000" exceed room 8 and the rest
+        // have exponents; the plain search then takes %.7g, "1000000"
+        {"%9.0gc", 999999.99, "  1000000"},
+        // %.3e gives "1.000e+01", 9 long: written as %8.0g, room 7
+        {"%8.3e", 9.9996, "  9.9996"},
+    };
+    CHECK_ALL(cases);
+}
+
 // ---- hexadecimal float and bytes ------------------------------------------------
 
 TEST(FormatX, TextAndBytes) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "capture.h"
+#include "kernel/loop/limits.h"
 #include "kernel/loop/scratch.h"
 #include "kernel/parse/gettok.h"
 
@@ -76,7 +78,102 @@ TEST(Tokenizer, TruncationAt503) {
     std::string s = "\"" + std::string(600, 's') + "\"";
     t = tokens(s.c_str(), prsestd);
     ASSERT_GE(t.size(), 1u);
-    EXPECT_EQ(t[0].size(), 503u); // the mark and 502 characters
+    EXPECT_EQ(t[0], "\"" + std::string(502, 's')); // the mark and 502 characters
+    // the rest of the string is read on as words; its closing quote starts an
+    // unterminated string of nothing
+    ASSERT_EQ(t.size(), 3u);
+    EXPECT_EQ(t[1], std::string(98, 's'));
+    EXPECT_EQ(t[2], "\"");
+}
+
+// The command word: `cmd` keeps its first 32 characters, `token` the whole.
+TEST(Tokenizer, CommandWord) {
+    char line[] = "  abcdefghijklmnopqrstuvwxyz0123456789 x, y";
+    settok(line);
+    EXPECT_STREQ(gettokcmd(), "abcdefghijklmnopqrstuvwxyz0123456789");
+    EXPECT_STREQ(cmd, "abcdefghijklmnopqrstuvwxyz012345");
+    EXPECT_STREQ(gettok(prsestd), "x");
+    char line2[] = "gen=1";
+    settok(line2);
+    EXPECT_STREQ(gettokcmd(), "gen"); // the standard delimiters end it
+    EXPECT_STREQ(cmd, "gen");
+    EXPECT_STREQ(gettok(prsestd), "=");
+    setcmdword("replace");
+    EXPECT_STREQ(cmd, "replace");
+    setcmdword(std::string(40, 'w').c_str());
+    EXPECT_EQ(std::string(cmd), std::string(32, 'w'));
+    char empty[] = "   ";
+    settok(empty);
+    EXPECT_STREQ(gettokcmd(), "");
+    EXPECT_STREQ(cmd, "");
+}
+
+// The end of a line: nothing left is 0, a word left over is invalid syntax.
+TEST(Tokenizer, EndOfLine) {
+    CapturedOutput out;
+    char a[] = "x   ";
+    settok(a);
+    gettok(prsestd);
+    EXPECT_EQ(endofline(), 0);
+    char b[] = "x y";
+    settok(b);
+    gettok(prsestd);
+    EXPECT_EQ(endofline(), 198);
+    char c[] = "x \"\"";
+    settok(c);
+    gettok(prsestd);
+    EXPECT_EQ(endofline(), 198); // an empty string is still a word
+    EXPECT_EQ(out.take(), "invalid syntax\ninvalid syntax\n");
+}
+
+// Long tokens: strings inside a word kept whole with their quotes; bracketed
+// parts copied through to their match, ( and [ with 1, ( only with 2.
+TEST(Tokenizer, LongTokensKeepStringsAndBrackets) {
+    ASSERT_GT(macrolen, 1000);
+    std::vector<char> buf(static_cast<size_t>(macrolen));
+    char* dst = buf.data();
+    char a[] = "a\"b c\"d e";
+    settok(a);
+    ASSERT_EQ(gettoklong(dst, prsestd, 0), 0);
+    EXPECT_STREQ(dst, "a\"b c\"d");
+    EXPECT_STREQ(gettok(prsestd), "e");
+    char b[] = "f(a, b)[1 2] next";
+    settok(b);
+    gettoklong(dst, prsestd, 1);
+    EXPECT_STREQ(dst, "f(a, b)[1 2]");
+    EXPECT_STREQ(gettok(prsestd), "next");
+    settok(b);
+    gettoklong(dst, prsestd, 2);
+    EXPECT_STREQ(dst, "f(a, b)");
+    EXPECT_STREQ(gettok(prsestd), "[");
+    settok(b);
+    gettoklong(dst, prsestd, 0);
+    EXPECT_STREQ(dst, "f");
+    // a group may open the token; a string in it may hold a closing bracket
+    char c[] = "(x \")\" (y)) z";
+    settok(c);
+    gettoklong(dst, prsestd, 1);
+    EXPECT_STREQ(dst, "(x \")\" (y))");
+    EXPECT_STREQ(gettok(prsestd), "z");
+    // a string at the start is a string token, marked as one
+    char d[] = "\"p q\" r";
+    settok(d);
+    gettoklong(dst, prsestd, 0);
+    EXPECT_STREQ(dst, "\"p q");
+    // a token longer than 503 characters is whole, unlike gettok's
+    std::string w(550, 'w');
+    std::vector<char> e(w.begin(), w.end());
+    e.push_back(0);
+    settok(e.data());
+    gettoklong(dst, prsestd, 0);
+    EXPECT_EQ(std::string(dst), w);
+    // a pushed-back token is served first
+    char f[] = "later";
+    settok(f);
+    pushtok("first");
+    gettoklong(dst, prsestd, 0);
+    EXPECT_STREQ(dst, "first");
+    EXPECT_STREQ(gettok(prsestd), "later");
 }
 
 TEST(Tokenizer, PushAndUnget) {

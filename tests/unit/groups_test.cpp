@@ -112,11 +112,15 @@ TEST_F(GroupsTest, StatisticsOfEachGroup) {
     EXPECT_EQ(stat(GS_PCTILE, 50), (std::vector<double>{0.625, 0.5, 0.5}));
     // frequency weights 1..8: x=3 holds 2.25 twice and -1 five times
     std::vector<double> w = {1, 2, 3, 4, 5, 6, 7, 8};
+    // (x=5 and x=9 keep only values of 0.5 once their missing ones go)
     std::vector<double> m = stat(GS_MEAN, 0, w.data(), WGT_FW);
     EXPECT_DOUBLE_EQ(m[0], (2 * 2.25 - 5) / 7);
+    EXPECT_EQ(m[1], 0.5);
+    EXPECT_EQ(m[2], 0.5);
+    EXPECT_EQ(stat(GS_SUM, 0, w.data(), WGT_FW), (std::vector<double>{2 * 2.25 - 5, 2, 4}));
     EXPECT_EQ(stat(GS_COUNT, 0, w.data(), WGT_FW), (std::vector<double>{7, 4, 8}));
     // weighted median: cumulative weight 5 of 7 reaches 3.5 at -1
-    EXPECT_EQ(stat(GS_PCTILE, 50, w.data(), WGT_FW)[0], -1);
+    EXPECT_EQ(stat(GS_PCTILE, 50, w.data(), WGT_FW), (std::vector<double>{-1, 0.5, 0.5}));
 }
 
 TEST(GroupsPercentile, RuleOfNeighbours) {

@@ -3,6 +3,7 @@
 // with label languages.
 #include <map>
 #include <random>
+#include <vector>
 
 #include "capture.h"
 #include "data/labels/label.h"
@@ -89,15 +90,24 @@ TEST_F(Labels, TableAgreesWithAnOrderedMap) {
     EXPECT_EQ(vlcheck(t, static_cast<int64_t>(dmsize(t))), 0);
 }
 
-TEST_F(Labels, ByteSwapIsItsOwnInverse) {
+TEST_F(Labels, ByteSwapLaysTheBlockOutHighByteFirst) {
     int32_t* t = vlallocate("s", 0, 0);
     t = vladdlab(t, 0, "a", -5);
     t = vladdlab(t, 1, "bb", 70000);
     std::vector<uint8_t> before(reinterpret_cast<uint8_t*>(t),
                                 reinterpret_cast<uint8_t*>(t) + dmsize(t));
+    ASSERT_GE(before.size(), 29u);
     vlrevbytes(t, 0);
-    EXPECT_EQ(reinterpret_cast<uint8_t*>(t)[3], 2); // n, high byte first
-    EXPECT_EQ(reinterpret_cast<uint8_t*>(t)[7], 5); // txtlen
+    // the block in the high-byte-first order, laid out by hand: n = 2,
+    // txtlen = 5, offsets 0 and 2, values -5 (0xFFFFFFFB) and 70000
+    // (0x00011170), then the texts "a" and "bb" with their terminators,
+    // which keep their bytes
+    const uint8_t want[29] = {0, 0,    0,    2,    0,   0, 0,    0x05, 0,    0,
+                              0, 0,    0,    0,    0,   2, 0xFF, 0xFF, 0xFF, 0xFB,
+                              0, 0x01, 0x11, 0x70, 'a', 0, 'b',  'b',  0};
+    EXPECT_EQ(
+        std::vector<uint8_t>(reinterpret_cast<uint8_t*>(t), reinterpret_cast<uint8_t*>(t) + 29),
+        std::vector<uint8_t>(want, want + 29));
     vlrevbytes(t);
     std::vector<uint8_t> after(reinterpret_cast<uint8_t*>(t),
                                reinterpret_cast<uint8_t*>(t) + dmsize(t));

@@ -142,6 +142,29 @@ TEST(Numbers, Cnvstoz) {
     EXPECT_EQ(v, -1250);
     ASSERT_EQ(cnvstoz(".b", &v), 0);
     EXPECT_EQ(v, 0x1.002p1023);
+    // decimal text goes to the nearest double (python3's float() and hex()):
+    // 1e23 is 0x1.52d02c7e14af6p+76, which a digit-by-digit product misses;
+    // 2^53 + 1 ties to the even 2^53; a long integer and the smallest normal
+    const struct {
+        const char* text;
+        double want;
+    } dec[] = {
+        {"1e23", 0x1.52d02c7e14af6p+76},
+        {"9007199254740993", 0x1p53},
+        {"0.1", 0x1.999999999999ap-4},
+        {"0.30000000000000004", 0x1.3333333333334p-2},
+        {"123456789012345678901234567890", 0x1.8ee90ff6c373ep+96},
+        {"2.2250738585072014e-308", 0x1p-1022},
+        {"5.", 5},
+        {".5", 0.5},
+        {"-.5e+1", -5},
+        {"1E5", 100000},
+    };
+    for (const auto& d : dec) {
+        v = 0;
+        ASSERT_EQ(cnvstoz(d.text, &v), 0) << d.text;
+        EXPECT_EQ(v, d.want) << d.text;
+    }
     EXPECT_NE(cnvstoz("abc", &v), 0);
     EXPECT_NE(cnvstoz("1e400", &v), 0);
     EXPECT_NE(cnvstoz("inf", &v), 0);

@@ -224,13 +224,21 @@ TEST_F(Storage, FloatEncoding) {
         double x;
         uint32_t bits;
     } cases[] = {
-        {1.5, 0x3FC00000},                                    // 1.1b x 2^0
-        {0.1, 0x3DCCCCCD},                                    // rounded to nearest
-        {-2.0, 0xC0000000},     {0x1p127, 0x7F000000},        // e = 127: too large, becomes `.`
-        {-0x1p127, 0x7F000000},                               // the test is on the magnitude
-        {1e39, 0x7F000000},     {0x1.fffffep126, 0x7EFFFFFF}, // largest float number
-        {0x1p-128, 0x00000000},                               // e = -128: zero, never a denormal
-        {1e-300, 0x00000000},   {0x1p-127, 0x00400000},       // e = -127 still converts
+        {1.5, 0x3FC00000}, // 1.1b x 2^0
+        {0.1, 0x3DCCCCCD}, // rounded to nearest
+        {-2.0, 0xC0000000},
+        {0x1p127, 0x7F000000},  // e = 127: too large, becomes `.`
+        {-0x1p127, 0x7F000000}, // the test is on the magnitude
+        {1e39, 0x7F000000},
+        {0x1.fffffep126, 0x7EFFFFFF}, // largest float number
+        {0x1p-128, 0x00000000},       // e = -128: zero, never a denormal
+        {1e-300, 0x00000000},
+        {0x1p-127, 0x00400000}, // e = -127 still converts
+        // integers past 2^24 round to the nearest float, ties to even:
+        // 2^24 + 1 to 2^24 (0x4B800000), 2^24 + 3 to 2^24 + 4 (mantissa 2)
+        {16777217.0, 0x4B800000},
+        {16777219.0, 0x4B800002},
+        {-16777219.0, 0xCB800002},
     };
     for (auto& c : cases) {
         store(F, 1, c.x);

@@ -6,6 +6,7 @@
 #include <lapacke.h>
 
 #include "lumo/builtins/bi.h"
+#include "lumo/builtins/bimore.h"
 
 namespace korvu {
 
@@ -38,8 +39,7 @@ static void bi_ueigen_la(int n) {
     MObj* l = bi_any(n, 3);
     MObj* rc = bi_any(n, 4);
     if (!x || !l || !rc || !bi_getreal(n, 5, &nobal)) return;
-    if (a->eltype == MT_COMPLEX)
-        return m_custom_xeqerr(3996, "_eigen_la() of a complex matrix not yet available");
+    if (a->eltype == MT_COMPLEX) return bi_zeigen_la(n, todo, a, x, l, rc, nobal != 0);
     if (!bi_real(a) || !bi_square(a)) return;
     if (hasmiss(a)) return m_xeqerr(3351);
     const int N = a->rows;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "lumo/builtins/bi.h"
+#include "lumo/builtins/bimore.h"
 #include "lumo/front/cc.h"
 
 namespace korvu {
@@ -419,6 +420,9 @@ static void bilink() {
     bi_link_results(bitab);
     bi_link_la2(bitab);
     bi_link_misc2(bitab);
+    bi_link_sim(bitab);
+    bi_link_sandwich(bitab);
+    bi_link_dsmore(bitab);
     bitab[0] = nullptr; // names a family tried that the table lacks
     for (const MBuiltin& b : m_bitab) snprintf(biid[b.index], sizeof biid[0], "%s()", b.name);
     bilinked = true;

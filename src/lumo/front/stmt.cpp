@@ -607,7 +607,9 @@ void cc_notes() {
         const bool arg = s.flags & SF_ARG;
         if (s.cls == SC_EXTERN || (s.cls == SC_FUNC && !arg)) continue;
         const char* kind = s.cls == SC_FUNC ? "function " : arg ? "argument " : "variable ";
-        const bool used = s.flags & SF_USED, set = s.flags & SF_SET;
+        // a struct local is built by the prologue, so it is never read unset
+        const bool built = s.cls == SC_LOCAL && !arg && w->typ[s.type].el == ET_STRUCT;
+        const bool used = s.flags & SF_USED, set = (s.flags & SF_SET) || (built && used);
         const char* what = nullptr;
         if (!used && !set) {
             if (!(s.flags & SF_PUNUSED)) what = " unused\n";

@@ -180,22 +180,27 @@ static void fname(char* buf, size_t n, const LumoFcn* f) {
         snprintf(buf, n, "%s()", nm);
 }
 
-static void xeqreport(const LumoFcn* f) {
+// `at` is the word offset of the failing instruction in the function's code,
+// shown under lumodebug so that the line can be found in the listing.
+static void xeqreport(const LumoFcn* f, long at) {
     char nm[48];
     fname(nm, sizeof nm, f);
     char line[700];
     if (m_xrc == 1) return; // a break is reported by the command
+    char where[64] = "";
+    int n = 0;
+    if (m_rt.line > 0) n = snprintf(where, sizeof where, " [%d]", m_rt.line);
+    if (m_dbugflg && n >= 0 && static_cast<size_t>(n) < sizeof where)
+        snprintf(where + n, sizeof where - n, " {%ld}", at);
     if (!errshown) {
         if (m_xeqerrid) errorf(m_xrc, "%s\n", m_xeqerrid);
-        char at[40] = "";
-        if (m_rt.line > 0) snprintf(at, sizeof at, " [%d]", m_rt.line);
         snprintf(line, sizeof line, "%24s: %5d  %s%s\n", nm, m_xrc,
-                 errcustom ? errmsg : m_xeqerrtext(m_xrc), at);
+                 errcustom ? errmsg : m_xeqerrtext(m_xrc), where);
         errtext(m_xrc, line);
         errshown = true;
     } else if (strcmp(nm, lastcaller)) {
         // a run of the same function, as in a deep recursion, shows once
-        snprintf(line, sizeof line, "%24s:     -  function returned error\n", nm);
+        snprintf(line, sizeof line, "%24s:     -  function returned error%s\n", nm, where);
         errtext(m_xrc, line);
     }
     snprintf(lastcaller, sizeof lastcaller, "%s", nm);
@@ -285,7 +290,9 @@ void m_xeq(LumoFcn* f, int nargs) {
     f->count++;
     m_rt.version = static_cast<int32_t>(f->code[1]);
     m_rt.pc = f->code + 2;
+    const uint32_t* opat = m_rt.pc; // the instruction being run, for the report
     while (!m_xrc) {
+        opat = m_rt.pc;
         const uint32_t op = *m_rt.pc;
         switch (op) {
         case MOP_GOTO: {
@@ -347,7 +354,7 @@ void m_xeq(LumoFcn* f, int nargs) {
     }
     if (m_xrc) {
         if (!m_xrc_first) m_xrc_first = m_xrc;
-        xeqreport(f);
+        xeqreport(f, static_cast<long>(opat - f->code));
         while (m_stak >= frame) m_pop();
     }
     f->count--;

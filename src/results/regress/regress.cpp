@@ -748,11 +748,14 @@ int regresscmd(int) {
             mss = hc ? S - sumy * sumy / N : S;
         }
         if (mss < 0) mss = 0;
-        if (rb.on) {
-            double dummy;
+        if (rb.on || iv) {
+            // two-stage least squares: y'y - b'X'y is not the residual sum,
+            // which comes from the pass over the data
+            double ess;
             std::vector<double> xr;
-            if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &dummy, &meat, &nclust, &xr))
+            if (int rc = ess_pass(vars, b, cons, V0, wscale, rb, &ess, &meat, &nclust, &xr))
                 return ab_est(1), rc;
+            if (iv) rss = ess, mss = tss - rss;
         }
     } else {
         tss = T;
@@ -772,7 +775,10 @@ int regresscmd(int) {
         rss = rs + re;
         if (rss < 0) rss = 0;
         mss = tss - rss;
-        if (mss < 0) mss = 0, rss = tss;
+        // Two-stage least squares can leave residuals larger than the total:
+        // the residual sum stands, since the variance is built on it, and the
+        // model sum is negative (R-squared and F then missing).
+        if (mss < 0 && !iv) mss = 0, rss = tss;
         if (k == 0) mss = 0, rss = tss;
     }
     double mse = f.df_r >= 1 ? rss / f.df_r : 0;

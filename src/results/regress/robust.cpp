@@ -21,6 +21,7 @@
 #include "output/spout.h"
 #include "results/matlink.h"
 #include "results/regress/regress.h"
+#include "results/regress/sandwich.h"
 #include "results/stores.h"
 #include "results/summarize.h"
 
@@ -44,12 +45,6 @@ std::string cellkey(int v, int i) {
 struct Col {
     int eq = 0;
     int var = 0; // 0: the constant
-};
-
-struct Psu {
-    std::vector<double> u; // summed score row
-    double fpc = misval;
-    std::string stratum;
 };
 
 int robust_common(bool huber) {
@@ -123,7 +118,7 @@ int robust_common(bool huber) {
     initialize_xeq();
     // the PSUs: observations, or clusters within strata
     std::map<std::string, int> psuix;
-    std::vector<Psu> psus;
+    std::vector<SandPsu> psus;
     std::vector<double> row(p);
     double N = 0, sumw = 0;
     long nused = 0;
@@ -177,7 +172,7 @@ int robust_common(bool huber) {
             if (it == psuix.end()) {
                 g = static_cast<int>(psus.size());
                 psuix.emplace(key, g);
-                psus.push_back({std::vector<double>(p, 0.0), f, st});
+                psus.push_back({std::vector<double>(p, 0.0), 1, f, st});
             } else {
                 g = it->second;
                 if (nf && psus[g].fpc != f)
@@ -187,7 +182,7 @@ int robust_common(bool huber) {
             if (fw && !nc) {
                 // a frequency weight counts the observation w times: w of the same row
                 for (int j = 0; j < p; ++j) psus[g].u[j] = row[j] / w;
-                psus[g].fpc = w; // kept below as the count
+                psus[g].m = w;
             } else {
                 for (int j = 0; j < p; ++j) psus[g].u[j] += row[j];
             }
@@ -199,80 +194,22 @@ int robust_common(bool huber) {
     }
     if (N <= 0 || psus.empty()) return error(2000);
 
-    // the meat, stratum by stratum
-    struct Stratum {
-        double n = 0, fpc = misval;
-        std::vector<double> sum;
-        std::vector<int> members;
-    };
-    std::map<std::string, Stratum> strata;
-    for (int g = 0; g < static_cast<int>(psus.size()); ++g) {
-        Stratum& s = strata[psus[g].stratum];
-        if (s.sum.empty()) s.sum.assign(p, 0.0), s.fpc = nf ? psus[g].fpc : misval;
-        double m = (fw && !nc) ? psus[g].fpc : 1;
-        s.n += m;
-        for (int j = 0; j < p; ++j) s.sum[j] += m * psus[g].u[j];
-        s.members.push_back(g);
-    }
+    // the meat, stratum by stratum, and V M V
     bool centred = ns || nf;
-    std::vector<double> M(static_cast<size_t>(p) * p, 0.0), Me(M.size(), 0.0);
-    for (auto& [name, s] : strata) {
-        double nh = s.n;
-        double fac = 1;
-        if (centred) {
-            if (nh < 2) return errtext(460, "stratum with only one PSU detected");
-            fac = nh / (nh - 1);
-            if (nf) {
-                double f = s.fpc;
-                if (f < 0) return errtext(198, "fpc must be >= 0");
-                double rate = f <= 1 ? f : nh / f;
-                if (f > 1 && f < nh)
-                    return errtext(198, "fpc must be >= the number of PSUs in each stratum");
-                fac *= 1 - rate;
-            }
-        }
-        for (int g : s.members) {
-            double m = (fw && !nc) ? psus[g].fpc : 1;
-            for (int a = 0; a < p; ++a) {
-                double da = psus[g].u[a] - (centred ? s.sum[a] / nh : 0);
-                for (int b = 0; b <= a; ++b) {
-                    double db = psus[g].u[b] - (centred ? s.sum[b] / nh : 0);
-                    size_t at = static_cast<size_t>(a) * p + b;
-                    accumerr(&M[at], &Me[at], fac * m * da * db);
-                }
-            }
-        }
-    }
-    for (int a = 0; a < p; ++a)
-        for (int b = 0; b <= a; ++b) {
-            size_t at = static_cast<size_t>(a) * p + b;
-            M[at] += Me[at];
-            M[static_cast<size_t>(b) * p + a] = M[at];
-        }
-    // without strata, n / (n - 1) over the PSUs
+    std::vector<double> M;
+    int nstrata = 0;
     double npsu = 0;
-    for (auto& [name, s] : strata) npsu += s.n;
+    const char* msg = "";
+    if (int rc = sandwich_meat(psus, p, centred, nf != 0, &M, &nstrata, &npsu, &msg))
+        return errtext(rc, msg);
+    // without strata, n / (n - 1) over the PSUs
     double scale = (N - 1) / (N - minus);
     if (!centred) scale *= npsu > 1 ? npsu / (npsu - 1) : misval;
     if (!(N - minus > 0)) scale = misval;
-
-    // V M V
-    std::vector<double> T(static_cast<size_t>(p) * p), R(T.size());
+    std::vector<double> Vx(static_cast<size_t>(p) * p), R(Vx.size());
     for (int i = 0; i < p; ++i)
-        for (int j = 0; j < p; ++j) {
-            double s = 0, e = 0;
-            for (int q = 0; q < p; ++q)
-                accumerr(&s, &e, V.at(i, q) * M[static_cast<size_t>(q) * p + j]);
-            T[static_cast<size_t>(i) * p + j] = s + e;
-        }
-    for (int i = 0; i < p; ++i)
-        for (int j = 0; j <= i; ++j) {
-            double s = 0, e = 0;
-            for (int q = 0; q < p; ++q)
-                accumerr(&s, &e, T[static_cast<size_t>(i) * p + q] * V.at(q, j));
-            double v = scale < misval ? (s + e) * scale : 0;
-            R[static_cast<size_t>(i) * p + j] = R[static_cast<size_t>(j) * p + i] = v;
-        }
+        for (int j = 0; j < p; ++j) Vx[static_cast<size_t>(i) * p + j] = V.at(i, j);
+    sandwich_vmv(Vx.data(), M, p, scale, R.data());
     DenseMat out = V;
     out.x = R;
     if (own) {
@@ -290,7 +227,7 @@ int robust_common(bool huber) {
     int nclust = nc ? static_cast<int>(psus.size()) : 0;
     retval_clear();
     retval_set_scalar("N", N);
-    retval_set_scalar("N_strata", static_cast<double>(strata.size()));
+    retval_set_scalar("N_strata", static_cast<double>(nstrata));
     if (nc) retval_set_scalar("N_clust", nclust);
     if (huber && nc && s_outlev <= 2) {
         c_outlev = 1;

@@ -315,7 +315,7 @@ int tabstatcmd(int) {
         tab_txt("\n");
     }
     // chunks of columns that fit the line
-    int perline = std::max(1, (78 - stubw - 3) / (colw + 1));
+    int perline = std::max(1, (korvu_linewidth - 2 - stubw - 3) / (colw + 1));
     for (int c0 = 0; c0 < ncol; c0 += perline) {
         int c1 = std::min(ncol, c0 + perline);
         std::string h;
@@ -465,6 +465,59 @@ struct Content {
     std::string head;
 };
 
+// One panel of the table: the columns j0 to j1 - 1, counted across the
+// supercolumns (or the contents without a column variable).
+void draw_panel(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
+                const std::vector<std::string>& cells, int colw, int how, int stubw, size_t j0,
+                size_t j1) {
+    size_t NR = R.n(), NC = C.n(), K = cont.size();
+    auto rule = [&](bool bottom) {
+        tab_txt("{hline " + std::to_string(stubw + 1) + "}" + (bottom ? "{c BT}" : "{c +}") +
+                "{hline " + std::to_string((j1 - j0) * (colw + 1) + 1) + "}\n");
+    };
+    tab_txt("\n");
+    if (SC.var) {
+        std::string h = std::string(stubw + 1, ' ') + "{c |}";
+        std::string t = std::string(varname(SC.var)) + " and " + varname(C.var);
+        tab_txt(h + " " + t + "\n");
+        std::string l = std::string(stubw + 1, ' ') + "{c |}";
+        for (size_t s = j0 / NC; s * NC < j1; s++) {
+            std::string nm = SC.name(s);
+            size_t a = std::max(j0, s * NC), b = std::min(j1, (s + 1) * NC);
+            int w = static_cast<int>(b - a) * (colw + 1);
+            // centred in its columns, each a blank and the cell: w wide in all
+            nm = nm.substr(0, std::max(0, w - 1));
+            int pad = w - static_cast<int>(nm.size());
+            int lead = std::min(pad, pad / 2 + 1);
+            l += std::string(lead, ' ') + nm + std::string(pad - lead, ' ');
+        }
+        while (!l.empty() && l.back() == ' ') l.pop_back();
+        tab_txt(l + "\n");
+    } else if (C.var) {
+        tab_txt(std::string(stubw + 1, ' ') + "{c |} " + varname(C.var) + "\n");
+    }
+    std::string h = rjust(varname(R.var), stubw) + " {c |}";
+    for (size_t j = j0; j < j1; j++)
+        h += " " + rjust((C.var ? C.name(j % NC) : cont[j].head).substr(0, colw), colw);
+    tab_txt(h + "\n");
+    rule(false);
+    for (size_t r = 0; r < NR; r++) {
+        if (R.var && R.total && r + 1 == NR) rule(false); // before the total row
+        size_t lines = C.var ? K : 1;
+        for (size_t k = 0; k < lines; k++) {
+            std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
+            tab_txt(rjust(stub, stubw) + " {c |}");
+            std::string line;
+            for (size_t j = j0; j < j1; j++) // j = s * NC + c
+                line += " " + align(C.var ? cells[(r * NC * SC.n() + j) * K + k] : cells[r * K + j],
+                                    colw, how);
+            while (!line.empty() && line.back() == ' ') line.pop_back();
+            tab_res(line + "\n");
+        }
+    }
+    rule(true);
+}
+
 // Draws the table: cells[(r * C + c) * K + k] as text.
 // Each axis with its total counts one category more; `how` aligns the cells.
 void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Content>& cont,
@@ -479,56 +532,19 @@ void draw(const Axis& R, const Axis& C, const Axis& SC, const std::vector<Conten
     else
         for (size_t c = 0; c < NC; c++) colw = std::max(colw, static_cast<int>(C.name(c).size()));
     colw = std::min(colw, 20);
+    // The columns go out in panels that fit the line; with a supercolumn
+    // variable a panel holds whole supercolumns when one fits.
     size_t ncols = C.var ? NC * NS : K;
-    auto rule = [&](bool bottom) {
-        tab_txt("{hline " + std::to_string(stubw + 1) + "}" + (bottom ? "{c BT}" : "{c +}") +
-                "{hline " + std::to_string(ncols * (colw + 1) + 1) + "}\n");
-    };
-    tab_txt("\n");
-    if (SC.var) {
-        std::string h = std::string(stubw + 1, ' ') + "{c |}";
-        std::string t = std::string(varname(SC.var)) + " and " + varname(C.var);
-        tab_txt(h + " " + t + "\n");
-        std::string l = std::string(stubw + 1, ' ') + "{c |}";
-        for (size_t s = 0; s < NS; s++) {
-            std::string nm = SC.name(s);
-            int w = static_cast<int>(NC) * (colw + 1);
-            int pad = std::max(0, w - static_cast<int>(nm.size()));
-            l += std::string(pad / 2 + 1, ' ') + nm.substr(0, w) + std::string(pad - pad / 2, ' ');
-        }
-        while (!l.empty() && l.back() == ' ') l.pop_back();
-        tab_txt(l + "\n");
-    } else if (C.var) {
-        tab_txt(std::string(stubw + 1, ' ') + "{c |} " + varname(C.var) + "\n");
+    size_t per = ncols;
+    int avail = korvu_linewidth - stubw - 3;
+    if (static_cast<int>(ncols) * (colw + 1) > avail) {
+        per = static_cast<size_t>(std::max(1, avail / (colw + 1)));
+        if (SC.var && NC <= per) per = per / NC * NC;
     }
-    std::string h = rjust(varname(R.var), stubw) + " {c |}";
-    if (C.var) {
-        for (size_t s = 0; s < NS; s++)
-            for (size_t c = 0; c < NC; c++) h += " " + rjust(C.name(c).substr(0, colw), colw);
-    } else {
-        for (const Content& c : cont) h += " " + rjust(c.head.substr(0, colw), colw);
+    for (size_t j0 = 0; j0 < ncols; j0 += per) {
+        size_t j1 = std::min(ncols, j0 + per);
+        draw_panel(R, C, SC, cont, cells, colw, how, stubw, j0, j1);
     }
-    tab_txt(h + "\n");
-    rule(false);
-    for (size_t r = 0; r < NR; r++) {
-        if (R.var && R.total && r + 1 == NR) rule(false); // before the total row
-        size_t lines = C.var ? K : 1;
-        for (size_t k = 0; k < lines; k++) {
-            std::string stub = k == 0 ? R.name(r).substr(0, stubw) : "";
-            tab_txt(rjust(stub, stubw) + " {c |}");
-            std::string line;
-            if (C.var) {
-                for (size_t s = 0; s < NS; s++)
-                    for (size_t c = 0; c < NC; c++)
-                        line += " " + align(cells[((r * NS + s) * NC + c) * K + k], colw, how);
-            } else {
-                for (size_t q = 0; q < K; q++) line += " " + align(cells[r * K + q], colw, how);
-            }
-            while (!line.empty() && line.back() == ' ') line.pop_back();
-            tab_res(line + "\n");
-        }
-    }
-    rule(true);
 }
 
 int read_axes(Axis* R, Axis* C, Axis* SC) {

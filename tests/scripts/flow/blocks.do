@@ -41,10 +41,13 @@ while `g`n'' {
 }
 display "while ended at `n'"
 capture noisily { display "text after the open brace"
+if _rc != 198 exit 9
 capture noisily {
     display "inside"
 } display "text after the close brace"
+if _rc != 198 exit 9
 capture noisily if 1
+if _rc != 100 exit 9
 display "an exit inside a loop leaves the do-file"
 do _exitloop
 display "back"

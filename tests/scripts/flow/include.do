@@ -7,4 +7,5 @@ include _setlocal
 display "after include: [`fromfile']"
 do _args first "second word" `"third "quoted""' "" fifth
 capture noisily include _setlocal extra
+if _rc != 198 exit 9
 display "test completed"

@@ -32,9 +32,11 @@ display "empty range ran no pass"
 capture noisily forvalues i = 1(0)3 {
     display "never"
 }
+if _rc != 198 exit 9
 capture noisily forvalues i = 1 to 3 {
     display "never"
 }
+if _rc != 198 exit 9
 * continue skips the rest of a pass; continue, break ends the loop.
 local act_b continue
 local act_d continue, break
@@ -78,9 +80,11 @@ foreach v of numlist 1 2.5 -3 {
 capture noisily foreach v of numlist 1 x {
     display "never"
 }
+if _rc != 121 exit 9
 capture noisily foreach v of nothing a b {
     display "never"
 }
+if _rc != 198 exit 9
 local empty
 foreach w of local empty {
     display "never"
@@ -88,4 +92,5 @@ foreach w of local empty {
 display `"mine is still [`mine']"'
 * continue outside a loop
 capture noisily continue
+if _rc != 119 exit 9
 display "test completed"

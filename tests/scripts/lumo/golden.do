@@ -115,5 +115,8 @@ lumo
 // the optimized loops give the values worked by hand: 1+2+3+4 and 0
 sumto(10)
 wh(6)
+// a failure inside a call: each line of the traceback names the word of
+// its instruction (the argument assertion in sgn, the call in the statement)
+sgn("a")
 end
 display "test completed"

@@ -7,6 +7,7 @@ lumo: (1+2i \ .) # (2, 1i)
 * real # complex: (1 # (i \ 1), 2 # (i \ 1))
 lumo: (1, 2) # (1i \ 1)
 cap noi lumo: (1+1i) # "a"
+if _rc != 3000 exit 9
 lumo: a = NULL
 lumo: b = &a
 lumo: a = &b
@@ -45,7 +46,9 @@ lumo: rows(lf_pt(0, 2))
 * 7 + 10 + 300
 lumo: lf_el()
 cap noi lumo: lf_pt(-1)
+if _rc != 3300 exit 9
 cap noi lumo: lf_pt("a")
+if _rc != 3253 exit 9
 lumo drop s
 lumo memory
 display "test completed"

@@ -21,6 +21,7 @@ table a b c, contents(sum x)
 * with totals: low 3 1 | 4, high 1 2 | 3, Total 4 3 | 7
 table a b, row col
 capture noisily tabdisp a b, cellvar(x)
+assert _rc == 459
 keep in 1/4
 tabdisp a b, cellvar(x)
 display "test completed"

@@ -40,6 +40,11 @@ table a b, contents(n x) col
 * (a=2, b=1, c=2 holds one observation whose x is missing: its sum is 0)
 table a b c, contents(sum x) row col scol
 table a b c, contents(sum x) scol
+* on a narrow line the columns go out in panels, a supercolumn split where
+* one does not fit: the same sums as above
+set linesize 40
+table a b c, contents(sum x) row col scol
+set linesize 80
 * one classifying variable: freq, mean and median by a, pandas:
 *   1: 4 14.25 13.5; 2: 4 38.333333333333336 40; 3: 1 7 7; T: 9 22.375 17.5
 table a, contents(freq mean x median x) row format(%20.15g)

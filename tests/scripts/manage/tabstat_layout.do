@@ -21,4 +21,8 @@ tabstat price mpg, statistics(mean sd n) columns(statistics)
 tabstat price mpg, by(g)
 tabstat price mpg, by(g) statistics(mean n) format(%8.2f)
 tabstat price, by(g) statistics(mean p25 p75) columns(statistics) nototal
+* a narrow line: the variables go out in panels that fit it
+set linesize 40
+tabstat price mpg weight_in_pounds, by(g) statistics(mean n)
+set linesize 80
 display "test completed"

@@ -17,6 +17,9 @@ matrix rownames A = x
 matrix list A
 matrix dir
 capture noisily matrix list A, format(%q)
+if _rc != 120 error 9
 capture noisily matrix list nosuch
+if _rc != 111 error 9
 capture noisily matrix list e(b)
+if _rc != 111 error 9
 display "test completed"

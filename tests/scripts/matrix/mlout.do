@@ -4,6 +4,7 @@
 * -2.919928, 4.919928 and -3.879892, 7.879892; 90% limits with 1.644854:
 * -2.289707, 4.289707 and -2.934561, 6.934561 (worked by hand).
 capture noisily matrix mlout
+if _rc != 301 error 9
 program define myest, eclass
     matrix b = (1, 2)
     matrix colnames b = x _cons

@@ -2,6 +2,7 @@
 * second unnamed log is refused with 604.
 log query
 capture noisily log using other.log, replace
+if _rc != 604 error 9
 * A session recorded as ptag, paused and resumed, then translated to text:
 * messages and codes through capture, quietly and noisily in both forms.
 log using session.ptag, replace name(s)
@@ -19,6 +20,7 @@ display "{braces} are text here"
 log query s
 log close s
 capture noisily log close s
+if _rc != 111 error 9
 type session.ptag
 translate session.ptag session.log
 type session.log
@@ -27,5 +29,7 @@ display "a text log"
 log close t
 type text2.log
 capture noisily log using text2.log, name(t)
+if _rc != 602 error 9
 capture noisily log bogus
+if _rc != 198 error 9
 display "test completed"

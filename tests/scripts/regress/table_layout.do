@@ -29,8 +29,22 @@ regress z x1
 set dp comma
 regress y x1, level(99.5) plus noheader
 set dp period
-* instruments: the title and the lists under the table
+* instruments: the title and the lists under the table; worked by hand
+* (x1 instrumented by x2): b = cov(x2,y)/cov(x2,x1) = -16/5, _cons = 112/5,
+* residual sum of squares 23172/25 = 926.88 above the total 100, so the model
+* sum is negative and R-squared and F missing; se(x1) = 26.7151193147251356
 regress y x1 (x2)
+assert reldif(_b[x1], -3.2) < 1e-13 & reldif(_b[_cons], 22.4) < 1e-13
+assert reldif(e(rss), 926.88) < 1e-13 & reldif(e(mss), -826.88) < 1e-12
+assert reldif(_se[x1], 26.7151193147251356) < 1e-12
+assert reldif(_se[_cons], 120.298322515320221) < 1e-12
+assert e(r2) == . & e(F) == .
+* without a constant: b = z'y/z'x = 120/71, residual sum 58692/5041, by hand
+quietly regress y x1 (x2), noconstant
+assert reldif(_b[x1], 120/71) < 1e-13 & reldif(e(rss), 58692/5041) < 1e-12
+assert reldif(_se[x1], .110863063542763364774755683695) < 1e-12
+assert reldif(e(mss), 3026400/5041) < 1e-12
+quietly regress y x1 (x2)
 * redisplayed, with the lists again
 regress, noheader
 assert "`e(instd)'" == "x1" & "`e(insts)'" == "x2"
