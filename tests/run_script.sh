@@ -41,6 +41,13 @@ if ! grep -qx 'test completed' "$name.log"; then
   cat "$name.log"
   exit 1
 fi
+# An assertion over no observations tests nothing: a script that means one
+# says so by naming "null assertion" in its text.
+if grep -q '^(null assertion)$' "$name.log" && ! grep -q 'null assertion' "$name.do"; then
+  echo "an assertion in the script tested no observation:"
+  grep -n -B2 '^(null assertion)$' "$name.log"
+  exit 1
+fi
 if [ -n "${KORVU_WRITE_EXPECTED:-}" ]; then
   mask "$name.log" > "$src/$name.expected"
   echo "wrote $src/$name.expected"

@@ -53,8 +53,8 @@ int mersetup_check(MergeCtl& c) {
         if (v) {
             const int mt = typlist[v - 1];
             if (isstrtype(mt) != isstrtype(u.code)) {
-                errorf(109, "%s is %s in using data\n", u.name, typename_of(u.code));
-                return 109;
+                errsayf("%s is %s in using data\n", u.name, typename_of(u.code));
+                return error(109);
             }
             c.newtype[v - 1] = static_cast<uint8_t>(promote(c.newtype[v - 1], u.code));
             c.map[j] = v;

@@ -59,7 +59,11 @@ int vlable(int report, double x) {
     } else if (x >= minlong && x <= maxlong && x == std::trunc(x)) {
         return 0;
     }
-    if (report) errsayf("may not label %s\n", safereforms("%18.0g", x));
+    if (report) {
+        const char* t = safereforms("%18.0g", x);
+        while (*t == ' ') ++t; // the value, not a column
+        errsayf("may not label %s\n", t);
+    }
     return 198;
 }
 

@@ -91,7 +91,7 @@ input a
 5
 end
 restore
-assert c(k) == 0 & c(N) == 0
+if !(c(k) == 0 & c(N) == 0) exit 9
 use base, clear
 
 * programs: their preserve comes back at their end however they end

@@ -8,11 +8,22 @@ end
 describe
 compress
 describe
+* the values come through the change of type
+assert a == cond(_n == 1, 1, 100) & c == cond(_n == 1, 3, 30000)
+assert s == cond(_n == 1, "x", "longer") & d == cond(_n == 1, 4, 70000)
 compress
+capture noisily compress a if a > 0
+assert _rc == 101
+capture noisily compress in 1
+assert _rc == 101
 memory
 capture noisily set memory 1k
 capture noisily set memory 20m
 drop _all
+capture noisily compress
+if _rc != 3 {
+    exit 9
+}
 capture noisily set memory 1k
 set memory 20m
 memory

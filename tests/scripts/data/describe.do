@@ -8,5 +8,7 @@ describe
 describe f-s
 describe i, short
 capture noisily describe zz
+assert _rc == 111
 capture noisily describe, bogus
+assert _rc == 198
 display "test completed"

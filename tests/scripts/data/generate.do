@@ -18,6 +18,9 @@ drop in 3/74
 keep if y == 2
 list
 capture noisily generate x = 1
+assert _rc == 110
 capture noisily generate z = "a"+1
+assert _rc == 109
 capture noisily generate byte q = "a"
+assert _rc == 109
 display "test completed"

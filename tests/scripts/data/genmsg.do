@@ -7,11 +7,15 @@ generate c = 1 if _n > 10
 quietly generate d = .
 generate e = _n
 generate byte f = _n * 100
+assert a == cond(_n < 5, 1, .) & b == cond(_n != 3, 1, .) & c == . & d == .
+* a byte holds 100 at most: the larger products are stored as missing
+assert e == _n & f == cond(_n == 1, 100, .)
 * floats: the double result is compared with the cell, so a change below
 * float precision still counts, though the cell keeps its value
 generate float g = 1
 replace g = g + 1e-9
 replace g = g + 1e-6
+assert g == float(1 + 1e-6)
 * byte to int, byte to float, and without promotion
 generate byte h = 1
 replace h = 200 in 1

@@ -8,8 +8,15 @@ generate byte q = 1 - _n
 replace q = .a in 4
 label values q answer
 list
-capture label define bad -1.5 "half"
+capture noisily label define bad -1.5 "half"
 assert _rc == 198
-capture label define bad -2147483648 "below"
+capture noisily label define bad -2147483648 "below"
 assert _rc == 198
+* the top of the range of a long, and the plain missing value
+capture noisily label define bad 2147483621 "above"
+assert _rc == 198
+capture noisily label define bad . "dot"
+assert _rc == 198
+label define top 2147483620 "top" .z "last"
+label list top
 display "test completed"

@@ -17,6 +17,9 @@ list name id, clean
 list id in -2/l, clean noobs
 list id if 1
 capture noisily list id in 9
+assert _rc == 198
 capture noisily list nothere
+assert _rc == 111
 capture noisily list, table display
+assert _rc == 198
 display "test completed"

@@ -5,18 +5,18 @@ drop _all
 global keep "kept across"
 scalar sk = 12.5
 label define yn 0 "no" 1 "yes"
-assert c(maxvar) == 5000 & c(macrolen) == 165200
+if !(c(maxvar) == 5000 & c(macrolen) == 165200) exit 9
 quietly set maxvar 10000
-assert c(maxvar) == 10000 & c(macrolen) == 330200
-assert "$keep" == "kept across"
-assert sk == 12.5
+if !(c(maxvar) == 10000 & c(macrolen) == 330200) exit 9
+if !("$keep" == "kept across") exit 9
+if !(sk == 12.5) exit 9
 local l : label yn 1
-assert "`l'" == "yes"
+if !("`l'" == "yes") exit 9
 * out of 2048..32767, and with data in memory, nothing changes
 capture set maxvar 2047
-assert _rc == 198
+if !(_rc == 198) exit 9
 capture set maxvar 32768
-assert _rc == 198
+if !(_rc == 198) exit 9
 set obs 1
 generate x = 1
 capture set maxvar 6000
@@ -26,8 +26,8 @@ assert x == 1
 * down to the least and back
 drop _all
 quietly set maxvar 2048
-assert c(maxvar) == 2048 & c(macrolen) == 33 * 2048 + 200
-assert "$keep" == "kept across"
+if !(c(maxvar) == 2048 & c(macrolen) == 33 * 2048 + 200) exit 9
+if !("$keep" == "kept across") exit 9
 quietly set maxvar 5000
-assert c(maxvar) == 5000
+if !(c(maxvar) == 5000) exit 9
 display "test completed"

@@ -10,7 +10,11 @@ replace f = f
 replace f = float(0.1)
 replace f = 0.5
 replace f = 0.5
+assert f == 0.5
 generate byte b = 1
 replace b = 1.5
+* the byte is promoted to hold 1.5
+confirm numeric variable b
+assert b == 1.5
 replace b = 1
 display "test completed"

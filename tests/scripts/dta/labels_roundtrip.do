@@ -17,4 +17,7 @@ label drop _all
 do yn
 label list yn
 capture use nosuch, clear
+if _rc != 601 {
+    exit 9
+}
 display "test completed"

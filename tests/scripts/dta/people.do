@@ -15,6 +15,11 @@ list
 rename age years
 describe
 save people, replace
+* changed data are not thrown away by use without clear
+replace years = 31 in 1
+capture noisily use people
+assert _rc == 4
+assert years[1] == 31 & _N == 3
 drop _all
 use people
 list

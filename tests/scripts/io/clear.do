@@ -8,30 +8,30 @@ matrix A = (1, 2)
 scalar s1 = 5
 .cobj = 7
 program define tmpprog
-assert "`.cobj'" == "7"
+if !("`.cobj'" == "7") exit 9
     display "here"
 end
 clear
-assert _N == 0
+if !(_N == 0) exit 9
 capture confirm variable x
-assert _rc != 0
+if !(_rc != 0) exit 9
 capture label list yn
-assert _rc != 0
+if !(_rc != 0) exit 9
 matrix list A
-assert s1 == 5
+if !(s1 == 5) exit 9
 tmpprog
-assert "`.cobj'" == "7"
+if !("`.cobj'" == "7") exit 9
 * the changed flag is gone: use-like commands need no clear now
 example longley
 assert _N == 16
 assert employed[1] == 60323 & gnp[16] == 554894 & year[16] == 1962
 clear all
 capture matrix list A
-assert _rc == 111
+if !(_rc == 111) exit 9
 capture assert s1 == 5
-assert _rc != 0
-assert "`.cobj'" == ""
+if !(_rc != 0) exit 9
+if "`.cobj'" != "" exit 9
 * clear takes no other word
 capture clear everything
-assert _rc == 198
+if !(_rc == 198) exit 9
 display "test completed"

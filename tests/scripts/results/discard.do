@@ -47,13 +47,13 @@ _estimates hold kept, copy
 _estimates dir
 assert "`r(names)'" == "kept"
 drop _all
-assert e(N) == .
-assert "`e(cmd)'" == ""
-assert "`e(functions)'" == ""
+if !(e(N) == .) exit 9
+if !("`e(cmd)'" == "") exit 9
+if !("`e(functions)'" == "") exit 9
 _estimates dir
-assert "`r(names)'" == ""
+if !("`r(names)'" == "") exit 9
 capture _estimates unhold kept
-assert _rc == 111
+if !(_rc == 111) exit 9
 
 * use: the same, whether or not the file read has anything to do with them
 set obs 6
@@ -64,10 +64,10 @@ fakeest
 _estimates hold other, copy
 assert e(N) == 4
 use _discard_tmp, clear
-assert e(N) == .
-assert "`e(cmd)'" == ""
+if !(e(N) == .) exit 9
+if !("`e(cmd)'" == "") exit 9
 _estimates dir
-assert "`r(names)'" == ""
+if !("`r(names)'" == "") exit 9
 count if e(sample)
 assert r(N) == 0
 * the data read are all there: the marker variable made no trouble

@@ -10,18 +10,18 @@ program define plain
     local z = 1
 end
 rposts
-assert r(a) == 5
-assert "`r(s)'" == "hello there"
-assert "`r(scalars)'" == "a"
-assert "`: r(macros)'" == "s"
+if !(r(a) == 5) exit 9
+if !("`r(s)'" == "hello there") exit 9
+if !("`r(scalars)'" == "a") exit 9
+if !("`: r(macros)'" == "s") exit 9
 * a program that is not r-class leaves r() alone
 plain
-assert r(a) == 5
+if !(r(a) == 5) exit 9
 * an r-class program that posts nothing leaves r() empty
 rnothing
-assert r(a) == .
-assert "`r(s)'" == ""
-assert "`r(scalars)'" == ""
+if !(r(a) == .) exit 9
+if !("`r(s)'" == "") exit 9
+if !("`r(scalars)'" == "") exit 9
 
 * twenty-one scalars: the last one goes beyond the internal table
 program define many, rclass
@@ -30,10 +30,10 @@ program define many, rclass
     }
 end
 many
-assert r(s1) == 10
-assert r(s20) == 200
-assert r(s21) == 210
-assert wordcount("`r(scalars)'") == 21
+if !(r(s1) == 10) exit 9
+if !(r(s20) == 200) exit 9
+if !(r(s21) == 210) exit 9
+if !(wordcount("`r(scalars)'") == 21) exit 9
 return list
 
 * return local with empty text stores nothing and erases an earlier value
@@ -43,9 +43,9 @@ program define emptylocal, rclass
     return scalar n = 1
 end
 emptylocal
-assert "`r(x)'" == ""
-assert "`: r(macros)'" == ""
-assert r(n) == 1
+if !("`r(x)'" == "") exit 9
+if !("`: r(macros)'" == "") exit 9
+if !(r(n) == 1) exit 9
 
 * return add keeps the results of a command run inside the program
 program define passon, rclass
@@ -95,7 +95,7 @@ program define two, rclass
 end
 two
 _return hold keep1
-assert r(a) == .
+if !(r(a) == .) exit 9
 count
 _return restore keep1
 assert r(a) == 1

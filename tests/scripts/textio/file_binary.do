@@ -14,20 +14,20 @@ local i 0
 foreach x of local want {
     local ++i
     file read b %1bu byte
-    assert r(eof) == 0
-    assert byte == `x'
+    if r(eof) != 0 exit 9
+    if byte != `x' exit 9
 }
 file read b %1bu byte
-assert r(eof) == 1
+if !(r(eof) == 1) exit 9
 file seek b 0
 file read b %8z a %4z c %4bs d %2bu e %2bs e2
-assert a == 1.5 & c == -2.25 & d == -5 & e == 255 + 256 * 255
+if !(a == 1.5 & c == -2.25 & d == -5 & e == 255 + 256 * 255) exit 9
 * the same two bytes signed
 file seek b 16
 file read b %2bs e2 %1bs f %4s g
-assert e2 == -1 & f == 100 & "`g'" == "ab"
+if !(e2 == -1 & f == 100 & "`g'" == "ab") exit 9
 file set b byteorder 1
 file read b %4bs d %8z z
-assert d == 258 & z == .
+if !(d == 258 & z == .) exit 9
 file close b
 display "test completed"

@@ -9,25 +9,25 @@ file write h "last, no newline"
 file close h
 file open h using "`t'", read text
 file read h line
-assert r(eof) == 0
-assert `"`line'"' == "hello" + char(9) + "2"
+if !(r(eof) == 0) exit 9
+if !(`"`line'"' == "hello" + char(9) + "2") exit 9
 file read h line
-assert "`line'" == " 3.14  x   y"
+if !("`line'" == " 3.14  x   y") exit 9
 file read h line
-assert "`line'" == "" & r(eof) == 0
+if !("`line'" == "" & r(eof) == 0) exit 9
 file read h line
-assert `"`line'"' == `"say "hi"A  ab"'
+if !(`"`line'"' == `"say "hi"A  ab"') exit 9
 file read h line
-assert "`line'" == "last, no newline" & r(eof) == 0
+if !("`line'" == "last, no newline" & r(eof) == 0) exit 9
 file read h line
-assert r(eof) == 1
+if !(r(eof) == 1) exit 9
 file seek h tof
-assert r(loc) == 0
+if !(r(loc) == 0) exit 9
 file read h line
-assert `"`line'"' == "hello" + char(9) + "2"
+if !(`"`line'"' == "hello" + char(9) + "2") exit 9
 file seek h query
 * "hello", tab, "2", line feed
-assert r(loc) == 8
+if !(r(loc) == 8) exit 9
 file close h
 * a CRLF file: the carriage return is not part of the line
 file open w using crlf.txt, write replace
@@ -35,11 +35,11 @@ file write w "a,b" _char(13) _n "c" _char(13) _n
 file close w
 file open r using crlf.txt, read
 file read r line
-assert "`line'" == "a,b"
+if !("`line'" == "a,b") exit 9
 file read r line
-assert "`line'" == "c"
+if !("`line'" == "c") exit 9
 file read r line
-assert r(eof) == 1
+if !(r(eof) == 1) exit 9
 file close r
 * append adds at the end
 file open w using crlf.txt, write append
@@ -47,24 +47,26 @@ file write w "d" _n
 file close w
 file open r using crlf.txt, read
 file seek r eof
-assert r(loc) == 9
+file seek r query
+* "a,b" CR LF, "c" CR LF, then "d" LF
+if !(r(loc) == 10) exit 9
 file close r
 * refusals
 capture file open w using crlf.txt, write
-assert _rc == 602
+if !(_rc == 602) exit 9
 capture file open w using nosuch.txt, read
-assert _rc == 601
+if !(_rc == 601) exit 9
 capture file read nohandle line
-assert _rc == 601
+if !(_rc == 601) exit 9
 file open w using new.txt, write
 capture file open w using other.txt, write
-assert _rc == 110
+if !(_rc == 110) exit 9
 capture file read w line
-assert _rc == 608
+if !(_rc == 608) exit 9
 capture file write w foo
-assert _rc == 198
+if !(_rc == 198) exit 9
 capture file write w (1 +)
-assert _rc != 0
+if !(_rc != 0) exit 9
 file close _all
 file query
 display "test completed"
