@@ -6,6 +6,7 @@
 #include <cblas.h>
 
 #include "lumo/builtins/bi.h"
+#include "lumo/objects/mvcross.h"
 
 namespace korvu {
 
@@ -256,10 +257,34 @@ static void bi_colmaxabs(int n) {
     maxabs(n, BY_COL);
 }
 
+// The fast path of cross() where X and Z are views of the dataset: read block
+// by block, never gathered whole. False when the arguments are not for it.
+static bool crossviews(int n) {
+    MObj* x = bi_arg(n, 0);
+    MObj* w = n == 3 ? bi_arg(n, 1) : nullptr;
+    MObj* z = bi_arg(n, n - 1);
+    if (!v_crossable(x) || !v_crossable(z) || x->rows != z->rows) return false;
+    if (x->rows == 0 || x->cols == 0 || z->cols == 0) return false;
+    if (w && !(w->view ? v_crossable(w) && w->cols == 1 && w->rows == x->rows
+                       : !w->fcn && w->eltype == MT_REAL &&
+                             (m_nel(w) == 1 || (w->cols == 1 && w->rows == x->rows))))
+        return false;
+    MObj* o = bi_new(MT_REAL, x->cols, z->cols);
+    if (!o) return true;
+    if (v_cross(x, w, z, m_rel(o))) {
+        mo_freemat(o);
+        m_xeqerr(1);
+        return true;
+    }
+    bi_result(n, o);
+    return true;
+}
+
 // cross(X, Z) = X'Z and cross(X, w, Z) = X'diag(w)Z, skipping the rows where
 // any element of X, w or Z is missing. A 1 x 1 w weights every row alike.
 static void crosses(int n, bool quad) {
     if (n != 2 && n != 3) return bi_crossx(n, false, quad);
+    if (!quad && m_nviews > 0 && crossviews(n)) return;
     MObj* x = bi_mat(n, 0);
     MObj* w = n == 3 ? bi_mat(n, 1) : nullptr;
     MObj* z = bi_mat(n, n - 1);

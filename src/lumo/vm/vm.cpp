@@ -13,6 +13,7 @@
 #include "lumo/codegen/opcodes.h"
 #include "lumo/front/cc.h"
 #include "lumo/io/lumofile.h"
+#include "lumo/objects/mvcross.h"
 #include "lumo/objects/mview.h"
 #include "lumo/vm/vmops.h"
 #include "lumo/vm/xeqops.h"
@@ -243,6 +244,31 @@ void m_unviewops(uint32_t op) {
     }
 }
 
+// X'*X of a view X, the code being "load s; optrans; load s; opmult": the
+// product read from the view block by block, never gathered whole. True when
+// done (the pc on the opmult), false when the pattern is not there.
+static bool tmultview() {
+    MObj* x = *m_stak;
+    const uint32_t* pc = m_rt.pc;
+    if (!x->view || pc[1] != MOP_LOAD || pc[3] != MOP_MULT || m_rt.frame[pc[2]] != x) return false;
+    if (!v_crossable(x) || x->rows == 0 || x->cols == 0) return false;
+    MObj* o = m_mkmat("", MT_REAL, x->cols, x->cols);
+    if (!o) {
+        m_xeqerr(3900);
+        return true;
+    }
+    if (v_tcross(x, m_rel(o))) {
+        mo_freemat(o);
+        m_xeqerr(1);
+        return true;
+    }
+    o->count++;
+    m_pop();
+    *++m_stak = o;
+    m_rt.pc += 3;
+    return true;
+}
+
 // The loop.
 
 static inline void jump(uint32_t addr) {
@@ -300,6 +326,7 @@ void m_xeq(LumoFcn* f, int nargs) {
             break;
         default:
             if (op < MOP_COUNT) {
+                if (m_nviews > 0 && op == MOP_TRANS && tmultview()) break;
                 if (m_nviews > 0) m_unviewops(op);
                 mop_table[op].xeq();
             } else
