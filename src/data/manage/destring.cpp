@@ -162,8 +162,7 @@ int destringcmd(int) {
                               (nbad == 1 ? " text is not a number:" : " texts are not numbers:");
             for (const std::string& s : offending) msg += " \"" + s + "\"";
             msg += nbad > static_cast<int64_t>(offending.size()) ? " ...\n" : "\n";
-            c_outlev = 3;
-            spout21(msg.c_str());
+            errsay(msg.c_str());
             bad++;
         } else if (nbad) {
             note("(" + std::string(varname(v)) + ": " + std::to_string(nbad) +
@@ -231,10 +230,9 @@ int tostringcmd(int) {
             o[i] = s;
         }
         if (lost && !force) {
-            c_outlev = 3;
-            spout21((std::string(varname(v)) + ": " + std::to_string(lost) +
-                     (lost == 1 ? " value" : " values") + " would change in format " + f + "\n")
-                        .c_str());
+            errsay((std::string(varname(v)) + ": " + std::to_string(lost) +
+                    (lost == 1 ? " value" : " values") + " would change in format " + f + "\n")
+                       .c_str());
             bad++;
         }
     }

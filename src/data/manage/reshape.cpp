@@ -335,12 +335,11 @@ int towide(const std::vector<std::string>& stubs, const std::vector<int>& ivars,
         }
     }
     if (ndup) {
-        c_outlev = 3;
-        spout21((std::string("values of ") + jname + " are not unique within the i variables; " +
-                 std::to_string(ndup) + (ndup == 1 ? " repeat" : " repeats") + ":\n")
-                    .c_str());
-        for (const std::string& d : dups) spout21(("    " + d + "\n").c_str());
-        if (ndup > 10) spout21("    ...\n");
+        errsay((std::string("values of ") + jname + " are not unique within the i variables; " +
+                std::to_string(ndup) + (ndup == 1 ? " repeat" : " repeats") + ":\n")
+                   .c_str());
+        for (const std::string& d : dups) errsay(("    " + d + "\n").c_str());
+        if (ndup > 10) errsay("    ...\n");
         return errtext(9, "the data are unchanged\n");
     }
     // the other variables must be constant within a unit

@@ -268,10 +268,7 @@ int lumocmd(int) {
                 }
                 char buf[80];
                 snprintf(buf, sizeof buf, "{search r(%d):r(%d);}\n", rc, rc);
-                const uint8_t lev = c_outlev;
-                c_outlev = 3;
-                spoutptl(buf);
-                c_outlev = lev;
+                errptl(0, buf);
                 rc = 0;
             }
             if (ended) break;
