@@ -10,6 +10,7 @@
 #include "data/area/missing.h"
 #include "data/area/storage.h"
 #include "data/groups/groups.h"
+#include "data/groups/groups_internal.h"
 #include "kernel/loop/brk.h"
 #include "kernel/parse/cmdparse.h"
 
@@ -89,11 +90,6 @@ template <class Body> int visit(const GDirect& d, const uint8_t* take, Body& bod
     }
 }
 
-// one record per group, so that a group's sums share a cache line
-struct Acc {
-    double s, e, c, cw;
-};
-
 } // namespace
 
 bool gdirect_stat_ok(int stat) {
@@ -169,21 +165,13 @@ int gdirect_stat(const GDirect& d, const GStatReq& r, const double* x, const dou
         };
         return visit(d, take, body);
     }
-    static std::vector<Acc> accbuf; // kept across commands: no fresh pages
+    static std::vector<GsAcc> accbuf; // kept across commands: no fresh pages
     if (accbuf.size() < S) accbuf.resize(S);
-    Acc* acc = accbuf.data();
-    std::fill(acc, acc + S, Acc{0, 0, 0, 0});
+    GsAcc* acc = accbuf.data();
+    std::fill(acc, acc + S, GsAcc{0, 0, 0, 0});
     const bool wt = w && r.stat != GS_RAWSUM;
     // the same compensated sum, in the same order, as group_stat
-    auto add = [acc](int64_t s, double xk, double wk) {
-        Acc& a = acc[s];
-        double v = wk * xk;
-        double t = a.s + v;
-        a.e += std::fabs(a.s) >= std::fabs(v) ? (a.s - t) + v : (v - t) + a.s;
-        a.s = t;
-        a.c += 1;
-        a.cw += wk;
-    };
+    auto add = [acc](int64_t s, double xk, double wk) { gs_add(acc[s], xk, wk); };
     int rc;
     if (first) {
         auto body = [&](int64_t k, int64_t s) {
@@ -203,16 +191,7 @@ int gdirect_stat(const GDirect& d, const GStatReq& r, const double* x, const dou
         rc = visit(d, take, body);
     }
     if (rc) return rc;
-    for (size_t q = 0; q < S; q++) {
-        const Acc& a = acc[q];
-        double sum = a.s + a.e;
-        switch (r.stat) {
-        case GS_MEAN: out[q] = a.c > 0 ? sum / a.cw : misval; break;
-        case GS_COUNT: out[q] = wt && wkind == WGT_FW ? a.cw : a.c; break;
-        case GS_SUM: out[q] = wt && wkind == WGT_AW && a.cw > 0 ? sum * a.c / a.cw : sum; break;
-        default: out[q] = sum;
-        }
-    }
+    for (size_t q = 0; q < S; q++) out[q] = gs_value(acc[q], r.stat, wt, wkind);
     return 0;
 }
 

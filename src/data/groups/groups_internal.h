@@ -1,10 +1,13 @@
 // Helpers shared by the group commands.
 #pragma once
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "data/area/missing.h"
 #include "data/groups/groups.h"
+#include "kernel/parse/cmdparse.h"
 
 namespace korvu {
 
@@ -43,6 +46,31 @@ struct NewCol {
 // (values of each group's first observation) then the new columns, sorted on
 // the keys. All checks must be done before: only want of room can fail.
 int grp_newdata(const std::vector<int32_t>& keys, const Groups& g, std::vector<NewCol>& cols);
+
+// The running sum of one group, compensated (the part lost from the larger
+// operand kept in e), with its count and weight total: one record per group,
+// so that a group's sums share a cache line.
+struct GsAcc {
+    double s, e, c, cw;
+};
+inline void gs_add(GsAcc& a, double xk, double wk) {
+    double v = wk * xk;
+    double t = a.s + v;
+    a.e += std::fabs(a.s) >= std::fabs(v) ? (a.s - t) + v : (v - t) + a.s;
+    a.s = t;
+    a.c += 1;
+    a.cw += wk;
+}
+// The statistic (mean, count, sum, rawsum) of a group's record.
+inline double gs_value(const GsAcc& a, int stat, bool wt, int wkind) {
+    double sum = a.s + a.e;
+    switch (stat) {
+    case GS_MEAN: return a.c > 0 ? sum / a.cw : misval;
+    case GS_COUNT: return wt && wkind == WGT_FW ? a.cw : a.c;
+    case GS_SUM: return wt && wkind == WGT_AW && a.cw > 0 ? sum * a.c / a.cw : sum;
+    default: return sum;
+    }
+}
 
 int grp_xgen();
 int grp_collapse();

@@ -9,6 +9,7 @@
 
 #include "data/area/missing.h"
 #include "data/groups/groups.h"
+#include "data/groups/groups_internal.h"
 #include "kernel/loop/brk.h"
 #include "kernel/parse/cmdparse.h"
 
@@ -90,36 +91,15 @@ int group_stat(const Groups& g, const GStatReq& r, const double* x, const double
     case GS_SUM:
     case GS_RAWSUM:
     case GS_COUNT: {
-        // one record per group, so that a group's sums share a cache line
-        struct Acc {
-            double s, e, c, cw;
-        };
-        std::vector<Acc> acc(static_cast<size_t>(G), Acc{0, 0, 0, 0});
+        std::vector<GsAcc> acc(static_cast<size_t>(G), GsAcc{0, 0, 0, 0});
         const bool wt = w && r.stat != GS_RAWSUM;
         for (int64_t k = 0; k < n; k++) {
             if (poll(k)) return 1;
             int32_t q = gid[k];
             if (q < 0 || x[k] >= misval) continue;
-            double wk = wt ? w[k] : 1.0;
-            Acc& a = acc[q];
-            double v = wk * x[k];
-            double t = a.s + v;
-            // compensated: the part lost from the larger operand
-            a.e += std::fabs(a.s) >= std::fabs(v) ? (a.s - t) + v : (v - t) + a.s;
-            a.s = t;
-            a.c += 1;
-            a.cw += wk;
+            gs_add(acc[q], x[k], wt ? w[k] : 1.0);
         }
-        for (int32_t q = 0; q < G; q++) {
-            const Acc& a = acc[q];
-            double sum = a.s + a.e;
-            switch (r.stat) {
-            case GS_MEAN: out[q] = a.c > 0 ? sum / a.cw : misval; break;
-            case GS_COUNT: out[q] = wt && wkind == WGT_FW ? a.cw : a.c; break;
-            case GS_SUM: out[q] = wt && wkind == WGT_AW && a.cw > 0 ? sum * a.c / a.cw : sum; break;
-            default: out[q] = sum;
-            }
-        }
+        for (int32_t q = 0; q < G; q++) out[q] = gs_value(acc[q], r.stat, wt, wkind);
         return 0;
     }
     case GS_NMISS:

@@ -12,6 +12,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "data/area/missing.h"
 #include "lumo/objects/mobj.h"
@@ -54,6 +55,10 @@ bool bi_result(int n, MObj* r);
 bool bi_realres(int n, double x);
 bool bi_strres(int n, const std::string& s);
 bool bi_voidres(int n);
+// Makes V a view of the observations and variables (1-based numbers): a run
+// of observations when run is set, else the list; the result is void.
+void bi_mkview(int n, MObj* V, const std::vector<int>& obs, bool run, const std::vector<int>& vars,
+               bool str);
 // Replaces output argument t by r, which is freed (3103 when t is a view:
 // a view cannot take a result); false when r is null or t a view.
 bool bi_output(MObj* t, MObj* r);

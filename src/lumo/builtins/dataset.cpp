@@ -285,9 +285,8 @@ static void bi_ukv_sstore(int n) {
     putdata(n, true, true);
 }
 
-// Makes V a view of the observations and variables.
-static void mkview(int n, MObj* V, const std::vector<int>& obs, bool run,
-                   const std::vector<int>& vars, bool str) {
+void bi_mkview(int n, MObj* V, const std::vector<int>& obs, bool run, const std::vector<int>& vars,
+               bool str) {
     const int R = static_cast<int>(obs.size()), C = static_cast<int>(vars.size());
     const int kind = run && R > 0 ? 1 : 2;
     if (int rc = m_mkview(V, str ? MT_STRING : MT_REAL, kind, R, C)) return m_xeqerr(rc);
@@ -317,7 +316,7 @@ static void view(int n, bool str) {
     if (!allof(vars, str))
         return m_custom_xeqerr(3250, "%s variable found where %s variable required",
                                str ? "numeric" : "string", str ? "string" : "numeric");
-    mkview(n, V, obs, run, vars, str);
+    bi_mkview(n, V, obs, run, vars, str);
 }
 static void bi_kv_view(int n) {
     view(n, false);
@@ -384,7 +383,7 @@ static void bi_kv_subview(int n) {
     for (int c : cols) vars.push_back(v_var(V, c - 1));
     bool run = true;
     for (size_t i = 1; i < obs.size() && run; i++) run = obs[i] == obs[i - 1] + 1;
-    mkview(n, X, obs, run, vars, V->eltype == MT_STRING);
+    bi_mkview(n, X, obs, run, vars, V->eltype == MT_STRING);
 }
 
 // kv_viewvars(V), kv_viewobs(V): the variables (a row) and observations (a

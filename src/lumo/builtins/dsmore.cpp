@@ -17,25 +17,6 @@ namespace korvu {
 
 namespace {
 
-// Makes V a view of the observations and variables (the index lists of a
-// view: a run, or the observations listed).
-void makeview(int n, MObj* V, const std::vector<int>& obs, const std::vector<int>& vars, bool str) {
-    const int R = static_cast<int>(obs.size()), C = static_cast<int>(vars.size());
-    bool run = R > 0;
-    for (int i = 1; i < R && run; i++) run = obs[i] == obs[i - 1] + 1;
-    const int kind = run ? 1 : 2;
-    if (int rc = m_mkview(V, str ? MT_STRING : MT_REAL, kind, R, C)) return m_xeqerr(rc);
-    auto* w = static_cast<int32_t*>(V->data);
-    if (kind == 1) {
-        for (int j = 0; j < C; j++) w[j] = vars[j];
-        w[C] = obs[0];
-    } else {
-        for (int i = 0; i < R; i++) w[i] = obs[i];
-        for (int j = 0; j < C; j++) w[R + j] = vars[j];
-    }
-    bi_voidres(n);
-}
-
 // The variable of an exact name; 0 when absent.
 int exactvar(const std::string& nm) {
     for (int v = 1; v <= nvar; v++)
@@ -85,7 +66,9 @@ static void bi_kv_select(int n) {
             for (int i = 0; i < X->rows; i++) obs.push_back(v_obs(X, i));
             for (int j : keep) vars.push_back(v_var(X, j));
         }
-        return makeview(n, A, obs, vars, X->eltype == MT_STRING);
+        bool run = true;
+        for (size_t i = 1; i < obs.size() && run; i++) run = obs[i] == obs[i - 1] + 1;
+        return bi_mkview(n, A, obs, run, vars, X->eltype == MT_STRING);
     }
     if (X->eltype != MT_REAL && X->eltype != MT_STRING && X->eltype != MT_COMPLEX)
         return m_xeqerr(3255);
