@@ -109,6 +109,20 @@ bool markbad(const double* x, int64_t ld, int64_t nb, int64_t C, char* bad) {
     return any;
 }
 
+// X'X of a block, added into acc (p x p, upper triangle) when the block
+// holds no missing value. The scan for missing values comes free: a missing
+// value squares past 1e300 on the diagonal, and so does any value above 1e150,
+// whose block then goes the careful way too. False, acc untouched, otherwise.
+bool cleansyrk(const double* x, int64_t ld, int64_t nb, int64_t p, double* tmp, double* acc) {
+    cblas_dsyrk(CblasColMajor, CblasUpper, CblasTrans, static_cast<int>(p), static_cast<int>(nb),
+                1.0, x, static_cast<int>(ld), 0.0, tmp, static_cast<int>(p));
+    for (int64_t j = 0; j < p; j++)
+        if (!(tmp[j + j * p] < 1e300)) return false;
+    for (int64_t b = 0; b < p; b++)
+        for (int64_t a = 0; a <= b; a++) acc[a + b * p] += tmp[a + b * p];
+    return true;
+}
+
 double fin(double x) {
     return x == x && x < misval && x > -1.79769313486231570815e308 ? x : misval;
 }
@@ -133,6 +147,7 @@ int v_cross(const MObj* x, const MObj* w, const MObj* z, double* r) {
     std::vector<double> bs(w ? static_cast<size_t>(B * p) : 0), bw(w ? static_cast<size_t>(B) : 0);
     std::vector<double> acc(static_cast<size_t>(p * q), 0.0);
     std::vector<char> bad(static_cast<size_t>(B));
+    std::vector<double> tmp(same ? static_cast<size_t>(p * p) : 0);
     if (wscalar) std::fill(bw.begin(), bw.end(), m_rel(w)[0]);
     for (int64_t i0 = 0; i0 < N; i0 += B) {
         if (kvpollstd()) return 1;
@@ -148,6 +163,7 @@ int v_cross(const MObj* x, const MObj* w, const MObj* z, double* r) {
             W = bw.data();
         else if (w)
             W = m_rel(w) + i0;
+        if (same && !W && cleansyrk(X, lx, nb, p, tmp.data(), acc.data())) continue;
         std::fill(bad.begin(), bad.begin() + nb, 0);
         bool any = markbad(X, lx, nb, p, bad.data());
         if (!same) any = markbad(Z, lz, nb, q, bad.data()) || any;
@@ -198,11 +214,13 @@ int v_tcross(const MObj* x, double* r) {
     srcopen(&sx, x, B);
     std::vector<double> bx(static_cast<size_t>(B * p)), acc(static_cast<size_t>(p * p), 0.0);
     std::vector<char> colmiss(static_cast<size_t>(p), 0);
+    std::vector<double> tmp(static_cast<size_t>(p * p));
     for (int64_t i0 = 0; i0 < N; i0 += B) {
         if (kvpollstd()) return 1;
         const int64_t nb = std::min(B, N - i0);
         int64_t lx = 0;
         const double* X = fetch(sx, i0, nb, bx.data(), &lx);
+        if (cleansyrk(X, lx, nb, p, tmp.data(), acc.data())) continue;
         for (int64_t j = 0; j < p; j++) {
             if (!nmiss(X + j * lx, nb)) continue;
             // missing values enter as zeros; their column is marked
