@@ -55,6 +55,8 @@ bool bi_result(int n, MObj* r);
 bool bi_realres(int n, double x);
 bool bi_strres(int n, const std::string& s);
 bool bi_voidres(int n);
+// The blank- or tab-separated words of s.
+std::vector<std::string> bi_words(const std::string& s);
 // Makes V a view of the observations and variables (1-based numbers): a run
 // of observations when run is set, else the list; the result is void.
 void bi_mkview(int n, MObj* V, const std::vector<int>& obs, bool run, const std::vector<int>& vars,

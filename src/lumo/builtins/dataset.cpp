@@ -39,7 +39,7 @@ static int findname(const std::string& nm, bool abbrev) {
     return hit;
 }
 
-static std::vector<std::string> words(const std::string& s) {
+std::vector<std::string> bi_words(const std::string& s) {
     std::vector<std::string> w;
     size_t i = 0;
     while (i < s.size()) {
@@ -83,7 +83,7 @@ static bool getvars(int n, int k, std::vector<int>* out) {
     out->clear();
     if (a->eltype == MT_STRING) {
         for (int64_t i = 0; i < m_nel(a); i++)
-            for (const std::string& w : words(m_sel(a)[i]->s))
+            for (const std::string& w : bi_words(m_sel(a)[i]->s))
                 if (!varword(w, out, true)) return false;
         return true;
     }
@@ -424,7 +424,7 @@ static void varindex(int n, bool status) {
     a = bi_arg(n, 0);
     std::vector<double> out;
     for (int64_t i = 0; i < m_nel(a); i++)
-        for (const std::string& w : words(m_sel(a)[i]->s)) {
+        for (const std::string& w : bi_words(m_sel(a)[i]->s)) {
             const int v = findname(w, ab != 0 && ab < misval);
             if (!v && !status) return m_custom_xeqerr(3500, "variable %s not found", w.c_str());
             out.push_back(v ? v : misval);
@@ -524,7 +524,7 @@ static void addvars(int n, bool status) {
     t = bi_arg(n, 0);
     std::vector<std::string> names;
     for (int64_t i = 0; i < m_nel(nm); i++)
-        for (const std::string& w : words(m_sel(nm)[i]->s)) names.push_back(w);
+        for (const std::string& w : bi_words(m_sel(nm)[i]->s)) names.push_back(w);
     if (m_nel(t) != 1 && static_cast<size_t>(m_nel(t)) != names.size()) return m_xeqerr(3200);
     std::vector<int> codes;
     for (size_t k = 0; k < names.size(); k++) {

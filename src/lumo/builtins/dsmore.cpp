@@ -24,19 +24,6 @@ int exactvar(const std::string& nm) {
     return 0;
 }
 
-std::vector<std::string> splitwords(const std::string& s) {
-    std::vector<std::string> w;
-    size_t i = 0;
-    while (i < s.size()) {
-        while (i < s.size() && (s[i] == ' ' || s[i] == '\t')) i++;
-        size_t j = i;
-        while (j < s.size() && s[j] != ' ' && s[j] != '\t') j++;
-        if (j > i) w.push_back(s.substr(i, j - i));
-        i = j;
-    }
-    return w;
-}
-
 } // namespace
 
 // kv_select(A, X, v): A becomes the rows of X where v (a column of rows(X)
@@ -157,7 +144,7 @@ static void tsrevar(int n, bool status) {
     s = bi_arg(n, 0);
     std::vector<std::string> names;
     for (int64_t i = 0; i < m_nel(s); i++)
-        for (const std::string& w : splitwords(std::string(m_sel(s)[i]->s, m_sel(s)[i]->len)))
+        for (const std::string& w : bi_words(std::string(m_sel(s)[i]->s, m_sel(s)[i]->len)))
             names.push_back(w);
     const bool aslist = list != 0 && list < misval;
     const std::string hold = "__kvtsrevar_r";
@@ -175,12 +162,12 @@ static void tsrevar(int n, bool status) {
             rc = 198;
         if (status) {
             // capture hides the code: the result tells
-            std::vector<std::string> got = splitwords(out);
+            std::vector<std::string> got = bi_words(out);
             if (got.size() != names.size() && !aslist) rc = 198;
         }
     }
     if (held) bi_runline("_return restore " + hold, true);
-    std::vector<std::string> got = splitwords(out);
+    std::vector<std::string> got = bi_words(out);
     if (!status && rc) return m_xeqerr(3598);
     if (status && (rc || (!aslist && got.size() != names.size()))) {
         // one by one, so that each name gets its own answer
@@ -191,7 +178,7 @@ static void tsrevar(int n, bool status) {
             std::string one = "capture tsrevar " + names[k] + (aslist ? ", list" : "");
             double v = misval;
             if (bi_runline(one, true) == 0 && retval_find("varlist") == RF_MACRO) {
-                std::vector<std::string> g = splitwords(retval_get_strptr());
+                std::vector<std::string> g = bi_words(retval_get_strptr());
                 if (g.size() == 1 && exactvar(g[0])) v = exactvar(g[0]);
             }
             if (h) bi_runline("_return restore " + hold, true);
