@@ -51,6 +51,8 @@ RULES = {
     # clear all reaches the stores, the matrix language and the dictionary
     "data/io/clear_cmd.cpp": ["kernel", "data", "output", "results/stores.h", "lumo/lumo.h",
                               "lumo/objects/mobj.h"],
+    # file read puts binary values into scalars of the matrix store
+    "data/io/file_cmd.cpp": ["kernel", "data", "output", "results/matrix/matrix.h"],
     "data/io": ["kernel", "data", "output"],
     # data-management commands: reshaping, recoding, conversions
     "data/manage": ["kernel", "data", "output"],

@@ -123,6 +123,15 @@ int syspreserve(int changed) {
     return 0;
 }
 
+// Empties the data as `drop _all` does, but keeps the results: an empty
+// dataset coming back is not a new dataset.
+static void drop_keeping_results() {
+    void (*discard)() = dahooks.discard_results;
+    dahooks.discard_results = nullptr;
+    drop_all(0);
+    dahooks.discard_results = discard;
+}
+
 int restore(int flags) {
     if (psvfctr == -1) {
         if (flags & RESTORE_AUTO) return 0;
@@ -152,10 +161,7 @@ int restore(int flags) {
                 rc = load_saved(tmp);
             }
         } else if (h.kept == KEPT_EMPTY) {
-            void (*discard)() = dahooks.discard_results;
-            dahooks.discard_results = nullptr;
-            drop_all(0);
-            dahooks.discard_results = discard;
+            drop_keeping_results();
         }
         s_outlev = lev;
         i_nvar = nvar;
@@ -208,10 +214,7 @@ int snapshot_load(const Snapshot& s) {
     if (!s.file.empty()) {
         rc = load_saved(s.file.c_str());
     } else {
-        void (*discard)() = dahooks.discard_results;
-        dahooks.discard_results = nullptr;
-        drop_all(0);
-        dahooks.discard_results = discard;
+        drop_keeping_results();
     }
     s_outlev = lev;
     i_nvar = nvar;

@@ -30,6 +30,7 @@
 #include "kernel/macro/macro.h"
 #include "kernel/parse/gettok.h"
 #include "output/spout.h"
+#include "results/matrix/matrix.h"
 
 namespace korvu {
 
@@ -397,7 +398,7 @@ int file_read(const std::string& rest) {
                 v = static_cast<double>(u);
             }
         }
-        if (int rc = textio_scalarset(w[i + 1].c_str(), v)) return rc;
+        if (int rc = scalarset(w[i + 1].c_str(), v)) return rc;
     }
     textio_post_r("eof", eof ? 1 : 0);
     return 0;

@@ -33,8 +33,6 @@ int textio_typecode(const std::string& w);
 int textio_varword(std::string x, int* pending, std::vector<std::string>* names, bool* typeonly);
 // True when the command's text starts with `using` (the dictionary forms).
 bool textio_starts_using(const std::string& rest);
-// Sets a numeric scalar. 0 or 950.
-int textio_scalarset(const char* name, double v);
 // Posts a number in r() (the first post of a command clears r()).
 void textio_post_r(const char* name, double v);
 // Splits text into words at blanks, a word being a run of non-blanks or a

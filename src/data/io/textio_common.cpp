@@ -1,5 +1,4 @@
 // Helpers shared by the text-file commands.
-#include <cstring>
 #include <string>
 
 #include "data/area/areahooks.h"
@@ -7,7 +6,6 @@
 #include "data/area/storage.h"
 #include "data/expr/expr.h"
 #include "data/io/textio.h"
-#include "kernel/dict/dict.h"
 #include "kernel/errors/errors.h"
 #include "kernel/parse/cmdparse.h"
 #include "kernel/parse/gettok.h"
@@ -55,17 +53,6 @@ int textio_typecode(const std::string& w) {
         }
         return n >= 1 && n <= 244 ? n : 0;
     }
-    return 0;
-}
-
-int textio_scalarset(const char* name, double v) {
-    dmrm(dmfind0(name, DM_MATRIX));
-    dmrm(dmfind0(name, DM_MATROW));
-    dmrm(dmfind0(name, DM_MATCOL));
-    dmrm(dmfind0(name, DM_SCALAR));
-    void* it = dmreadd(name, DM_SCALAR, 0, sizeof(double));
-    if (!it) return error(950);
-    std::memcpy(it, &v, sizeof v);
     return 0;
 }
 

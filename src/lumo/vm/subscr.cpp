@@ -221,6 +221,13 @@ void mx_oprsubscr() {
     *++m_stak = o;
 }
 
+// A source of many elements fits the subscripted place: as many elements in a
+// vector, or the same rows and columns.
+static bool conforms(const MObj* v, const Idx& r, const Idx& c, int64_t n, bool vector) {
+    return vector ? (v->rows == 1 || v->cols == 1) && m_nel(v) == n
+                  : v->rows == r.n && v->cols == c.n;
+}
+
 // A store into a view writes each element through to the dataset.
 static bool viewscatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
     if (t->eltype != v->eltype) {
@@ -230,8 +237,7 @@ static bool viewscatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vecto
     const int64_t n = r.n * c.n;
     const bool one = m_nel(v) == 1;
     if (!one) {
-        const bool ok = vector ? ((v->rows == 1 || v->cols == 1) && m_nel(v) == n)
-                               : (v->rows == r.n && v->cols == c.n);
+        const bool ok = conforms(v, r, c, n, vector);
         if (!ok) {
             m_xeqerr(3200);
             return false;
@@ -292,8 +298,7 @@ static bool scatter(MObj* t, const Idx& r, const Idx& c, MObj* v, bool vector) {
     const int64_t n = r.n * c.n;
     const bool one = m_nel(v) == 1;
     if (!one) {
-        const bool ok = vector ? ((v->rows == 1 || v->cols == 1) && m_nel(v) == n)
-                               : (v->rows == r.n && v->cols == c.n);
+        const bool ok = conforms(v, r, c, n, vector);
         if (!ok) {
             if (cxv) mo_freemat(cxv);
             if (plain) mo_freemat(plain);
